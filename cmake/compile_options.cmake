@@ -1,0 +1,29 @@
+# How everything here is compiled. Results are promised to the bit, so nothing may change the value
+# of an expression: no contraction to fused multiply-add, no fast-math, the baseline processor.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_SKIP_RPATH ON)
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g")
+
+add_compile_options(
+  -march=x86-64 -ffp-contract=off
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wdouble-promotion -Werror
+  # Two checkouts of one commit give the same bytes.
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+  $<$<COMPILE_LANGUAGE:CXX>:-fvisibility-inlines-hidden>
+  -fvisibility=hidden
+  -fstack-protector-strong
+  $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>
+  # A unique symbol would pin the library in memory past dlclose.
+  $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+
+if(PELAGRIM_SANITIZE)
+  add_compile_options(-fsanitize=${PELAGRIM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${PELAGRIM_SANITIZE})
+endif()

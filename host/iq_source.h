@@ -1,0 +1,63 @@
+#pragma once
+
+#include <complex>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+
+#include "wendle_plugin.h"
+
+namespace pelagrim_host {
+
+/// What a survey listens to: a recording, a simulated band, a live receiver.
+///
+/// One thread uses a source. Failures are thrown as SourceError with a line that names the file or
+/// device and says what to do.
+class IqSource {
+ public:
+  virtual ~IqSource() = default;
+  IqSource() = default;
+  IqSource(const IqSource&) = delete;
+  IqSource& operator=(const IqSource&) = delete;
+
+  /// What the user sees it called: a file name, a device, "simulated band".
+  virtual std::string name() const = 0;
+
+  /// Samples per second, positive and the same for the source's whole life.
+  virtual double sampleRateHz() const = 0;
+
+  /// The centre frequency of the samples that the next read delivers. It changes with an accepted
+  /// tune, or between two reads where a recording says so; never inside the samples of one read.
+  virtual double centreHz() const = 0;
+
+  /// Unix time in milliseconds of the first sample, where it is known.
+  virtual std::optional<int64_t> startUnixMs() const { return std::nullopt; }
+
+  /// True for a receiver whose samples arrive by the clock on the wall; the host's clock is then
+  /// that clock. False: the host's clock follows the samples.
+  virtual bool isLive() const { return false; }
+
+  /// True when tune can succeed for some frequency other than the present centre.
+  virtual bool canTune() const { return false; }
+
+  /// Fills the front of `block` with the next samples, full scale about 1.0, and returns how many:
+  /// 0 at the end, else at least 1.
+  virtual size_t read(std::span<std::complex<float>> block) = 0;
+
+  /// Moves the centre to `hz`. Accepted: samples still in flight from the old centre are dropped, so
+  /// the next read delivers samples from the new one. Refused: nothing changes.
+  virtual WendleTuneResult tune(double hz) {
+    (void)hz;
+    return kTuneNoRadio;  // a recording plays what was received, wherever one would rather be
+  }
+};
+
+/// A source that cannot be opened or that fails while it is read.
+struct SourceError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace pelagrim_host

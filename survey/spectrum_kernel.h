@@ -1,0 +1,13 @@
+#pragma once
+
+namespace pelagrim {
+
+/// Adds the power spectrum of one frame to `power_sum` (1024 entries, lowest frequency first).
+///
+/// iq: 1024 complex samples, I then Q, aligned to 4 bytes, not changed; window: 1024 coefficients.
+/// The transform is the radix-2 decimation-in-time FFT (Cooley and Tukey, 1965) in 32-bit floats,
+/// its twiddles a running product restarted for every block; re^2 + im^2 is summed in doubles. The
+/// result is promised to the bit, whatever the processor.
+void addFramePower(const float* iq, const float* window, double* power_sum) noexcept;
+
+}  // namespace pelagrim
