@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <complex>
 #include <cstddef>
 #include <cstdint>
@@ -7,6 +8,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "wendle_plugin.h"
 
@@ -46,6 +48,20 @@ class IqSource {
   /// Fills the front of `block` with the next samples, full scale about 1.0, and returns how many:
   /// 0 at the end, else at least 1.
   virtual size_t read(std::span<std::complex<float>> block) = 0;
+
+  /// Passes over the next `samples` samples as if they had been read, and returns how many there
+  /// were: fewer at the end.
+  virtual uint64_t skip(uint64_t samples) {
+    std::vector<std::complex<float>> block(1 << 16);
+    uint64_t skipped = 0;
+    while (skipped < samples) {
+      const auto wanted = std::min<uint64_t>(samples - skipped, block.size());
+      const size_t got = read(std::span(block).first(wanted));
+      if (got == 0) break;
+      skipped += got;
+    }
+    return skipped;
+  }
 
   /// Moves the centre to `hz`. Accepted: samples still in flight from the old centre are dropped, so
   /// the next read delivers samples from the new one. Refused: nothing changes.

@@ -1,0 +1,106 @@
+#include "host/quantity_text.h"
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <system_error>
+
+namespace pelagrim_host {
+namespace {
+
+/// Takes `count` digits and then the character `end` (none when it is 0) off the front of `text`.
+bool takeDigits(std::string_view& text, size_t count, char end, int& value) {
+  const size_t length = count + (end == '\0' ? 0 : 1);
+  if (text.size() < length || (end != '\0' && text[count] != end)) return false;
+  const char* const digits_end = text.data() + count;
+  const auto [stop, error] = std::from_chars(text.data(), digits_end, value);
+  if (error != std::errc() || stop != digits_end || value < 0) return false;
+  text.remove_prefix(length);
+  return true;
+}
+
+/// The milliseconds of ".789Z", ".5", "Z" or nothing; digits beyond the third are dropped.
+std::optional<int> takeFraction(std::string_view text) {
+  if (text.ends_with('Z')) text.remove_suffix(1);
+  if (text.empty()) return 0;
+  if (text.size() < 2 || text[0] != '.') return std::nullopt;
+  int milliseconds = 0;
+  int weight = 100;
+  for (const char digit : text.substr(1)) {
+    if (digit < '0' || digit > '9') return std::nullopt;
+    milliseconds += weight * (digit - '0');
+    weight /= 10;
+  }
+  return milliseconds;
+}
+
+}  // namespace
+
+std::optional<double> parseQuantity(std::string_view text) {
+  double value = 0.0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc() || !std::isfinite(value)) return std::nullopt;
+  std::string_view suffix(stop, static_cast<size_t>(end - stop));
+  if (suffix.ends_with("Hz")) suffix.remove_suffix(2);
+  if (suffix.empty()) return value;
+  if (suffix == "k" || suffix == "K") return value * 1e3;
+  if (suffix == "M" || suffix == "m") return value * 1e6;
+  if (suffix == "G" || suffix == "g") return value * 1e9;
+  return std::nullopt;
+}
+
+std::optional<FrequencyRange> parseFrequencyRange(std::string_view text) {
+  const size_t colon = text.find(':');
+  if (colon == std::string_view::npos) return std::nullopt;
+  const auto low_hz = parseQuantity(text.substr(0, colon));
+  const auto high_hz = parseQuantity(text.substr(colon + 1));
+  if (!low_hz || !high_hz || !(*low_hz < *high_hz)) return std::nullopt;
+  return FrequencyRange{*low_hz, *high_hz};
+}
+
+std::optional<int64_t> parseMoment(std::string_view text) {
+  int64_t unix_ms = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, unix_ms);
+  if (error == std::errc() && stop == end) return unix_ms;
+
+  int year = 0;
+  int month = 0;
+  int day = 0;
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  if (!takeDigits(text, 4, '-', year) || !takeDigits(text, 2, '-', month) ||
+      !takeDigits(text, 2, 'T', day) || !takeDigits(text, 2, ':', hour) ||
+      !takeDigits(text, 2, ':', minute) || !takeDigits(text, 2, '\0', second)) {
+    return std::nullopt;
+  }
+  const auto milliseconds = takeFraction(text);
+  const std::chrono::year_month_day date{std::chrono::year(year),
+                                         std::chrono::month(static_cast<unsigned>(month)),
+                                         std::chrono::day(static_cast<unsigned>(day))};
+  // Second 60 is a leap second; Unix time counts it as the first of the next minute.
+  if (!milliseconds || !date.ok() || hour > 23 || minute > 59 || second > 60) return std::nullopt;
+  const auto moment = std::chrono::sys_days(date) + std::chrono::hours(hour) +
+                      std::chrono::minutes(minute) + std::chrono::seconds(second) +
+                      std::chrono::milliseconds(*milliseconds);
+  return moment.time_since_epoch().count();
+}
+
+std::string formatFrequency(double hz) {
+  const bool whole_khz = std::fmod(hz, 1000.0) == 0.0;
+  return fmt::format("{:.{}f} MHz", hz / 1e6, whole_khz ? 3 : 6);
+}
+
+std::string formatSampleRate(double rate_hz) {
+  if (rate_hz >= 1e6) return fmt::format("{:.7g} MS/s", rate_hz / 1e6);
+  if (rate_hz >= 1e3) return fmt::format("{:.7g} kS/s", rate_hz / 1e3);
+  return fmt::format("{:.7g} S/s", rate_hz);
+}
+
+std::string formatNumber(double value) { return fmt::format("{:.15g}", value); }
+
+}  // namespace pelagrim_host

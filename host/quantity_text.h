@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace pelagrim_host {
+
+/// A stretch of spectrum, low_hz below high_hz.
+struct FrequencyRange {
+  double low_hz;
+  double high_hz;
+};
+
+/// A number with an optional suffix k, M or G (either case) and an optional unit Hz: "145.5M",
+/// "250k", "2.4GHz", "12500". The decimal separator is the point whatever the locale. Nothing when
+/// the text is anything else or the number is not finite.
+std::optional<double> parseQuantity(std::string_view text);
+
+/// Two quantities with a colon between them, the lower first: "144M:146M".
+std::optional<FrequencyRange> parseFrequencyRange(std::string_view text);
+
+/// A moment as Unix time in milliseconds: ISO 8601 in UTC ("2024-11-16T12:34:56.789Z"; the fraction
+/// and the Z may be absent), or the milliseconds themselves.
+std::optional<int64_t> parseMoment(std::string_view text);
+
+/// "145.500 MHz"; six decimals where the frequency is no multiple of a kilohertz.
+std::string formatFrequency(double hz);
+
+/// "2.4 MS/s", "250 kS/s".
+std::string formatSampleRate(double rate_hz);
+
+/// The shortest usual decimal form, for a settings file: "145500000", "12.5".
+std::string formatNumber(double value);
+
+}  // namespace pelagrim_host
