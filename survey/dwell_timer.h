@@ -11,8 +11,8 @@ constexpr double kDefaultDwellSeconds = 20.0;
 /// that is not a number counts as the default.
 int64_t dwellLengthMs(double dwell_seconds);
 
-/// Whether a dwell that began at `start_ms` is over at `now_ms`. A reading of 0 on either side means
-/// that there is no time, and then it never is. The difference wraps at 64 bits.
+/// Whether a dwell that began at `start_ms` is over at `now_ms`. A reading of 0 on either side
+/// means that there is no time, and then it never is. The difference wraps at 64 bits.
 bool dwellIsOver(int64_t start_ms, int64_t now_ms, double dwell_seconds);
 
 }  // namespace pelagrim

@@ -16,7 +16,9 @@ size_t nearestRank(size_t count, double p) {
 }
 
 /// Ascending, not-a-number last: a strict weak order over every float.
-bool ranksBefore(float a, float b) { return std::isnan(b) ? !std::isnan(a) : a < b; }
+bool ranksBefore(float a, float b) {
+  return std::isnan(b) ? !std::isnan(a) : a < b;
+}
 
 }  // namespace
 

@@ -8,7 +8,7 @@ const char* guessKind(double width_hz) {
     const char* text;
   };
   static constexpr Kind kKinds[] = {
-      {1200.0, "carrier?"},   {4000.0, "SSB/CW?"}, {9000.0, "AM?"},     {20000.0, "NFM?"},
+      {1200.0, "carrier?"},   {4000.0, "SSB/CW?"}, {9000.0, "AM?"},    {20000.0, "NFM?"},
       {40000.0, "wide NFM?"}, {120000.0, "?"},     {260000.0, "WFM?"},
   };
   if (!(width_hz > 0.0)) return "?";

@@ -14,7 +14,8 @@ std::vector<double> planSlices(double start_hz, double stop_hz, double sample_ra
     slices.push_back(centre_hz);
     centre_hz += step_hz;
   }
-  // Rounding, or a rate that is not finite, can leave not even the first slice below the band's end.
+  // Rounding, or a rate that is not finite, can leave not even the first slice below the band's
+  // end.
   if (slices.empty()) slices.push_back((start_hz + stop_hz) / 2);
   return slices;
 }

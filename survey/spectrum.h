@@ -23,8 +23,8 @@ struct Spectrum {
   std::vector<float> window;
   size_t fill = 0;  ///< samples waiting in fft_buf, below 1024
 
-  /// Sizes the buffers, clears them and builds the window. May throw std::bad_alloc; the buffers are
-  /// then empty.
+  /// Sizes the buffers, clears them and builds the window. May throw std::bad_alloc; the buffers
+  /// are then empty.
   void prepare();
 
   /// Empties the buffers: from here on samples are dropped, until prepare.

@@ -33,7 +33,9 @@ struct Ranked {
 
 }  // namespace
 
-long Survey::slotOf(double hz) const { return roundToInteger(hz / raster_hz); }
+long Survey::slotOf(double hz) const {
+  return roundToInteger(hz / raster_hz);
+}
 
 void Survey::lookAt(double lo_hz, double hi_hz) {
   for (auto& [slot, channel] : channels) {

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace pelagrim {
+
+/// A text file read in line pieces of at most 511 bytes, line feed included: the rest of a longer
+/// line comes as a further piece. A piece ends at a NUL byte.
+class LineReader {
+ public:
+  /// Opens the file. One that cannot be opened reads as empty; only want of memory is thrown, as
+  /// std::bad_alloc, for then nothing is known about the file.
+  explicit LineReader(const std::string& path);
+
+  bool isOpen() const { return file_ != nullptr; }
+
+  /// True when there is no such file, which is not the same as one that cannot be opened.
+  bool isMissing() const { return missing_; }
+
+  /// The next piece, valid until the next call; null at the end. Throws std::bad_alloc as above.
+  const char* next();
+
+ private:
+  struct Close {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+  std::unique_ptr<std::FILE, Close> file_;
+  bool missing_ = false;
+  char piece_[512];
+};
+
+/// Creates the file, or empties it in place, and writes the text. Failures are passed over.
+void writeTextFile(const std::string& path, std::string_view text);
+
+}  // namespace pelagrim

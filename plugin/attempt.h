@@ -1,0 +1,17 @@
+#pragma once
+
+namespace pelagrim {
+
+/// Runs `work` and lets no exception out. Returns whether it ran to its end. Every entry point that
+/// can fail goes through here: nothing but plain data crosses the boundary.
+template <typename Work>
+bool attempt(Work&& work) noexcept {
+  try {
+    work();
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+}  // namespace pelagrim

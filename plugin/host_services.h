@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+
+#include "wendle_plugin.h"
+
+namespace pelagrim {
+
+/// Stores the host's services table, or null to do without. Takes no lock: the host calls it while
+/// no other call runs.
+void hc_attach(const WendleHostApi* host) noexcept;
+
+/// The host's clock in Unix milliseconds; 0 where there is none. One call of the host at most.
+int64_t hostNowMs();
+
+/// Whether the host can be asked to tune.
+bool hostTunes();
+
+/// Asks the host to move the receiver's centre; needs hostTunes(). 0 when it accepts, else why not.
+int hostTune(double centre_hz);
+
+}  // namespace pelagrim

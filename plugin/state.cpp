@@ -1,0 +1,7 @@
+#include "plugin/state.h"
+
+namespace pelagrim {
+
+State g_state;
+
+}  // namespace pelagrim
