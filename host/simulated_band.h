@@ -3,14 +3,15 @@
 #include <complex>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "iq_source.h"
-#include "simulated_station.h"
+#include "host/iq_source.h"
+#include "host/simulated_station.h"
+#include "host/station_signal.h"
+#include "host/white_noise.h"
 
 namespace pelagrim_host {
 
@@ -36,12 +37,11 @@ class SimulatedBand final : public IqSource {
  public:
   /// Throws SourceError when the configuration makes no sense.
   explicit SimulatedBand(const SimulatedBandConfig& config);
-  ~SimulatedBand() override;
 
   std::string name() const override { return "simulated band"; }
-  double sampleRateHz() const override;
-  double centreHz() const override;
-  std::optional<int64_t> startUnixMs() const override;
+  double sampleRateHz() const override { return config_.sample_rate_hz; }
+  double centreHz() const override { return centre_hz_; }
+  std::optional<int64_t> startUnixMs() const override { return config_.start_unix_ms; }
   bool canTune() const override { return true; }
   size_t read(std::span<std::complex<float>> block) override;
 
@@ -49,11 +49,22 @@ class SimulatedBand final : public IqSource {
   WendleTuneResult tune(double hz) override;
 
   /// The truth, in order of frequency.
-  const std::vector<SimulatedStation>& stations() const;
+  const std::vector<SimulatedStation>& stations() const { return stations_; }
 
  private:
-  class Receiver;
-  std::unique_ptr<Receiver> receiver_;
+  /// Makes chunk_ hold the chunk that begins with sample first_index, as heard at the centre.
+  void renderChunk(uint64_t first_index);
+
+  SimulatedBandConfig config_;
+  double centre_hz_;
+  uint64_t samples_left_;
+  std::vector<SimulatedStation> stations_;
+  Programmes programmes_;
+  WhiteNoise noise_;
+  std::vector<StationSignal> signals_;
+  uint64_t next_index_ = 0;  ///< of the sample that the next read delivers
+  std::vector<std::complex<float>> chunk_;
+  bool chunk_is_stale_ = true;
 };
 
 }  // namespace pelagrim_host

@@ -24,9 +24,9 @@ struct SimulatedStation {
   double level_db = 0.0;
   double deviation_hz = 0.0;  ///< peak frequency deviation of the kinds that have one
 
-  // It transmits for on_seconds from first_on_seconds after the start of the simulation, and again
-  // every period_seconds. A period of 0: always. Carried on backwards, so that a first_on_seconds
-  // close to the period is still on at the start when the transmission reaches across it.
+  // It transmits for on_seconds from first_on_seconds after the start of the simulation and again
+  // every period_seconds, also counted back: what reaches across the start is under way then. A
+  // period of 0: always.
   double first_on_seconds = 0.0;
   double on_seconds = 0.0;
   double period_seconds = 0.0;
@@ -34,11 +34,18 @@ struct SimulatedStation {
   double lowHz() const { return centre_hz - 0.5 * width_hz; }
   double highHz() const { return centre_hz + 0.5 * width_hz; }
 
-  /// Seconds since the transmission under way began; negative while it is silent.
-  double secondsOnAir(double seconds) const;
+  /// How far beyond its width its weakest parts are still worth keeping clear of.
+  double guardHz() const;
+
+  /// The amplitude at this time after the start of the simulation: 0 off the air, 1 on the air, a
+  /// slope of kKeySlopeSeconds in between, the transmission's ends included.
+  double strengthAt(double seconds) const;
 };
 
-/// "always" or, for example, "12 s of 31 s from 4 s".
+/// How long a transmission takes to rise and to fall, so that its edges do not click.
+constexpr double kKeySlopeSeconds = 0.005;
+
+/// "always" or, for example, "12 s of every 31 s, first at 4 s".
 std::string scheduleText(const SimulatedStation& station);
 
 /// The stations of a band, in order of frequency: voices, keying, a broadcast, a repeater, data,

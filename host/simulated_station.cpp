@@ -1,0 +1,150 @@
+#include "host/simulated_station.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+#include <fmt/format.h>
+
+namespace pelagrim_host {
+
+namespace {
+
+constexpr double kSetHz = 2e6;
+constexpr size_t kMostSets = 500;  // 1 GHz: more stations than anyone waits for
+constexpr double kFrequencyStepHz = 5000.0;
+constexpr double kSsbMiddleHz = 1500.0;  // above the suppressed carrier, which is on the step
+
+/// A station of the set: its place is the distance of its carrier from the lower end.
+struct Place {
+  const char* name;
+  SimulatedKind kind;
+  double offset_hz;
+  double level_db;
+  double deviation_hz = 0.0;
+  double first_on_seconds = 0.0;
+  double on_seconds = 0.0;
+  double period_seconds = 0.0;
+};
+
+/// In order of importance: in a narrow band the first ones come first.
+constexpr std::array kSet = {
+    Place{"calling channel", SimulatedKind::kNfmVoice, 1500e3, 30.0, 3000.0, 2.0, 11.0, 17.0},
+    Place{"repeater", SimulatedKind::kNfmVoice, 1650e3, 34.0, 3000.0, 22.0, 25.0, 95.0},
+    Place{"long talk", SimulatedKind::kNfmVoice, 1225e3, 30.0, 2500.0},
+    Place{"beacon", SimulatedKind::kCw, 420e3, 26.0},
+    Place{"SSB talk", SimulatedKind::kSsbVoice, 300e3, 21.0},
+    Place{"AM talk", SimulatedKind::kAmVoice, 1350e3, 32.0},
+    Place{"packet node", SimulatedKind::kData, 800e3, 30.0, 2600.0, 0.8, 0.4, 2.3},
+    Place{"broadcast", SimulatedKind::kWideFm, 620e3, 30.0, 75000.0},
+    Place{"CW contact", SimulatedKind::kCw, 50e3, 24.0, 0.0, 0.0, 26.0, 40.0},
+    Place{"weak SSB", SimulatedKind::kSsbVoice, 200e3, 20.0, 0.0, 3.0, 9.0, 20.0},
+    Place{"edge talk", SimulatedKind::kNfmVoice, 950e3, 31.0, 3000.0},
+    Place{"local talk", SimulatedKind::kNfmVoice, 1575e3, 40.0, 5000.0},
+    Place{"telemetry", SimulatedKind::kData, 1840e3, 26.0, 2600.0, 0.3, 1.2, 5.0},
+    Place{"satellite voice", SimulatedKind::kNfmVoice, 1880e3, 29.0, 3000.0, 10.0, 45.0, 70.0},
+    Place{"satellite beacon", SimulatedKind::kCw, 1935e3, 23.0},
+    Place{"satellite SSB", SimulatedKind::kSsbVoice, 1960e3, 20.0},
+};
+
+/// Nominal, as a band plan would have it.
+double nominalWidthHz(const Place& place) {
+  constexpr double kVoiceTopHz = 2600.0;
+  constexpr double kMusicTopHz = 15000.0;
+  switch (place.kind) {
+    case SimulatedKind::kNfmVoice:
+      return 2.0 * (place.deviation_hz + kVoiceTopHz);  // Carson's rule
+    case SimulatedKind::kAmVoice:
+      return 2.0 * kVoiceTopHz;
+    case SimulatedKind::kSsbVoice:
+      return 2200.0;
+    case SimulatedKind::kCw:
+      return 150.0;
+    case SimulatedKind::kWideFm:
+      return 2.0 * (place.deviation_hz + kMusicTopHz);
+    case SimulatedKind::kData:
+      return 9600.0 + 2.0 * place.deviation_hz;
+  }
+  return 0.0;
+}
+
+bool keepsClear(const SimulatedStation& station, const std::vector<SimulatedStation>& others) {
+  constexpr double kClearanceHz = 8000.0;  // two stations stay two signals
+  return std::all_of(others.begin(), others.end(), [&](const SimulatedStation& other) {
+    return station.lowHz() - kClearanceHz > other.highHz() ||
+           station.highHz() + kClearanceHz < other.lowHz();
+  });
+}
+
+}  // namespace
+
+const char* kindText(SimulatedKind kind) {
+  switch (kind) {
+    case SimulatedKind::kNfmVoice:
+      return "NFM voice";
+    case SimulatedKind::kAmVoice:
+      return "AM voice";
+    case SimulatedKind::kSsbVoice:
+      return "SSB voice";
+    case SimulatedKind::kCw:
+      return "CW";
+    case SimulatedKind::kWideFm:
+      return "wide FM";
+    case SimulatedKind::kData:
+      return "data";
+  }
+  return "?";
+}
+
+double SimulatedStation::guardHz() const {
+  return std::max(3000.0, 0.25 * width_hz);
+}
+
+double SimulatedStation::strengthAt(double seconds) const {
+  if (!(period_seconds > 0.0)) return 1.0;
+  const double cycles = (seconds - first_on_seconds) / period_seconds;
+  const double since_on = (cycles - std::floor(cycles)) * period_seconds;
+  const double to_edge = std::min(since_on, on_seconds - since_on);
+  return std::clamp(to_edge / kKeySlopeSeconds, 0.0, 1.0);
+}
+
+std::string scheduleText(const SimulatedStation& station) {
+  if (!(station.period_seconds > 0.0)) return "always";
+  return fmt::format("{:g} s of every {:g} s, first at {:g} s", station.on_seconds,
+                     station.period_seconds, station.first_on_seconds);
+}
+
+std::vector<SimulatedStation> simulatedPopulation(double low_hz, double high_hz) {
+  const double band_hz = high_hz - low_hz;
+  const double sets = std::clamp(std::round(band_hz / kSetHz), 1.0, static_cast<double>(kMostSets));
+  const double set_hz = band_hz / sets;
+  std::vector<SimulatedStation> stations;
+  for (double set = 0.0; set < sets; set += 1.0) {
+    std::vector<SimulatedStation> placed;
+    for (const Place& place : kSet) {
+      const double wanted_hz = low_hz + set_hz * (set + place.offset_hz / kSetHz);
+      const double carrier_hz = kFrequencyStepHz * std::round(wanted_hz / kFrequencyStepHz);
+      SimulatedStation station;
+      station.name = sets > 1.0 ? fmt::format("{} {:g}", place.name, set + 1.0) : place.name;
+      station.kind = place.kind;
+      station.centre_hz =
+          carrier_hz + (place.kind == SimulatedKind::kSsbVoice ? kSsbMiddleHz : 0.0);
+      station.width_hz = nominalWidthHz(place);
+      station.level_db = place.level_db;
+      station.deviation_hz = place.deviation_hz;
+      station.first_on_seconds = place.first_on_seconds;
+      station.on_seconds = place.on_seconds;
+      station.period_seconds = place.period_seconds;
+      if (station.lowHz() - station.guardHz() < low_hz + set_hz * set) continue;
+      if (station.highHz() + station.guardHz() > low_hz + set_hz * (set + 1.0)) continue;
+      if (keepsClear(station, placed)) placed.push_back(station);
+    }
+    std::sort(placed.begin(), placed.end(),
+              [](const auto& a, const auto& b) { return a.centre_hz < b.centre_hz; });
+    stations.insert(stations.end(), placed.begin(), placed.end());
+  }
+  return stations;
+}
+
+}  // namespace pelagrim_host
