@@ -38,7 +38,7 @@ constexpr std::array kSet = {
     Place{"AM talk", SimulatedKind::kAmVoice, 1350e3, 32.0},
     Place{"packet node", SimulatedKind::kData, 800e3, 30.0, 2600.0, 0.8, 0.4, 2.3},
     Place{"broadcast", SimulatedKind::kWideFm, 620e3, 30.0, 75000.0},
-    Place{"CW contact", SimulatedKind::kCw, 50e3, 24.0, 0.0, 0.0, 26.0, 40.0},
+    Place{"CW contact", SimulatedKind::kCw, 50e3, 30.0, 0.0, 0.0, 26.0, 40.0},
     Place{"weak SSB", SimulatedKind::kSsbVoice, 200e3, 20.0, 0.0, 3.0, 9.0, 20.0},
     Place{"edge talk", SimulatedKind::kNfmVoice, 950e3, 31.0, 3000.0},
     Place{"local talk", SimulatedKind::kNfmVoice, 1575e3, 40.0, 5000.0},

@@ -1,0 +1,35 @@
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <variant>
+
+#include "host/options.h"
+#include "host/signals.h"
+#include "host/survey_command.h"
+#include "host/text_output.h"
+
+int main(int argc, char** argv) {
+  enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
+  using namespace pelagrim_host;
+  const auto complain = [](const std::exception& failure) {
+    TextOutput(stderr).write(fmt::format("pelagrim-survey: {}\n", failure.what()));
+  };
+  try {
+    installSignalHandlers();
+    const auto command = parseOptions(argc, argv);
+    if (const auto* const text = std::get_if<std::string>(&command)) {
+      TextOutput(stdout).write(*text);
+    } else {
+      runCommand(std::get<Options>(command));
+    }
+    return kDone;
+  } catch (const UsageError& failure) {
+    complain(failure);
+    return kWrongUsage;
+  } catch (const std::exception& failure) {
+    complain(failure);
+    return kFailed;
+  }
+}

@@ -1,0 +1,112 @@
+#include "host/open_source.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <set>
+#include <utility>
+
+#include "host/replayed_source.h"
+#include "host/survey_clock.h"
+#include "host/survey_settings_file.h"
+
+namespace pelagrim_host {
+namespace {
+
+constexpr double kSimulatedRateHz = 1e6;
+
+bool isStandardInput(const Options& options) { return options.source == "-"; }
+
+/// The format of a raw recording: as told, else as the extension says.
+const SampleFormat& chooseFormat(const Options& options) {
+  std::string name = options.format;
+  if (name.empty()) {
+    const std::string extension = std::filesystem::path(options.source).extension().string();
+    if (!extension.empty()) name = extension.substr(1);
+  }
+  const SampleFormat* const format = findSampleFormat(name);
+  if (format != nullptr) return *format;
+  if (!options.format.empty()) {
+    throw UsageError(
+        fmt::format("--format {} is not known; there are {}", name, sampleFormatNames()));
+  }
+  throw UsageError(fmt::format("{}: the format of the samples is not known; give --format with {}",
+                               options.source, sampleFormatNames()));
+}
+
+/// A recording without a header. Metadata in names and headers joins in here.
+std::unique_ptr<IqSource> openRaw(const Options& options, RemarkSink remark) {
+  const SampleFormat& format = chooseFormat(options);
+  if (!options.sample_rate_hz) {
+    throw UsageError(fmt::format("{}: the sample rate is not known; give --sample-rate, e.g. 2.4M",
+                                 options.source));
+  }
+  if (!options.frequency_hz) {
+    throw UsageError(fmt::format("{}: the centre is not known; give --frequency, e.g. 145.5M",
+                                 options.source));
+  }
+  return std::make_unique<RawRecording>(options.source, format, *options.sample_rate_hz,
+                                        *options.frequency_hz, std::move(remark));
+}
+
+std::unique_ptr<IqSource> openSimulatedBand(const Options& options, const std::string& settings) {
+  if (!options.format.empty() || options.plays != 1 || options.offset_seconds != 0.0) {
+    throw UsageError("--format, --loop and --offset are for a recording; name one");
+  }
+  return std::make_unique<SimulatedBand>(simulatedBandConfig(options, settings));
+}
+
+}  // namespace
+
+SimulatedBandConfig simulatedBandConfig(const Options& options, const std::string& settings) {
+  SimulatedBandConfig config;
+  const FrequencyRange surveyed = {findNumber(settings, "start").value_or(config.low_hz),
+                                   findNumber(settings, "stop").value_or(config.high_hz)};
+  const FrequencyRange simulated = options.simulated_range.value_or(surveyed);
+  config.low_hz = simulated.low_hz;
+  config.high_hz = simulated.high_hz;
+  config.sample_rate_hz = options.sample_rate_hz.value_or(kSimulatedRateHz);
+  config.centre_hz = options.frequency_hz;
+  if (!config.centre_hz && asksToSweep(settings)) {
+    config.centre_hz = simulated.low_hz + 0.5 * config.sample_rate_hz;
+  }
+  config.seed = options.seed;
+  return config;
+}
+
+std::unique_ptr<IqSource> openSource(const Options& options, const std::string& settings,
+                                     const RemarkSink& remark) {
+  if (options.source.empty()) return openSimulatedBand(options, settings);
+  if (options.plays == 1 && options.offset_seconds == 0.0) return openRaw(options, remark);
+  if (options.plays != 1 && isStandardInput(options)) {
+    throw UsageError("--loop: standard input cannot be played again; name a file");
+  }
+  // What a recording has to remark it would say again at every play.
+  const auto remark_once = [remark, said = std::set<std::string>()](const std::string& line) mutable {
+    if (said.insert(line).second) remark(line);
+  };
+  const auto shared_remark = std::make_shared<RemarkSink>(remark_once);
+  return std::make_unique<ReplayedSource>(
+      [options, shared_remark] {
+        return openRaw(options, [shared_remark](const std::string& line) { (*shared_remark)(line); });
+      },
+      options.plays, options.offset_seconds);
+}
+
+int64_t startTimeMs(const Options& options, const IqSource& source) {
+  const auto offset_ms = static_cast<int64_t>(options.offset_seconds * 1000.0);
+  if (options.start_unix_ms) return *options.start_unix_ms + offset_ms;
+  if (const auto start_ms = source.startUnixMs()) return *start_ms;
+  struct stat status = {};
+  if (isStandardInput(options) || stat(options.source.c_str(), &status) != 0) return wallClockMs();
+  return int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000 + offset_ms;
+}
+
+std::string surveyDirectoryName(const Options& options) {
+  if (options.source.empty()) return "simulated-band.survey";
+  if (isStandardInput(options)) return "standard-input.survey";
+  return std::filesystem::path(options.source).stem().string() + ".survey";
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/iq_source.h"
+#include "host/options.h"
+#include "host/raw_recording.h"
+#include "host/simulated_band.h"
+
+namespace pelagrim_host {
+
+/// What the simulated band is, from the command line and the settings that will be in force: it lies
+/// where the survey looks unless it is put elsewhere, and a sweep starts on its first slice.
+SimulatedBandConfig simulatedBandConfig(const Options& options, const std::string& settings);
+
+/// Opens what the command line names. Throws UsageError where the command line has to say more,
+/// SourceError where the source cannot be had. `remark` gets what the source has to say while it is
+/// read; it has to outlive the source.
+std::unique_ptr<IqSource> openSource(const Options& options, const std::string& settings,
+                                     const RemarkSink& remark);
+
+/// Unix time in milliseconds at which the source's first sample is taken to have been received: as
+/// the command line says, as the source knows, the age of a recording's file, else now.
+int64_t startTimeMs(const Options& options, const IqSource& source);
+
+/// The survey directory of a source that was not given one, e.g. "evening.survey" for evening.cu8.
+std::string surveyDirectoryName(const Options& options);
+
+}  // namespace pelagrim_host

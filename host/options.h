@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <variant>
+
+#include "host/quantity_text.h"
+
+namespace pelagrim_host {
+
+/// The command line.
+struct Options {
+  // What to listen to.
+  std::string source;  ///< a file, "-" for standard input, empty for the simulated band
+  std::optional<double> sample_rate_hz;
+  std::optional<double> frequency_hz;
+  std::string format;  ///< of raw samples; empty: as the file's extension says
+  double offset_seconds = 0.0;
+  uint64_t plays = 1;  ///< of a recording; 0: without end
+  std::optional<int64_t> start_unix_ms;
+  std::optional<FrequencyRange> simulated_range;  ///< the simulated band; unset: the band surveyed
+  uint64_t seed = 1;
+
+  // Where and how to survey; written into survey.cfg.
+  std::string survey_dir;  ///< empty: chosen by the source
+  std::optional<FrequencyRange> band;
+  std::optional<double> dwell_seconds;
+  std::optional<double> threshold_db;
+  std::optional<double> raster_hz;
+  std::optional<bool> sweep;
+
+  // The run.
+  std::optional<uint32_t> passes;
+  std::optional<double> duration_seconds;
+  bool may_tune = true;
+  bool realtime = false;
+  bool quiet = false;
+  size_t block_samples = 0;  ///< 0: the usual
+
+  // The program.
+  std::string plugin;  ///< empty: where it usually is
+  bool show_plugin_info = false;
+  bool list_stations = false;
+};
+
+/// A command line that cannot be carried out. The line names the option and says what to do.
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/// Reads the command line. The text instead when that is all that was asked for (--help, --version).
+/// Throws UsageError.
+std::variant<Options, std::string> parseOptions(int argc, const char* const* argv);
+
+}  // namespace pelagrim_host

@@ -1,0 +1,144 @@
+#include "host/survey_command.h"
+
+#include <fmt/format.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include "host/console_report.h"
+#include "host/host_services.h"
+#include "host/open_source.h"
+#include "host/plugin_library.h"
+#include "host/quantity_text.h"
+#include "host/signals.h"
+#include "host/survey_clock.h"
+#include "host/survey_session.h"
+#include "host/survey_settings_file.h"
+#include "host/survey_setup.h"
+
+namespace pelagrim_host {
+namespace {
+
+constexpr const char* kDirectoryVariable = "ORVANE_SURVEY_DIR";
+
+// A simulated band has no end of its own. Two passes show what one misses of those who come and go.
+constexpr uint32_t kSimulatedPasses = 2;
+
+void listStations(const Options& options, const std::string& settings) {
+  const SimulatedBand band(simulatedBandConfig(options, settings));
+  std::string text = fmt::format("{:>14}  {:>10}  {:>9}  {:<10}  {:<22}  {}\n", "Frequency", "Width",
+                                 "Level", "Kind", "On air", "Station");
+  for (const SimulatedStation& station : band.stations()) {
+    text += fmt::format("{:>10.4f} MHz  {:>6.1f} kHz  {:>6.0f} dB  {:<10}  {:<22}  {}\n",
+                        station.centre_hz / 1e6, station.width_hz / 1e3, station.level_db,
+                        kindText(station.kind), scheduleText(station), station.name);
+  }
+  TextOutput(stdout).write(text);
+}
+
+/// Makes the directory and its settings ready for the plug-in, and says what was done.
+void prepareDirectory(const std::filesystem::path& survey_dir,
+                      const std::vector<SettingEdit>& edits, SurveyReport& report) {
+  const bool created = createSurveyDirectory(survey_dir);
+  report.note(
+      fmt::format("survey directory {}{}", survey_dir.string(), created ? " (created)" : ""));
+  if (edits.empty()) return;
+  editSettings(survey_dir, edits);
+  std::string keys;
+  for (const SettingEdit& edit : edits) {
+    keys += fmt::format("{}{} = {}", keys.empty() ? "" : ", ", edit.key, edit.value);
+  }
+  report.note(fmt::format("written to {}: {}", settingsPath(survey_dir).string(), keys));
+}
+
+std::filesystem::file_time_type writeTime(const std::filesystem::path& path) {
+  std::error_code error;
+  const auto time = std::filesystem::last_write_time(path, error);
+  return error ? std::filesystem::file_time_type::min() : time;
+}
+
+SessionSettings sessionSettings(const Options& options, const std::string& settings) {
+  SessionSettings session;
+  session.block_samples = options.block_samples;
+  session.passes = options.passes;
+  session.duration_seconds = options.duration_seconds;
+  session.realtime = options.realtime;
+  session.dwell_length_seconds = findNumber(settings, "dwell_seconds");
+  if (options.source.empty() && !options.passes && !options.duration_seconds) {
+    session.passes = kSimulatedPasses;
+  }
+  return session;
+}
+
+void survey(const Options& options, const PluginLibrary& plugin) {
+  ConsoleReport report(options.quiet);
+  const auto survey_dir = chooseSurveyDirectory(options, std::getenv(kDirectoryVariable),
+                                                surveyDirectoryName(options));
+  const auto old_settings = readSettings(survey_dir);
+  const auto edits = planSettings(options, old_settings);
+  const std::string settings = withSettings(old_settings.value_or(""), edits);
+
+  const auto source =
+      openSource(options, settings, [&report](const std::string& line) { report.warning(line); });
+  report.note(fmt::format("source {}: centre {}, {}", source->name(),
+                          formatFrequency(source->centreHz()),
+                          formatSampleRate(source->sampleRateHz())));
+  prepareDirectory(survey_dir, edits, report);
+  if (const auto mismatch = bandMismatch(settings, *source)) report.warning(*mismatch);
+  setenv(kDirectoryVariable, survey_dir.c_str(), 1);
+
+  SurveyClock clock = source->isLive() ? SurveyClock::onTheWall()
+                                       : SurveyClock::ofSamples(startTimeMs(options, *source),
+                                                                source->sampleRateHz());
+  const SessionSettings session_settings = sessionSettings(options, settings);
+  if (session_settings.passes && !options.passes) {
+    report.note(fmt::format("ends after {} passes; --passes or --duration set another end",
+                            *session_settings.passes));
+  }
+  const auto results_path = survey_dir / "survey.csv";
+  const auto written_before = writeTime(results_path);
+
+  HostServices services(*source, clock, options.may_tune);
+  SurveySession session(plugin, *source, services, clock, report, session_settings);
+  const SessionResult result = session.run(stopRequested);
+
+  if (result.samples == 0 && !stopRequested()) {
+    throw SourceError(fmt::format("{} holds no samples, so there is nothing to survey",
+                                  source->name()));
+  }
+  if (result.dwells_done == 0u) {
+    report.note("no dwell was evaluated: there were too few samples for a spectrum");
+  } else if (writeTime(results_path) != written_before) {
+    report.note(fmt::format("survey written to {}", results_path.string()));
+  } else {
+    throw std::runtime_error(fmt::format("the survey could not be written to {}; see that the disk "
+                                         "has room and the file can be written",
+                                         results_path.string()));
+  }
+}
+
+}  // namespace
+
+void runCommand(const Options& options) {
+  if (options.list_stations) {
+    const auto survey_dir = chooseSurveyDirectory(options, std::getenv(kDirectoryVariable),
+                                                  surveyDirectoryName(options));
+    const auto old_settings = readSettings(survey_dir);
+    listStations(options,
+                 withSettings(old_settings.value_or(""), planSettings(options, old_settings)));
+    return;
+  }
+  const PluginLibrary plugin(options.plugin.empty()
+                                 ? findDefaultPlugin()
+                                 : std::filesystem::absolute(options.plugin));
+  if (options.show_plugin_info) {
+    TextOutput(stdout).write(plugin.describe());
+    return;
+  }
+  survey(options, plugin);
+}
+
+}  // namespace pelagrim_host

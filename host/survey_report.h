@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "host/host_services.h"
+#include "host/panel_table.h"
+
+namespace pelagrim_host {
+
+/// How far a run is.
+struct SurveyProgress {
+  double centre_hz = 0.0;
+  double rate_hz = 0.0;
+  uint64_t samples = 0;                         ///< delivered so far
+  double dwell_elapsed_seconds = 0.0;           ///< of the dwell in progress, by the survey's clock
+  std::optional<double> dwell_length_seconds;   ///< where it is known
+  std::optional<DwellCount> dwells;             ///< where the plug-in counts them
+  std::optional<uint32_t> wanted_passes;        ///< where the run ends after so many
+  std::optional<double> wanted_seconds;         ///< where the run ends after so much receiver time
+};
+
+/// Whoever shows a run to the user: lines and a progress line today. All calls on the thread that
+/// runs the survey.
+class SurveyReport {
+ public:
+  virtual ~SurveyReport() = default;
+  SurveyReport() = default;
+  SurveyReport(const SurveyReport&) = delete;
+  SurveyReport& operator=(const SurveyReport&) = delete;
+
+  /// What the host itself has to say: what was taken for what, where files are.
+  virtual void note(const std::string& line) = 0;
+
+  /// Something that the user should look into, and that stops nothing.
+  virtual void warning(const std::string& line) = 0;
+
+  /// A message line of the plug-in.
+  virtual void message(const std::string& line) = 0;
+
+  /// The plug-in asked to tune. `centre_hz`: where the receiver is now.
+  virtual void tuned(const TuneRequest& request, double centre_hz) = 0;
+
+  /// After every block of samples.
+  virtual void progress(const SurveyProgress& progress) = 0;
+
+  /// The run has ended, the last dwell is evaluated.
+  virtual void finished(const Panel& panel) = 0;
+};
+
+}  // namespace pelagrim_host

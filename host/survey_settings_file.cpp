@@ -1,0 +1,134 @@
+#include "host/survey_settings_file.h"
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <system_error>
+
+namespace pelagrim_host {
+namespace {
+
+constexpr std::string_view kBlanks = " \t";
+
+constexpr const char* kNewFileHead =
+    "# Written by pelagrim-survey. A key that is not here has its default: start, stop,\n"
+    "# threshold_db, dwell_seconds, raster_hz, sweep.\n";
+
+/// Where the value of a key stands in a text, blanks around it left out.
+struct ValuePlace {
+  size_t begin;
+  size_t length;
+};
+
+std::string_view withoutBlanks(std::string_view text) {
+  const size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+std::optional<ValuePlace> findPlace(std::string_view text, std::string_view key) {
+  std::optional<ValuePlace> place;
+  for (size_t begin = 0; begin < text.size();) {
+    const size_t end = std::min(text.find('\n', begin), text.size());
+    std::string_view line = text.substr(begin, end - begin);
+    line = line.substr(0, line.find('\r'));
+    const size_t equals = line.find('=');
+    if (equals != std::string_view::npos && withoutBlanks(line.substr(0, equals)) == key &&
+        equals + 1 < line.size()) {
+      const std::string_view value = withoutBlanks(line.substr(equals + 1));
+      // A value of blanks alone is replaced with them.
+      place = value.empty() ? ValuePlace{begin + equals + 1, line.size() - equals - 1}
+                            : ValuePlace{static_cast<size_t>(value.data() - text.data()),
+                                         value.size()};
+    }
+    begin = end + 1;
+  }
+  return place;
+}
+
+std::string setOne(std::string text, const SettingEdit& edit) {
+  const auto place = findPlace(text, edit.key);
+  if (!place) {
+    if (!text.empty() && text.back() != '\n') text += '\n';
+    return text + fmt::format("{} = {}\n", edit.key, edit.value);
+  }
+  size_t length = place->length;
+  if (edit.key != "sweep") {
+    length = std::min(length, text.find_first_of(" \t#", place->begin) - place->begin);
+  }
+  return text.replace(place->begin, length, edit.value);
+}
+
+[[noreturn]] void fail(const std::filesystem::path& path, const std::string& what) {
+  throw std::runtime_error(fmt::format("cannot {} {}", what, path.string()));
+}
+
+}  // namespace
+
+std::optional<std::string> findSetting(std::string_view text, std::string_view key) {
+  const auto place = findPlace(text, key);
+  if (!place) return std::nullopt;
+  return std::string(withoutBlanks(text.substr(place->begin, place->length)));
+}
+
+std::optional<double> findNumber(std::string_view text, std::string_view key) {
+  const auto value = findSetting(text, key);
+  if (!value) return std::nullopt;
+  double number = 0.0;
+  const auto [stop, error] = std::from_chars(value->data(), value->data() + value->size(), number);
+  if (error != std::errc() || !std::isfinite(number)) return std::nullopt;
+  return number;
+}
+
+bool asksToSweep(std::string_view text) {
+  return findSetting(text, "sweep").value_or("").find_first_of("nN") == std::string::npos;
+}
+
+std::string withSettings(std::string_view text, const std::vector<SettingEdit>& edits) {
+  std::string edited(text);
+  for (const SettingEdit& edit : edits) edited = setOne(std::move(edited), edit);
+  return edited;
+}
+
+std::filesystem::path settingsPath(const std::filesystem::path& survey_dir) {
+  return survey_dir / "survey.cfg";
+}
+
+std::optional<std::string> readSettings(const std::filesystem::path& survey_dir) {
+  const auto path = settingsPath(survey_dir);
+  std::error_code error;
+  if (!std::filesystem::exists(path, error)) return std::nullopt;
+  std::ifstream file(path, std::ios::binary);
+  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  if (!file) fail(path, "read");
+  return text;
+}
+
+void editSettings(const std::filesystem::path& survey_dir, const std::vector<SettingEdit>& edits) {
+  const auto old_text = readSettings(survey_dir);
+  const std::string text = withSettings(old_text.value_or(kNewFileHead), edits);
+  if (old_text == text) return;
+  // A link stays a link: the file that it leads to is replaced.
+  std::error_code error;
+  auto path = std::filesystem::weakly_canonical(settingsPath(survey_dir), error);
+  if (error) path = settingsPath(survey_dir);
+  auto fresh_path = path;
+  fresh_path += ".new";
+  {
+    std::ofstream file(fresh_path, std::ios::binary);
+    file << text;
+    file.close();
+    if (!file) fail(fresh_path, "write");
+  }
+  if (old_text) {
+    std::filesystem::permissions(fresh_path, std::filesystem::status(path).permissions(), error);
+  }
+  std::filesystem::rename(fresh_path, path, error);
+  if (error) fail(path, "replace");
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/iq_source.h"
+#include "host/options.h"
+#include "host/survey_settings_file.h"
+
+namespace pelagrim_host {
+
+/// The directory for the survey's files: as the command line says, else the environment's
+/// ORVANE_SURVEY_DIR (null when unset), else `fallback`.
+std::filesystem::path chooseSurveyDirectory(const Options& options, const char* from_environment,
+                                            const std::string& fallback);
+
+/// Makes sure that the directory is there and can be written to. Returns whether it was created.
+/// Throws std::runtime_error, naming it.
+bool createSurveyDirectory(const std::filesystem::path& survey_dir);
+
+/// The keys of survey.cfg to set before the plug-in reads it: what the command line says and, where
+/// there is no file yet (`settings` is absent), what makes sense for the source. The plug-in's
+/// default is to sweep 144 to 146 MHz with 20 s to a slice, which a recording cannot.
+std::vector<SettingEdit> planSettings(const Options& options,
+                                      const std::optional<std::string>& settings);
+
+/// Why a survey with these settings would find nothing in a source that cannot be tuned, with the
+/// remedy; nothing when it would.
+std::optional<std::string> bandMismatch(const std::string& settings, const IqSource& source);
+
+}  // namespace pelagrim_host
