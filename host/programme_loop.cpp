@@ -161,14 +161,14 @@ ProgrammeLoop musicProgramme(uint64_t seed) {
 
 ProgrammeLoop dataProgramme(uint64_t seed) {
   // The Gaussian's impulse response, in points; it reaches a bit and a half to either side.
-  constexpr int kReach = 12;
+  constexpr size_t kReach = 12;
   constexpr double kBandwidthTime = 0.5;
   const double sigma = std::sqrt(std::numbers::ln2) / (2.0 * pi * kBandwidthTime) *
                        static_cast<double>(kPointsPerBit);
   std::array<float, 2 * kReach + 1> response{};
-  for (int i = -kReach; i <= kReach; ++i) {
-    const double x = i / sigma;
-    response[static_cast<size_t>(i + kReach)] = static_cast<float>(std::exp(-0.5 * x * x));
+  for (size_t k = 0; k < response.size(); ++k) {
+    const double x = (static_cast<double>(k) - static_cast<double>(kReach)) / sigma;
+    response[k] = static_cast<float>(std::exp(-0.5 * x * x));
   }
   const float sum = std::accumulate(response.begin(), response.end(), 0.0F);
 

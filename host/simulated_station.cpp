@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -77,6 +78,35 @@ bool keepsClear(const SimulatedStation& station, const std::vector<SimulatedStat
   });
 }
 
+SimulatedStation stationAt(const Place& place, double wanted_hz) {
+  const double carrier_hz = kFrequencyStepHz * std::round(wanted_hz / kFrequencyStepHz);
+  const double middle_hz = place.kind == SimulatedKind::kSsbVoice ? kSsbMiddleHz : 0.0;
+  return {.name = place.name,
+          .kind = place.kind,
+          .centre_hz = carrier_hz + middle_hz,
+          .width_hz = nominalWidthHz(place),
+          .level_db = place.level_db,
+          .deviation_hz = place.deviation_hz,
+          .first_on_seconds = place.first_on_seconds,
+          .on_seconds = place.on_seconds,
+          .period_seconds = place.period_seconds};
+}
+
+/// The stations of the set that fit between the limits, in order of frequency.
+std::vector<SimulatedStation> placedSet(double low_hz, double high_hz) {
+  std::vector<SimulatedStation> placed;
+  for (const Place& place : kSet) {
+    const double wanted_hz = low_hz + (high_hz - low_hz) * place.offset_hz / kSetHz;
+    SimulatedStation station = stationAt(place, wanted_hz);
+    const bool inside = station.lowHz() - station.guardHz() >= low_hz &&
+                        station.highHz() + station.guardHz() <= high_hz;
+    if (inside && keepsClear(station, placed)) placed.push_back(std::move(station));
+  }
+  std::sort(placed.begin(), placed.end(),
+            [](const auto& a, const auto& b) { return a.centre_hz < b.centre_hz; });
+  return placed;
+}
+
 }  // namespace
 
 const char* kindText(SimulatedKind kind) {
@@ -116,33 +146,18 @@ std::string scheduleText(const SimulatedStation& station) {
 }
 
 std::vector<SimulatedStation> simulatedPopulation(double low_hz, double high_hz) {
-  const double band_hz = high_hz - low_hz;
-  const double sets = std::clamp(std::round(band_hz / kSetHz), 1.0, static_cast<double>(kMostSets));
-  const double set_hz = band_hz / sets;
+  const double wanted_sets = std::round((high_hz - low_hz) / kSetHz);
+  const auto sets =
+      static_cast<size_t>(std::clamp(wanted_sets, 1.0, static_cast<double>(kMostSets)));
+  const double set_hz = (high_hz - low_hz) / static_cast<double>(sets);
   std::vector<SimulatedStation> stations;
-  for (double set = 0.0; set < sets; set += 1.0) {
-    std::vector<SimulatedStation> placed;
-    for (const Place& place : kSet) {
-      const double wanted_hz = low_hz + set_hz * (set + place.offset_hz / kSetHz);
-      const double carrier_hz = kFrequencyStepHz * std::round(wanted_hz / kFrequencyStepHz);
-      SimulatedStation station;
-      station.name = sets > 1.0 ? fmt::format("{} {:g}", place.name, set + 1.0) : place.name;
-      station.kind = place.kind;
-      station.centre_hz =
-          carrier_hz + (place.kind == SimulatedKind::kSsbVoice ? kSsbMiddleHz : 0.0);
-      station.width_hz = nominalWidthHz(place);
-      station.level_db = place.level_db;
-      station.deviation_hz = place.deviation_hz;
-      station.first_on_seconds = place.first_on_seconds;
-      station.on_seconds = place.on_seconds;
-      station.period_seconds = place.period_seconds;
-      if (station.lowHz() - station.guardHz() < low_hz + set_hz * set) continue;
-      if (station.highHz() + station.guardHz() > low_hz + set_hz * (set + 1.0)) continue;
-      if (keepsClear(station, placed)) placed.push_back(station);
+  for (size_t set = 0; set < sets; ++set) {
+    const double set_low_hz = low_hz + set_hz * static_cast<double>(set);
+    std::vector<SimulatedStation> placed = placedSet(set_low_hz, set_low_hz + set_hz);
+    for (SimulatedStation& station : placed) {
+      if (sets > 1) station.name += fmt::format(" {}", set + 1);
+      stations.push_back(std::move(station));
     }
-    std::sort(placed.begin(), placed.end(),
-              [](const auto& a, const auto& b) { return a.centre_hz < b.centre_hz; });
-    stations.insert(stations.end(), placed.begin(), placed.end());
   }
   return stations;
 }
