@@ -9,9 +9,13 @@ namespace pelagrim_host {
 ConsoleReport::ConsoleReport(bool quiet)
     : quiet_(quiet), output_(stdout), errors_(stderr), progress_line_(output_) {}
 
-void ConsoleReport::note(const std::string& line) { print(line + "\n"); }
+void ConsoleReport::note(const std::string& line) {
+  print(line + "\n");
+}
 
-void ConsoleReport::message(const std::string& line) { print(line + "\n"); }
+void ConsoleReport::message(const std::string& line) {
+  print(line + "\n");
+}
 
 void ConsoleReport::warning(const std::string& line) {
   progress_line_.clear();

@@ -63,8 +63,8 @@ class IqSource {
     return skipped;
   }
 
-  /// Moves the centre to `hz`. Accepted: samples still in flight from the old centre are dropped, so
-  /// the next read delivers samples from the new one. Refused: nothing changes.
+  /// Moves the centre to `hz`. Accepted: samples still in flight from the old centre are dropped,
+  /// so the next read delivers samples from the new one. Refused: nothing changes.
   virtual WendleTuneResult tune(double hz) {
     (void)hz;
     return kTuneNoRadio;  // a recording plays what was received, wherever one would rather be

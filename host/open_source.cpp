@@ -16,7 +16,9 @@ namespace {
 
 constexpr double kSimulatedRateHz = 1e6;
 
-bool isStandardInput(const Options& options) { return options.source == "-"; }
+bool isStandardInput(const Options& options) {
+  return options.source == "-";
+}
 
 /// The format of a raw recording: as told, else as the extension says.
 const SampleFormat& chooseFormat(const Options& options) {
@@ -43,8 +45,8 @@ std::unique_ptr<IqSource> openRaw(const Options& options, RemarkSink remark) {
                                  options.source));
   }
   if (!options.frequency_hz) {
-    throw UsageError(fmt::format("{}: the centre is not known; give --frequency, e.g. 145.5M",
-                                 options.source));
+    throw UsageError(
+        fmt::format("{}: the centre is not known; give --frequency, e.g. 145.5M", options.source));
   }
   return std::make_unique<RawRecording>(options.source, format, *options.sample_rate_hz,
                                         *options.frequency_hz, std::move(remark));
@@ -83,13 +85,15 @@ std::unique_ptr<IqSource> openSource(const Options& options, const std::string& 
     throw UsageError("--loop: standard input cannot be played again; name a file");
   }
   // What a recording has to remark it would say again at every play.
-  const auto remark_once = [remark, said = std::set<std::string>()](const std::string& line) mutable {
+  const auto remark_once = [remark,
+                            said = std::set<std::string>()](const std::string& line) mutable {
     if (said.insert(line).second) remark(line);
   };
   const auto shared_remark = std::make_shared<RemarkSink>(remark_once);
   return std::make_unique<ReplayedSource>(
       [options, shared_remark] {
-        return openRaw(options, [shared_remark](const std::string& line) { (*shared_remark)(line); });
+        return openRaw(options,
+                       [shared_remark](const std::string& line) { (*shared_remark)(line); });
       },
       options.plays, options.offset_seconds);
 }

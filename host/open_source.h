@@ -10,8 +10,8 @@
 
 namespace pelagrim_host {
 
-/// What the simulated band is, from the command line and the settings that will be in force: it lies
-/// where the survey looks unless it is put elsewhere, and a sweep starts on its first slice.
+/// What the simulated band is, from the command line and the settings that will be in force: it
+/// lies where the survey looks unless it is put elsewhere, and a sweep starts on its first slice.
 SimulatedBandConfig simulatedBandConfig(const Options& options, const std::string& settings);
 
 /// Opens what the command line names. Throws UsageError where the command line has to say more,

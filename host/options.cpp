@@ -3,12 +3,26 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <functional>
+#include <memory>
+#include <system_error>
 
 #include "host/sample_format.h"
 
 namespace pelagrim_host {
 namespace {
+
+/// Help that shows an option as "--name VALUE", without what else the library knows about it.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_opts(const CLI::Option* option) const override {
+    const std::string value = option->get_type_name();
+    return value.empty() ? "" : " " + value;
+  }
+};
+
+constexpr const char* kRange = "a range such as 144M:146M";
 
 /// Adds an option whose text `parse` turns into a value for `target`, or does not; `expected` says
 /// what it takes then.
@@ -38,47 +52,62 @@ std::optional<int64_t> parseStart(std::string_view text) {
   return moment && *moment > 0 ? moment : std::nullopt;  // 0 means that there is no time
 }
 
+/// A whole number from `least` to `most`.
+template <typename Number>
+std::function<std::optional<Number>(const std::string&)> countBetween(Number least, Number most) {
+  return [least, most](const std::string& text) -> std::optional<Number> {
+    Number count = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, count);
+    if (error != std::errc() || stop != end || count < least || count > most) {
+      return std::nullopt;
+    }
+    return count;
+  };
+}
+
 void addSourceOptions(CLI::App& app, Options& options) {
   constexpr const char* kFrequency = "a frequency such as 145.5M";
   constexpr const char* kTime = "a time in seconds such as 2.5";
+  constexpr const char* kCount = "a whole number";
   app.add_option("SOURCE", options.source,
-                 "A raw recording (.cu8 .cs8 .cs16 .cf32 .cf64), or - for standard input; "
-                 "without it a simulated band")
+                 "A raw recording, or - for standard input; without it a simulated\n"
+                 "band. Known extensions: .cu8 .cs8 .cs16 .cf32 .cf64")
       ->type_name("");
   addParsed(app, "--sample-rate", parsePositive, options.sample_rate_hz,
             "a sample rate such as 2.4M", "Samples per second")
       ->type_name("RATE");
   addParsed(app, "--frequency", parseNotNegative, options.frequency_hz, kFrequency,
-            "Centre frequency of the recording, or where the simulated receiver starts")
+            "Centre of the recording, or where the simulated receiver starts")
       ->type_name("HZ");
   app.add_option("--format", options.format,
-                 "Format of raw samples, when the name does not say: " + sampleFormatNames())
+                 "Format of raw samples, whatever the file's extension is")
       ->type_name("NAME");
   addParsed(app, "--offset", parseNotNegative, options.offset_seconds, kTime,
             "Skip the beginning of the recording")
       ->type_name("SECONDS");
-  app.add_option("--loop", options.plays, "Play the recording N times; 0 plays it without end")
+  addParsed(app, "--loop", countBetween<uint64_t>(0, UINT64_MAX), options.plays, kCount,
+            "Play the recording N times; 0 plays it without end")
       ->type_name("N");
   addParsed(app, "--start-time", parseStart, options.start_unix_ms,
             "a time such as 2024-11-16T12:00:00Z, or Unix milliseconds",
-            "When the first sample was received, UTC or Unix milliseconds; else what the "
-            "recording says, else the age of its file")
+            "When the first sample was received: UTC, or Unix milliseconds.\n"
+            "Else as the recording says, else the age of its file")
       ->type_name("TIME");
-  addParsed(app, "--simulate", parseFrequencyRange, options.simulated_range,
-            "a range such as 144M:146M",
-            "The simulated band, where it is not the band surveyed")
+  addParsed(app, "--simulate", parseFrequencyRange, options.simulated_range, kRange,
+            "The simulated band, where it is not the band to survey")
       ->type_name("LOW:HIGH");
-  app.add_option("--seed", options.seed, "Seed of the simulated band; the same one, the same band")
+  addParsed(app, "--seed", countBetween<uint64_t>(0, UINT64_MAX), options.seed, kCount,
+            "Seed of the simulated band: the same one, the same samples")
       ->type_name("N");
 }
 
 void addSurveyOptions(CLI::App& app, Options& options) {
   app.add_option("--dir", options.survey_dir,
-                 "Survey directory, which holds survey.cfg and survey.csv; else "
-                 "$ORVANE_SURVEY_DIR, else one named after the source")
+                 "Directory of survey.cfg and survey.csv; else $ORVANE_SURVEY_DIR,\n"
+                 "else one here that is named after the source")
       ->type_name("DIR");
-  addParsed(app, "--band", parseFrequencyRange, options.band, "a range such as 144M:146M",
-            "Band to survey")
+  addParsed(app, "--band", parseFrequencyRange, options.band, kRange, "Band to survey")
       ->type_name("LOW:HIGH");
   addParsed(app, "--dwell", parsePositive, options.dwell_seconds, "a time in seconds such as 20",
             "Time on each slice of the band")
@@ -97,30 +126,33 @@ void addSurveyOptions(CLI::App& app, Options& options) {
 }
 
 void addRunOptions(CLI::App& app, Options& options) {
-  app.add_option("--passes", options.passes, "End after N passes over the band")
-      ->type_name("N")
-      ->check(CLI::PositiveNumber);
+  constexpr uint32_t kMostBlockSamples = 1 << 24;
+  addParsed(app, "--passes", countBetween<uint32_t>(1, UINT32_MAX), options.passes,
+            "a whole number from 1 on", "End after N passes over the band")
+      ->type_name("N");
   addParsed(app, "--duration", parsePositive, options.duration_seconds,
             "a time in seconds such as 60", "End after so much receiver time")
       ->type_name("SECONDS");
   app.add_flag_callback(
       "--no-tune", [&options] { options.may_tune = false; }, "Do not let the plug-in tune");
   app.add_flag("--realtime", options.realtime, "Play no faster than the receiver would");
-  app.add_option("--block", options.block_samples,
-                 "Samples handed over at once (default: a twentieth of a second, 65536 at most)")
-      ->type_name("N")
-      ->check(CLI::Range(size_t{1}, size_t{1} << 24));
+  addParsed(app, "--block", countBetween<uint32_t>(1, kMostBlockSamples), options.block_samples,
+            "a whole number from 1 to 16777216",
+            "Samples to hand over at once (usually a twentieth of a second)")
+      ->type_name("N");
   app.add_flag("--quiet", options.quiet, "Say nothing but errors and warnings");
 }
 
 void addProgramOptions(CLI::App& app, Options& options) {
   app.add_option("--plugin", options.plugin,
-                 "Plug-in to load (default: pelagrim_plugin.so, beside the program or in "
-                 "lib/pelagrim)")
+                 "Plug-in to load; else pelagrim_plugin.so beside the program or in\n"
+                 "lib/pelagrim")
       ->type_name("PATH");
   app.add_flag("--plugin-info", options.show_plugin_info, "Say what the plug-in is and end");
   app.add_flag("--list-stations", options.list_stations,
                "List the stations of the simulated band and end");
+  app.set_version_flag("--version", "pelagrim-survey " PELAGRIM_VERSION, "Say the version and end");
+  app.set_help_flag("--help,-h", "Print this text and end");
 }
 
 }  // namespace
@@ -129,9 +161,10 @@ std::variant<Options, std::string> parseOptions(int argc, const char* const* arg
   Options options;
   CLI::App app("Surveys a stretch of spectrum: finds the signals in it and keeps a list of them.",
                "pelagrim-survey");
-  app.get_formatter()->column_width(28);
-  app.set_version_flag("--version", "pelagrim-survey " PELAGRIM_VERSION);
-  app.set_help_flag("--help,-h", "Print this text");
+  const auto formatter = std::make_shared<HelpFormatter>();
+  formatter->column_width(24);
+  app.formatter(formatter);
+  app.set_help_flag();  // it would come first, in a group of its own
   app.footer(
       "Frequencies and rates take the suffixes k, M and G. What --band, --dwell, --threshold,\n"
       "--raster, --fixed and --sweep say is written to survey.cfg and holds from then on.\n"

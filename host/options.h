@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -38,7 +37,7 @@ struct Options {
   bool may_tune = true;
   bool realtime = false;
   bool quiet = false;
-  size_t block_samples = 0;  ///< 0: the usual
+  uint32_t block_samples = 0;  ///< 0: the usual
 
   // The program.
   std::string plugin;  ///< empty: where it usually is
@@ -51,8 +50,8 @@ struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Reads the command line. The text instead when that is all that was asked for (--help, --version).
-/// Throws UsageError.
+/// Reads the command line. The text instead when that is all that was asked for (--help,
+/// --version). Throws UsageError.
 std::variant<Options, std::string> parseOptions(int argc, const char* const* argv);
 
 }  // namespace pelagrim_host

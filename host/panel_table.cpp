@@ -21,7 +21,9 @@ std::string cellText(const char (&cell)[WENDLE_CELL_BYTES]) {
 
 /// Characters of UTF-8 text: its bytes but for those that continue a character.
 size_t displayWidth(std::string_view text) {
-  const auto continues = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
+  const auto continues = [](char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+  };
   return text.size() - static_cast<size_t>(std::count_if(text.begin(), text.end(), continues));
 }
 
@@ -125,7 +127,8 @@ std::string formatPanel(const Panel& panel) {
     if (row.kind == kRowSummary || row.kind == kRowWarning) continue;
     for (size_t i = 0; i < std::min(columns.size(), row.cells.size()); ++i) {
       columns[i].width = std::max(columns[i].width, displayWidth(row.cells[i]));
-      columns[i].numeric = columns[i].numeric && (row.cells[i].empty() || looksNumeric(row.cells[i]));
+      columns[i].numeric =
+          columns[i].numeric && (row.cells[i].empty() || looksNumeric(row.cells[i]));
     }
   }
   text += "\n" + alignedLine(panel.columns, columns);

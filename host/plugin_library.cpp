@@ -13,7 +13,9 @@ constexpr const char* kDefaultPluginName = "pelagrim_plugin.so";
 constexpr uint32_t kMostCapabilities = 32;  // the bits of the mask
 
 /// The text of an optional string of the plug-in.
-const char* textOf(const char* text) { return text == nullptr ? "(none)" : text; }
+const char* textOf(const char* text) {
+  return text == nullptr ? "(none)" : text;
+}
 
 std::string kindName(uint32_t kind) {
   switch (kind) {
@@ -45,7 +47,9 @@ PluginLibrary::PluginLibrary(const std::filesystem::path& path) : path_(path.str
   }
 }
 
-PluginLibrary::~PluginLibrary() { dlclose(library_); }
+PluginLibrary::~PluginLibrary() {
+  dlclose(library_);
+}
 
 void PluginLibrary::fail(const std::string& what) const {
   throw PluginError(fmt::format("plug-in {}: {}", path_, what));
@@ -92,8 +96,9 @@ void PluginLibrary::takeCapability(const WendleCapability& capability) {
     kept = static_cast<const Table*>(capability.table);
     if (kept == nullptr) fail(fmt::format("the table of its {} is null", kind));
     if (capability.table_size < sizeof(Table) || kept->struct_size != capability.table_size) {
-      fail(fmt::format("the table of its {} has {} bytes in the list and {} in itself instead of {}",
-                       kind, capability.table_size, kept->struct_size, sizeof(Table)));
+      fail(
+          fmt::format("the table of its {} has {} bytes in the list and {} in itself instead of {}",
+                      kind, capability.table_size, kept->struct_size, sizeof(Table)));
     }
     return *kept;
   };
@@ -119,8 +124,8 @@ std::string PluginLibrary::describe() const {
       path_, textOf(descriptor_->plugin_name), textOf(descriptor_->version),
       textOf(descriptor_->author), textOf(descriptor_->license), descriptor_->abi_version);
   for (const auto& entry : std::span(descriptor_->capabilities, descriptor_->capability_count)) {
-    text += fmt::format("capability  {} (table of {} bytes)\n", kindName(entry.kind),
-                        entry.table_size);
+    text +=
+        fmt::format("capability  {} (table of {} bytes)\n", kindName(entry.kind), entry.table_size);
   }
   return text;
 }

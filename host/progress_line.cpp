@@ -19,7 +19,8 @@ std::string bar(double part) {
 }
 
 std::string dwellText(const SurveyProgress& progress) {
-  if (!progress.dwell_length_seconds) return fmt::format("{:.1f} s", progress.dwell_elapsed_seconds);
+  if (!progress.dwell_length_seconds)
+    return fmt::format("{:.1f} s", progress.dwell_elapsed_seconds);
   return fmt::format("{} {:.1f} of {:g} s",
                      bar(progress.dwell_elapsed_seconds / *progress.dwell_length_seconds),
                      progress.dwell_elapsed_seconds, *progress.dwell_length_seconds);
@@ -29,9 +30,9 @@ std::string passText(const SurveyProgress& progress) {
   if (!progress.dwells) return {};
   const uint32_t per_pass = progress.dwells->dwellsPerPass();
   const uint32_t passes_done = progress.dwells->dwells_done / per_pass;
-  std::string text = fmt::format("  dwell {} of {}, pass {}",
-                                 progress.dwells->dwells_done % per_pass + 1, per_pass,
-                                 passes_done + 1);
+  std::string text =
+      fmt::format("  dwell {} of {}, pass {}", progress.dwells->dwells_done % per_pass + 1,
+                  per_pass, passes_done + 1);
   if (progress.wanted_passes) text += fmt::format(" of {}", *progress.wanted_passes);
   return text;
 }

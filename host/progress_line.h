@@ -14,7 +14,8 @@ namespace pelagrim_host {
 /// `columns` characters.
 std::string formatProgress(const SurveyProgress& progress, double wall_seconds, size_t columns);
 
-/// A progress line redrawn in place, about ten times a second. Draws nothing on what is no terminal.
+/// A progress line redrawn in place, about ten times a second. Draws nothing on what is no
+/// terminal.
 class ProgressLine {
  public:
   explicit ProgressLine(TextOutput& output);

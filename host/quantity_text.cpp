@@ -101,6 +101,8 @@ std::string formatSampleRate(double rate_hz) {
   return fmt::format("{:.7g} S/s", rate_hz);
 }
 
-std::string formatNumber(double value) { return fmt::format("{:.15g}", value); }
+std::string formatNumber(double value) {
+  return fmt::format("{:.15g}", value);
+}
 
 }  // namespace pelagrim_host

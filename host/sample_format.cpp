@@ -47,7 +47,9 @@ constexpr std::array kFormats = {
 
 }  // namespace
 
-std::span<const SampleFormat> sampleFormats() { return kFormats; }
+std::span<const SampleFormat> sampleFormats() {
+  return kFormats;
+}
 
 const SampleFormat* findSampleFormat(std::string_view name) {
   for (const SampleFormat& format : kFormats) {

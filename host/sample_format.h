@@ -9,8 +9,8 @@ namespace pelagrim_host {
 
 /// How a raw stream writes its complex samples: I then Q, one component after the other.
 ///
-/// Integers are scaled by a power of two so that full scale is 1.0, which a float holds exactly: the
-/// same signal written in two integer formats gives the same floats. Unsigned ones are centred
+/// Integers are scaled by a power of two so that full scale is 1.0, which a float holds exactly:
+/// the same signal written in two integer formats gives the same floats. Unsigned ones are centred
 /// between their two middle codes first, so cu8 is (v - 127.5) / 128. Floats pass unscaled.
 struct SampleFormat {
   std::string_view name;   ///< as --format and the file extension spell it

@@ -1,7 +1,7 @@
 #include "host/signals.h"
 
-#include <csignal>
 #include <unistd.h>
+#include <csignal>
 
 #include <atomic>
 
@@ -26,6 +26,8 @@ void installSignalHandlers() {
   sigaction(SIGPIPE, &action, nullptr);
 }
 
-bool stopRequested() { return g_stop_requested; }
+bool stopRequested() {
+  return g_stop_requested;
+}
 
 }  // namespace pelagrim_host

@@ -22,7 +22,7 @@ struct SimulatedBandConfig {
   double low_hz = 144e6;
   double high_hz = 146e6;
   double sample_rate_hz = 1e6;
-  std::optional<double> centre_hz;        ///< where the receiver starts; the band's middle
+  std::optional<double> centre_hz{};      ///< where the receiver starts; the band's middle
   uint64_t seed = 1;                      ///< of the noise and of what is said
   int64_t start_unix_ms = 1767225600000;  ///< 2026-01-01T00:00:00Z
   double duration_seconds = 0.0;          ///< 0: endless

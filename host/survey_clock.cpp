@@ -4,7 +4,9 @@
 
 namespace pelagrim_host {
 
-SurveyClock SurveyClock::onTheWall() { return {}; }
+SurveyClock SurveyClock::onTheWall() {
+  return {};
+}
 
 SurveyClock SurveyClock::ofSamples(int64_t start_unix_ms, double rate_hz) {
   SurveyClock clock;

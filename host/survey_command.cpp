@@ -29,8 +29,8 @@ constexpr uint32_t kSimulatedPasses = 2;
 
 void listStations(const Options& options, const std::string& settings) {
   const SimulatedBand band(simulatedBandConfig(options, settings));
-  std::string text = fmt::format("{:>14}  {:>10}  {:>9}  {:<10}  {:<22}  {}\n", "Frequency", "Width",
-                                 "Level", "Kind", "On air", "Station");
+  std::string text = fmt::format("{:>14}  {:>10}  {:>9}  {:<10}  {:<22}  {}\n", "Frequency",
+                                 "Width", "Level", "Kind", "On air", "Station");
   for (const SimulatedStation& station : band.stations()) {
     text += fmt::format("{:>10.4f} MHz  {:>6.1f} kHz  {:>6.0f} dB  {:<10}  {:<22}  {}\n",
                         station.centre_hz / 1e6, station.width_hz / 1e3, station.level_db,
@@ -75,14 +75,19 @@ SessionSettings sessionSettings(const Options& options, const std::string& setti
 
 void survey(const Options& options, const PluginLibrary& plugin) {
   ConsoleReport report(options.quiet);
-  const auto survey_dir = chooseSurveyDirectory(options, std::getenv(kDirectoryVariable),
-                                                surveyDirectoryName(options));
+  const auto survey_dir =
+      chooseSurveyDirectory(options, std::getenv(kDirectoryVariable), surveyDirectoryName(options));
   const auto old_settings = readSettings(survey_dir);
-  const auto edits = planSettings(options, old_settings);
-  const std::string settings = withSettings(old_settings.value_or(""), edits);
+  auto edits = settingsAsked(options);
+  std::string settings = withSettings(old_settings.value_or(""), edits);
 
   const auto source =
       openSource(options, settings, [&report](const std::string& line) { report.warning(line); });
+  if (!old_settings) {
+    const auto further = settingsForSource(options, *source, edits);
+    edits.insert(edits.end(), further.begin(), further.end());
+    settings = withSettings(settings, further);
+  }
   report.note(fmt::format("source {}: centre {}, {}", source->name(),
                           formatFrequency(source->centreHz()),
                           formatSampleRate(source->sampleRateHz())));
@@ -105,18 +110,20 @@ void survey(const Options& options, const PluginLibrary& plugin) {
   SurveySession session(plugin, *source, services, clock, report, session_settings);
   const SessionResult result = session.run(stopRequested);
 
+  if (stopRequested()) report.note("stopped on request");
   if (result.samples == 0 && !stopRequested()) {
-    throw SourceError(fmt::format("{} holds no samples, so there is nothing to survey",
-                                  source->name()));
+    throw SourceError(
+        fmt::format("{} holds no samples, so there is nothing to survey", source->name()));
   }
   if (result.dwells_done == 0u) {
     report.note("no dwell was evaluated: there were too few samples for a spectrum");
   } else if (writeTime(results_path) != written_before) {
     report.note(fmt::format("survey written to {}", results_path.string()));
   } else {
-    throw std::runtime_error(fmt::format("the survey could not be written to {}; see that the disk "
-                                         "has room and the file can be written",
-                                         results_path.string()));
+    throw std::runtime_error(
+        fmt::format("the survey could not be written to {}; see that the disk "
+                    "has room and the file can be written",
+                    results_path.string()));
   }
 }
 
@@ -127,13 +134,11 @@ void runCommand(const Options& options) {
     const auto survey_dir = chooseSurveyDirectory(options, std::getenv(kDirectoryVariable),
                                                   surveyDirectoryName(options));
     const auto old_settings = readSettings(survey_dir);
-    listStations(options,
-                 withSettings(old_settings.value_or(""), planSettings(options, old_settings)));
+    listStations(options, withSettings(old_settings.value_or(""), settingsAsked(options)));
     return;
   }
-  const PluginLibrary plugin(options.plugin.empty()
-                                 ? findDefaultPlugin()
-                                 : std::filesystem::absolute(options.plugin));
+  const PluginLibrary plugin(options.plugin.empty() ? findDefaultPlugin()
+                                                    : std::filesystem::absolute(options.plugin));
   if (options.show_plugin_info) {
     TextOutput(stdout).write(plugin.describe());
     return;

@@ -13,12 +13,12 @@ namespace pelagrim_host {
 struct SurveyProgress {
   double centre_hz = 0.0;
   double rate_hz = 0.0;
-  uint64_t samples = 0;                         ///< delivered so far
-  double dwell_elapsed_seconds = 0.0;           ///< of the dwell in progress, by the survey's clock
-  std::optional<double> dwell_length_seconds;   ///< where it is known
-  std::optional<DwellCount> dwells;             ///< where the plug-in counts them
-  std::optional<uint32_t> wanted_passes;        ///< where the run ends after so many
-  std::optional<double> wanted_seconds;         ///< where the run ends after so much receiver time
+  uint64_t samples = 0;                        ///< delivered so far
+  double dwell_elapsed_seconds = 0.0;          ///< of the dwell in progress, by the survey's clock
+  std::optional<double> dwell_length_seconds;  ///< where it is known
+  std::optional<DwellCount> dwells;            ///< where the plug-in counts them
+  std::optional<uint32_t> wanted_passes;       ///< where the run ends after so many
+  std::optional<double> wanted_seconds;        ///< where the run ends after so much receiver time
 };
 
 /// Whoever shows a run to the user: lines and a progress line today. All calls on the thread that

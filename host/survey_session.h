@@ -42,8 +42,8 @@ class SurveySession {
 
   /// Runs until the source or the limits end, or `stop` says so; it is asked between blocks. The
   /// dwell in progress is then evaluated and saved. A source that fails ends the run in the same
-  /// order, after which its SourceError is thrown on. Throws PluginError when passes are wanted of a
-  /// plug-in that counts no dwells.
+  /// order, after which its SourceError is thrown on. Throws PluginError when passes are wanted of
+  /// a plug-in that counts no dwells.
   SessionResult run(const std::function<bool()>& stop);
 
  private:

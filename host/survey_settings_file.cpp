@@ -41,9 +41,9 @@ std::optional<ValuePlace> findPlace(std::string_view text, std::string_view key)
         equals + 1 < line.size()) {
       const std::string_view value = withoutBlanks(line.substr(equals + 1));
       // A value of blanks alone is replaced with them.
-      place = value.empty() ? ValuePlace{begin + equals + 1, line.size() - equals - 1}
-                            : ValuePlace{static_cast<size_t>(value.data() - text.data()),
-                                         value.size()};
+      place = value.empty()
+                  ? ValuePlace{begin + equals + 1, line.size() - equals - 1}
+                  : ValuePlace{static_cast<size_t>(value.data() - text.data()), value.size()};
     }
     begin = end + 1;
   }

@@ -36,8 +36,8 @@ std::filesystem::path settingsPath(const std::filesystem::path& survey_dir);
 /// std::runtime_error, naming the file, when it cannot be read.
 std::optional<std::string> readSettings(const std::filesystem::path& survey_dir);
 
-/// Sets the keys in the settings file of `survey_dir`, which is replaced in one step; a missing file
-/// is written with those keys alone, and the plug-in has its defaults for the rest. Throws
+/// Sets the keys in the settings file of `survey_dir`, which is replaced in one step; a missing
+/// file is written with those keys alone, and the plug-in has its defaults for the rest. Throws
 /// std::runtime_error, naming the file, when that fails.
 void editSettings(const std::filesystem::path& survey_dir, const std::vector<SettingEdit>& edits);
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <system_error>
 
@@ -30,21 +31,21 @@ bool createSurveyDirectory(const std::filesystem::path& survey_dir) {
   std::error_code error;
   const bool created = std::filesystem::create_directories(survey_dir, error);
   if (error || !std::filesystem::is_directory(survey_dir)) {
-    throw std::runtime_error(fmt::format("cannot create the survey directory {}: {}; name another "
-                                         "with --dir",
-                                         survey_dir.string(),
-                                         error ? error.message() : "it is a file"));
+    throw std::runtime_error(
+        fmt::format("cannot create the survey directory {}: {}; name another "
+                    "with --dir",
+                    survey_dir.string(), error ? error.message() : "it is a file"));
   }
   if (access(survey_dir.c_str(), W_OK | X_OK) != 0) {
-    throw std::runtime_error(fmt::format("cannot write to the survey directory {}; name another "
-                                         "with --dir",
-                                         survey_dir.string()));
+    throw std::runtime_error(
+        fmt::format("cannot write to the survey directory {}; name another "
+                    "with --dir",
+                    survey_dir.string()));
   }
   return created;
 }
 
-std::vector<SettingEdit> planSettings(const Options& options,
-                                      const std::optional<std::string>& settings) {
+std::vector<SettingEdit> settingsAsked(const Options& options) {
   std::vector<SettingEdit> edits;
   const auto set = [&edits](const char* key, std::optional<double> value) {
     if (value) edits.push_back({key, formatNumber(*value)});
@@ -54,16 +55,26 @@ std::vector<SettingEdit> planSettings(const Options& options,
     set("stop", options.band->high_hz);
   }
   set("threshold_db", options.threshold_db);
+  set("dwell_seconds", options.dwell_seconds);
   set("raster_hz", options.raster_hz);
-  const bool simulated = options.source.empty();
-  const bool fresh = !settings;
-  std::optional<double> dwell_seconds = options.dwell_seconds;
-  if (!dwell_seconds && fresh && simulated) dwell_seconds = kSimulatedDwellSeconds;
-  set("dwell_seconds", dwell_seconds);
+  if (options.sweep) edits.push_back({"sweep", *options.sweep ? "yes" : "no"});
+  return edits;
+}
+
+std::vector<SettingEdit> settingsForSource(const Options& options, const IqSource& source,
+                                           const std::vector<SettingEdit>& asked) {
+  std::vector<SettingEdit> edits;
+  const auto set = [&](const char* key, const std::string& value) {
+    const auto is_key = [key](const SettingEdit& edit) { return edit.key == key; };
+    if (std::none_of(asked.begin(), asked.end(), is_key)) edits.push_back({key, value});
+  };
+  if (options.source.empty()) set("dwell_seconds", formatNumber(kSimulatedDwellSeconds));
   // A band that the user gives limits what is kept of a recording, which takes a sweep.
-  std::optional<bool> sweep = options.sweep;
-  if (!sweep && fresh && !simulated && !options.band) sweep = false;
-  if (sweep) edits.push_back({"sweep", *sweep ? "yes" : "no"});
+  if (!source.canTune() && !options.band) {
+    set("start", formatNumber(source.centreHz() - 0.5 * source.sampleRateHz()));
+    set("stop", formatNumber(source.centreHz() + 0.5 * source.sampleRateHz()));
+    set("sweep", "no");
+  }
   return edits;
 }
 

@@ -20,11 +20,14 @@ std::filesystem::path chooseSurveyDirectory(const Options& options, const char* 
 /// Throws std::runtime_error, naming it.
 bool createSurveyDirectory(const std::filesystem::path& survey_dir);
 
-/// The keys of survey.cfg to set before the plug-in reads it: what the command line says and, where
-/// there is no file yet (`settings` is absent), what makes sense for the source. The plug-in's
-/// default is to sweep 144 to 146 MHz with 20 s to a slice, which a recording cannot.
-std::vector<SettingEdit> planSettings(const Options& options,
-                                      const std::optional<std::string>& settings);
+/// The keys of survey.cfg that the command line sets.
+std::vector<SettingEdit> settingsAsked(const Options& options);
+
+/// The further keys to set where there is no survey.cfg yet. The plug-in would sweep 144 to 146 MHz
+/// with 20 s to a slice: a source that cannot be tuned is surveyed as it is, and a simulated band
+/// takes short dwells. What is `asked` for stands.
+std::vector<SettingEdit> settingsForSource(const Options& options, const IqSource& source,
+                                           const std::vector<SettingEdit>& asked);
 
 /// Why a survey with these settings would find nothing in a source that cannot be tuned, with the
 /// remedy; nothing when it would.

@@ -9,8 +9,7 @@ namespace pelagrim_host {
 
 TextOutput::TextOutput(std::FILE* stream) : stream_(stream), is_terminal_(false) {
   const char* const kind = std::getenv("TERM");
-  is_terminal_ =
-      isatty(fileno(stream)) == 1 && kind != nullptr && std::string_view(kind) != "dumb";
+  is_terminal_ = isatty(fileno(stream)) == 1 && kind != nullptr && std::string_view(kind) != "dumb";
 }
 
 size_t TextOutput::columns() const {
