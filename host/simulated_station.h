@@ -18,9 +18,9 @@ struct SimulatedStation {
   SimulatedKind kind = SimulatedKind::kNfmVoice;
   double centre_hz = 0.0;  ///< the middle of its spectrum: for SSB not the suppressed carrier
   double width_hz = 0.0;   ///< nominal occupied bandwidth
-  /// Its mean power while it transmits over the noise's power in the same width, in dB; over the
-  /// noise in 1 kHz for what is narrower. About how far the middle of its spectrum stands above the
-  /// noise floor.
+  /// Its mean power while it transmits (CW: key down) over the noise's power in the same width, in
+  /// dB; over the noise in 1 kHz for what is narrower. About how far the middle of its spectrum
+  /// stands above the noise floor.
   double level_db = 0.0;
   double deviation_hz = 0.0;  ///< peak frequency deviation of the kinds that have one
 

@@ -1,0 +1,111 @@
+#include "host/simulated_band.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+namespace pelagrim_host {
+namespace {
+
+using Samples = std::vector<std::complex<float>>;
+
+Samples readInBlocks(SimulatedBand& band, size_t count, size_t block) {
+  Samples samples(count);
+  for (size_t i = 0; i < count; i += block) {
+    band.read({samples.data() + i, std::min(block, count - i)});
+  }
+  return samples;
+}
+
+/// Correlation with itself `lag` samples later, per sample; at lag 0 the power.
+std::complex<double> correlation(const Samples& samples, size_t lag) {
+  std::complex<double> sum;
+  for (size_t i = lag; i < samples.size(); ++i) {
+    sum += std::complex<double>(samples[i] * std::conj(samples[i - lag]));
+  }
+  return sum / static_cast<double>(samples.size() - lag);
+}
+
+double powerDb(const Samples& samples) {
+  return 10 * std::log10(correlation(samples, 0).real());
+}
+
+TEST(SimulatedBand, SamplesDependOnSeedIndexAndCentreOnly) {
+  SimulatedBand whole({}), pieces({}), elsewhere({}), other_seed({.seed = 2});
+  const Samples before = readInBlocks(whole, 7001, 7001);
+  EXPECT_EQ(before, readInBlocks(pieces, 7001, 333));
+  EXPECT_NE(before, readInBlocks(other_seed, 7001, 7001));
+  elsewhere.tune(144.5e6);
+  EXPECT_NE(before, readInBlocks(elsewhere, 7001, 7001));
+  for (auto* band : {&whole, &pieces, &elsewhere}) EXPECT_EQ(band->tune(145.4e6), kTuneAccepted);
+  const Samples after = readInBlocks(whole, 9000, 9000);
+  EXPECT_EQ(after, readInBlocks(pieces, 9000, 1));
+  EXPECT_EQ(after, readInBlocks(elsewhere, 9000, 4096));
+}
+
+TEST(SimulatedBand, RefusesFrequenciesOutOfRangeAndEndsOnTime) {
+  SimulatedBand band({.duration_seconds = 0.0100009});
+  for (const double hz : {142.9e6, 147.1e6, std::numeric_limits<double>::quiet_NaN()}) {
+    EXPECT_EQ(band.tune(hz), kTuneOutOfRange);
+    EXPECT_EQ(band.centreHz(), 145e6);
+    EXPECT_THROW(SimulatedBand({.centre_hz = hz}), SourceError);
+  }
+  EXPECT_THROW(SimulatedBand({.low_hz = 146e6, .high_hz = 144e6}), SourceError);
+  Samples block(20000);
+  EXPECT_EQ(band.read(block), 10000U);
+  EXPECT_EQ(band.read(block), 0U);
+}
+
+TEST(SimulatedBand, NoiseIsWhiteAndOfTheStatedPower) {
+  SimulatedBand too_narrow_for_stations({.high_hz = 144.01e6, .sample_rate_hz = 2e6});
+  const Samples noise = readInBlocks(too_narrow_for_stations, 1 << 18, 4096);
+  EXPECT_NEAR(powerDb(noise), kSimulatedNoiseDbfsPerHz + 10 * std::log10(2e6), 0.05);
+  for (const size_t lag : {1, 2, 3, 512, 4096}) {
+    EXPECT_LT(std::abs(correlation(noise, lag)), 0.01 * correlation(noise, 0).real()) << lag;
+  }
+}
+
+TEST(SimulatedBand, EachStationHasItsFrequencyAndPowerAndIsSilentWhenOff) {
+  const Programmes programmes(1);
+  for (const SimulatedStation& station : simulatedPopulation(144e6, 146e6)) {
+    SCOPED_TRACE(station.name);
+    const StationSignal signal(station, programmes, 3.0, 1e-11);
+    std::complex<double> power, turned;
+    double chunks = 0;
+    for (double t = 0; t < 60; t += 0.17) {
+      Samples chunk(4096);
+      const auto first = static_cast<uint64_t>(t * 2.4e6) / chunk.size() * chunk.size();
+      signal.addTo(chunk, first, {.sample_rate_hz = 2.4e6, .centre_hz = 145e6});
+      const double from = station.strengthAt(static_cast<double>(first) / 2.4e6);
+      const double to = station.strengthAt(static_cast<double>(first + 4096) / 2.4e6);
+      ASSERT_TRUE(from > 0 || to > 0 || chunk == Samples(4096));
+      if (from < 1 || to < 1) continue;
+      power += correlation(chunk, 0);
+      turned += correlation(chunk, 1);
+      ++chunks;
+    }
+    // Keys are up, and speakers pause, for part of the time.
+    const bool pauses =
+        station.kind == SimulatedKind::kCw || station.kind == SimulatedKind::kSsbVoice;
+    const double noise_db = -110 + 10 * std::log10(std::max(station.width_hz, 1e3));
+    const double level_db = 10 * std::log10(power.real() / chunks) - noise_db;
+    EXPECT_NEAR(level_db, station.level_db, pauses ? 5.0 : 0.3);
+    // The mean turn from sample to sample gives the spectrum's centre of gravity.
+    EXPECT_NEAR(145e6 + std::arg(turned) / (2 * std::numbers::pi) * 2.4e6, station.centre_hz,
+                0.05 * station.width_hz);
+  }
+}
+
+TEST(SimulatedBand, StationAtTheSliceEdgeIsFilteredOutRatherThanAliased) {
+  for (const double edge_below_hz : {60e3, 20e3, 2e3, 0.0, -5e3, -20e3}) {
+    SimulatedBand band({.sample_rate_hz = 250e3, .centre_hz = 145.7e6 - edge_below_hz});
+    const double noise_db = kSimulatedNoiseDbfsPerHz + 10 * std::log10(250e3);
+    const double above_noise_db = powerDb(readInBlocks(band, 50000, 5000)) - noise_db;
+    EXPECT_NEAR(above_noise_db, edge_below_hz > 10e3 ? 28.0 : 0.0, 0.2) << edge_below_hz;
+  }
+}
+
+}  // namespace
+}  // namespace pelagrim_host
