@@ -67,34 +67,39 @@ TEST(SimulatedBand, NoiseIsWhiteAndOfTheStatedPower) {
   }
 }
 
-TEST(SimulatedBand, EachStationHasItsFrequencyAndPowerAndIsSilentWhenOff) {
+TEST(SimulatedBand, EachStationHasItsFrequencyWidthAndPowerAndIsSilentWhenOff) {
+  constexpr double kRateHz = 2.4e6;
+  constexpr size_t kChunk = 4096;
+  constexpr size_t kLag = 8;  // short against any modulation
+  constexpr double kHzPerRadian = kRateHz / (2 * std::numbers::pi * kLag);
   const Programmes programmes(1);
   for (const SimulatedStation& station : simulatedPopulation(144e6, 146e6)) {
     SCOPED_TRACE(station.name);
     const StationSignal signal(station, programmes, 3.0, 1e-11);
-    std::complex<double> power, turned;
-    double chunks = 0;
-    for (double t = 0; t < 60; t += 0.17) {
-      Samples chunk(4096);
-      const auto first = static_cast<uint64_t>(t * 2.4e6) / chunk.size() * chunk.size();
-      signal.addTo(chunk, first, {.sample_rate_hz = 2.4e6, .centre_hz = 145e6});
-      const double from = station.strengthAt(static_cast<double>(first) / 2.4e6);
-      const double to = station.strengthAt(static_cast<double>(first + 4096) / 2.4e6);
-      ASSERT_TRUE(from > 0 || to > 0 || chunk == Samples(4096));
-      if (from < 1 || to < 1) continue;
-      power += correlation(chunk, 0);
-      turned += correlation(chunk, 1);
-      ++chunks;
+    const ReceiverSlice slice{.sample_rate_hz = kRateHz, .centre_hz = station.centre_hz - 21.7e3};
+    std::complex<double> turned;
+    double power = 0, pairs = 0;
+    for (uint64_t first = 0; first < 60 * 2'400'000; first += 99 * kChunk) {
+      Samples samples(2 * kChunk);
+      signal.addTo({samples.data(), kChunk}, first, slice);
+      signal.addTo({samples.data() + kChunk, kChunk}, first + kChunk, slice);
+      const double from = station.strengthAt(static_cast<double>(first) / kRateHz);
+      const double to = station.strengthAt(static_cast<double>(first + 2 * kChunk) / kRateHz);
+      ASSERT_TRUE(from > 0 || to > 0 || samples == Samples(2 * kChunk));
+      for (size_t i = kLag; i < samples.size() && from == 1 && to == 1; ++i, ++pairs) {
+        power += 0.5 * static_cast<double>(std::norm(samples[i]) + std::norm(samples[i - kLag]));
+        turned += std::complex<double>(samples[i] * std::conj(samples[i - kLag]));
+      }
     }
     // Keys are up, and speakers pause, for part of the time.
     const bool pauses =
         station.kind == SimulatedKind::kCw || station.kind == SimulatedKind::kSsbVoice;
     const double noise_db = -110 + 10 * std::log10(std::max(station.width_hz, 1e3));
-    const double level_db = 10 * std::log10(power.real() / chunks) - noise_db;
-    EXPECT_NEAR(level_db, station.level_db, pauses ? 5.0 : 0.3);
-    // The mean turn from sample to sample gives the spectrum's centre of gravity.
-    EXPECT_NEAR(145e6 + std::arg(turned) / (2 * std::numbers::pi) * 2.4e6, station.centre_hz,
-                0.05 * station.width_hz);
+    EXPECT_NEAR(10 * std::log10(power / pairs) - noise_db, station.level_db, pauses ? 5.0 : 0.3);
+    // The spectrum's centre of gravity, and its standard deviation about it.
+    EXPECT_NEAR(std::arg(turned) * kHzPerRadian, 21.7e3, 0.05 * station.width_hz);
+    const double spread_hz = std::sqrt(2 - 2 * std::abs(turned) / power) * kHzPerRadian;
+    EXPECT_NEAR(spread_hz, 0.22 * station.width_hz, 0.14 * station.width_hz);
   }
 }
 
