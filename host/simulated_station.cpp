@@ -37,13 +37,13 @@ constexpr std::array kSet = {
     Place{"beacon", SimulatedKind::kCw, 420e3, 26.0},
     Place{"SSB talk", SimulatedKind::kSsbVoice, 300e3, 21.0},
     Place{"AM talk", SimulatedKind::kAmVoice, 1350e3, 32.0},
-    Place{"packet node", SimulatedKind::kData, 800e3, 30.0, 2600.0, 0.8, 0.4, 2.3},
+    Place{"packet node", SimulatedKind::kData, 800e3, 30.0, 2600.0, 1.0, 0.5, 3.0},
     Place{"broadcast", SimulatedKind::kWideFm, 620e3, 30.0, 75000.0},
     Place{"CW contact", SimulatedKind::kCw, 50e3, 30.0, 0.0, 0.0, 26.0, 40.0},
     Place{"weak SSB", SimulatedKind::kSsbVoice, 200e3, 20.0, 0.0, 3.0, 9.0, 20.0},
     Place{"edge talk", SimulatedKind::kNfmVoice, 950e3, 31.0, 3000.0},
     Place{"local talk", SimulatedKind::kNfmVoice, 1575e3, 40.0, 5000.0},
-    Place{"telemetry", SimulatedKind::kData, 1840e3, 26.0, 2600.0, 0.3, 1.2, 5.0},
+    Place{"telemetry", SimulatedKind::kData, 1840e3, 26.0, 2600.0, 1.0, 1.0, 4.0},
     Place{"satellite voice", SimulatedKind::kNfmVoice, 1880e3, 29.0, 3000.0, 10.0, 45.0, 70.0},
     Place{"satellite beacon", SimulatedKind::kCw, 1935e3, 23.0},
     Place{"satellite SSB", SimulatedKind::kSsbVoice, 1960e3, 20.0},
@@ -141,8 +141,8 @@ double SimulatedStation::strengthAt(double seconds) const {
 
 std::string scheduleText(const SimulatedStation& station) {
   if (!(station.period_seconds > 0.0)) return "always";
-  return fmt::format("{:g} s of every {:g} s, first at {:g} s", station.on_seconds,
-                     station.period_seconds, station.first_on_seconds);
+  return fmt::format("{:g} s of {:g} s from {:g} s", station.on_seconds, station.period_seconds,
+                     station.first_on_seconds);
 }
 
 std::vector<SimulatedStation> simulatedPopulation(double low_hz, double high_hz) {

@@ -45,7 +45,7 @@ struct SimulatedStation {
 /// How long a transmission takes to rise and to fall, so that its edges do not click.
 constexpr double kKeySlopeSeconds = 0.005;
 
-/// "always" or, for example, "12 s of every 31 s, first at 4 s".
+/// "always" or, for example, "12 s of 31 s from 4 s".
 std::string scheduleText(const SimulatedStation& station);
 
 /// The stations of a band, in order of frequency: voices, keying, a broadcast, a repeater, data,
