@@ -15,11 +15,11 @@ namespace pelagrim_host {
 
 /// How a run is paced and when it ends, other than with its source.
 struct SessionSettings {
-  size_t block_samples = 0;                    ///< to a process call; 0: a twentieth of a second
-  std::optional<uint32_t> passes;              ///< over what is surveyed
-  std::optional<double> duration_seconds;      ///< of receiver time
-  bool realtime = false;                       ///< no faster than the receiver would be
-  std::optional<double> dwell_length_seconds;  ///< to show progress against
+  size_t block_samples = 0;                     ///< to a process call; 0: a twentieth of a second
+  std::optional<uint32_t> passes = {};          ///< over what is surveyed
+  std::optional<double> duration_seconds = {};  ///< of receiver time
+  bool realtime = false;                        ///< no faster than the receiver would be
+  std::optional<double> dwell_length_seconds = {};  ///< to show progress against
 };
 
 /// What came of a run.

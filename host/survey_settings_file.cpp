@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <fstream>
@@ -40,10 +41,9 @@ std::optional<ValuePlace> findPlace(std::string_view text, std::string_view key)
     if (equals != std::string_view::npos && withoutBlanks(line.substr(0, equals)) == key &&
         equals + 1 < line.size()) {
       const std::string_view value = withoutBlanks(line.substr(equals + 1));
-      // A value of blanks alone is replaced with them.
-      place = value.empty()
-                  ? ValuePlace{begin + equals + 1, line.size() - equals - 1}
-                  : ValuePlace{static_cast<size_t>(value.data() - text.data()), value.size()};
+      const size_t at =
+          value.empty() ? begin + line.size() : static_cast<size_t>(value.data() - text.data());
+      place = ValuePlace{at, value.size()};
     }
     begin = end + 1;
   }

@@ -1,0 +1,76 @@
+// A plug-in that asks to tune after every second block and writes down what its host does.
+// FAKE_PLUGIN_FAULT, read at every query, spoils its descriptor.
+#include <cstdlib>
+#include <string>
+
+#include "wendle_plugin.h"
+
+namespace {
+
+std::string g_calls;
+const WendleHostApi* g_host = nullptr;
+bool g_in_process = false;
+int g_blocks = 0;
+
+void note(const std::string& call) {
+  g_calls += (g_in_process ? "(inside) " : "") + call + "\n";
+}
+
+void* create(double, double centre_hz) {
+  note("create " + std::to_string(static_cast<long>(centre_hz)));
+  return &g_calls;
+}
+void process(void*, const float* iq, size_t n) {
+  note("process " + std::to_string(n) + " from " + std::to_string(static_cast<long>(iq[0])) +
+       " at " + std::to_string(g_host->now_ms(g_host->ctx)));
+  g_in_process = true;
+  if (++g_blocks % 2 == 0) {
+    const int answer = g_host->tune(g_host->ctx, 100.0 * g_blocks);
+    g_calls += "tune " + std::to_string(answer) + "\n";
+  }
+  g_in_process = false;
+}
+void retune(void*, double hz) {
+  note("retune " + std::to_string(static_cast<long>(hz)));
+}
+int pollText(void*, char*, size_t) {
+  return 0;
+}
+void destroy(void*) {
+  note("destroy");
+}
+void attach(const WendleHostApi* host) {
+  g_host = host;
+  note(host != nullptr ? "attach" : "detach");
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) const char* fake_plugin_calls() {
+  return g_calls.c_str();
+}
+
+extern "C" __attribute__((visibility("default"))) const WendlePluginDesc* wendle_plugin_query(
+    uint32_t) {
+  static WendleIqApi iq;
+  static WendleHostClientApi client;
+  static WendleCapability list[3];
+  static WendlePluginDesc desc;
+  iq = {64, 0, 1.0, create, process, retune, pollText, destroy};
+  client = {16, attach};
+  list[0] = {kIqProcessor, 64, &iq};
+  list[1] = {kHostClient, 16, &client};
+  list[2] = {1u << 20, 8, nullptr};  // a kind that no host knows
+  desc = {56, 3, "Fake", nullptr, "", "", kIqProcessor | kHostClient | 1u << 20, 3, list};
+  const char* const fault = std::getenv("FAKE_PLUGIN_FAULT");
+  const std::string name = fault == nullptr ? "" : fault;
+  if (name == "other version") return nullptr;
+  if (name == "short descriptor") desc.struct_size = 48;
+  if (name == "mask") desc.capability_mask = kIqProcessor;
+  if (name == "short table") list[1].table_size = client.struct_size = 8;
+  if (name == "sizes differ") list[0].table_size = 72;
+  if (name == "null table") list[0].table = nullptr;
+  if (name == "null function") iq.retune = nullptr;
+  if (name == "no processor") desc.capability_count = 0, desc.capability_mask = 0;
+  return &desc;
+}

@@ -1,0 +1,66 @@
+#!/bin/bash
+# The command line of pelagrim-survey: exit statuses, messages, what a run leaves behind.
+# Usage: host_cli_test.sh PROGRAM
+program=$1
+here=$(mktemp -d) && cd "$here" || exit 1
+trap 'rm -rf "$here"' EXIT
+unset ORVANE_SURVEY_DIR
+failures=0
+
+# expect STATUS TEXT ARGUMENTS...: the status, and TEXT in what is printed (errors included).
+expect() {
+  local status=$1 text=$2 output
+  shift 2
+  output=$("$program" "$@" 2>&1)
+  local got=$?
+  if [[ $got != "$status" || $output != *"$text"* ]]; then
+    echo "FAILED: pelagrim-survey $*"
+    echo "  status $got instead of $status, or no '$text' in: $output"
+    failures=$((failures + 1))
+  fi
+}
+check() { "$@" || { echo "FAILED: $*"; failures=$((failures + 1)); }; }
+
+expect 0 "Usage: pelagrim-survey" --help
+expect 0 "pelagrim-survey 0." --version
+expect 0 "interface   version 3" --plugin-info
+expect 0 "repeater" --list-stations
+expect 2 "--bogus" --bogus
+expect 2 "--band: '146M:144M' is not a range such as" --band 146M:144M
+expect 1 "cannot load the plug-in" --plugin ./missing.so
+head -c 16387 /dev/urandom > noise.cu8
+: > empty.cs16
+expect 2 "give --sample-rate" noise.cu8
+expect 2 "give --frequency" noise.cu8 --sample-rate 1M
+expect 2 "give --format with cu8, " noise.bin --sample-rate 1M --frequency 1M
+expect 1 "cannot open gone.cu8: No such file" gone.cu8 --sample-rate 1M --frequency 1M
+expect 1 "no samples" empty.cs16 --sample-rate 1M --frequency 1M
+expect 1 "behind its end" noise.cu8 --sample-rate 1M --frequency 1M --offset 1
+expect 0 "last 1 of its bytes" noise.cu8 --sample-rate 1M --frequency 433M --loop 3
+check grep -q "sweep = no" noise.survey/survey.cfg
+expect 0 "nothing will be kept" noise.cu8 --sample-rate 1M --frequency 433M --sweep --band 1M:2M
+
+# Two runs agree; a third one resumes, and a reader that leaves early does not harm it.
+expect 0 "survey written to a/survey.csv" --dir a --dwell 0.2
+expect 0 "" --dir b --dwell 0.2 --quiet
+check cmp a/survey.csv b/survey.csv
+check grep -q "dwell_seconds = 0.2" a/survey.cfg
+expect 0 "survey: resumed" --dir a
+before=$(stat -c %y a/survey.csv)
+"$program" --dir a | head -1 > head.txt
+check [ "${PIPESTATUS[0]}" = 0 ]
+check [ "$before" != "$(stat -c %y a/survey.csv)" ]
+
+# The same samples from a pipe give the same survey; the first signal ends a run in order.
+time=(--sample-rate 1M --frequency 433M --start-time 2024-01-01T00:00:00Z)
+expect 0 "" noise.cu8 --dir file "${time[@]}"
+"$program" - --format cu8 --dir pipe "${time[@]}" < <(cat noise.cu8) > /dev/null 2>&1
+check cmp file/survey.csv pipe/survey.csv
+"$program" --dir c --duration 1e9 > run.txt &
+survey=$!
+for _ in $(seq 100); do grep -q "1 dwell" run.txt && break; sleep 0.1; done
+kill -INT $survey
+wait $survey
+check [ $? = 0 ]
+check grep -q "survey written to c/survey.csv" run.txt
+exit $((failures > 0))
