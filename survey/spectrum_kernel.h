@@ -10,4 +10,9 @@ namespace pelagrim {
 /// result is promised to the bit, whatever the processor.
 void addFramePower(const float* iq, const float* window, double* power_sum) noexcept;
 
+/// The two forms that addFramePower chooses from: by vectors of 4 floats on any processor, by
+/// vectors of 8 where there is AVX2.
+void addFramePower4(const float* iq, const float* window, double* power_sum) noexcept;
+void addFramePower8(const float* iq, const float* window, double* power_sum) noexcept;
+
 }  // namespace pelagrim
