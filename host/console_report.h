@@ -10,7 +10,7 @@ namespace pelagrim_host {
 
 /// Shows a run as lines on standard output, with a progress line below them on a terminal.
 /// Warnings go to standard error, each with the program's name before it.
-class ConsoleReport : public SurveyReport {
+class ConsoleReport final : public SurveyReport {
  public:
   /// `quiet`: nothing but warnings.
   explicit ConsoleReport(bool quiet);

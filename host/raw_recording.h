@@ -15,7 +15,7 @@ using RemarkSink = std::function<void(const std::string&)>;
 
 /// Samples without a header, from a file or from standard input. What they are is known from
 /// elsewhere: the command line, the file's name.
-class RawRecording : public IqSource {
+class RawRecording final : public IqSource {
  public:
   /// Opens `path`; "-" is standard input. `format` has to outlive the source. Bytes at the end that
   /// make no whole sample are dropped and remarked on.

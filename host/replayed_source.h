@@ -9,7 +9,7 @@ namespace pelagrim_host {
 
 /// A recording played several times over, each time from its `offset` on: the samples of one play
 /// follow those of the one before, and the clock runs on.
-class ReplayedSource : public IqSource {
+class ReplayedSource final : public IqSource {
  public:
   using Open = std::function<std::unique_ptr<IqSource>()>;
 

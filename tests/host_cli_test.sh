@@ -1,7 +1,7 @@
 #!/bin/bash
 # The command line of pelagrim-survey: exit statuses, messages, what a run leaves behind.
 # Usage: host_cli_test.sh PROGRAM
-program=$1
+program=$(realpath "$1")
 here=$(mktemp -d) && cd "$here" || exit 1
 trap 'rm -rf "$here"' EXIT
 unset ORVANE_SURVEY_DIR
