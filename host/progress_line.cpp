@@ -12,7 +12,7 @@ namespace {
 constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
 
 std::string bar(double part) {
-  constexpr double kBarWidth = 20.0;
+  constexpr double kBarWidth = 10.0;
   const auto filled = static_cast<size_t>(std::clamp(part, 0.0, 1.0) * kBarWidth);
   return fmt::format("[{}{}]", std::string(filled, '#'),
                      std::string(static_cast<size_t>(kBarWidth) - filled, '.'));
@@ -21,7 +21,7 @@ std::string bar(double part) {
 std::string dwellText(const SurveyProgress& progress) {
   if (!progress.dwell_length_seconds)
     return fmt::format("{:.1f} s", progress.dwell_elapsed_seconds);
-  return fmt::format("{} {:.1f} of {:g} s",
+  return fmt::format("{} {:.1f}/{:g} s",
                      bar(progress.dwell_elapsed_seconds / *progress.dwell_length_seconds),
                      progress.dwell_elapsed_seconds, *progress.dwell_length_seconds);
 }
@@ -31,9 +31,9 @@ std::string passText(const SurveyProgress& progress) {
   const uint32_t per_pass = progress.dwells->dwellsPerPass();
   const uint32_t passes_done = progress.dwells->dwells_done / per_pass;
   std::string text =
-      fmt::format("  dwell {} of {}, pass {}", progress.dwells->dwells_done % per_pass + 1,
-                  per_pass, passes_done + 1);
-  if (progress.wanted_passes) text += fmt::format(" of {}", *progress.wanted_passes);
+      fmt::format("  dwell {}/{}  pass {}", progress.dwells->dwells_done % per_pass + 1, per_pass,
+                  passes_done + 1);
+  if (progress.wanted_passes) text += fmt::format("/{}", *progress.wanted_passes);
   return text;
 }
 
@@ -43,9 +43,9 @@ std::string formatProgress(const SurveyProgress& progress, double wall_seconds, 
   const double seconds = static_cast<double>(progress.samples) / progress.rate_hz;
   std::string line = fmt::format("{}  {}{}  {:.1f}", formatFrequency(progress.centre_hz),
                                  dwellText(progress), passText(progress), seconds);
-  if (progress.wanted_seconds) line += fmt::format(" of {:g}", *progress.wanted_seconds);
-  line += " s surveyed";
-  if (wall_seconds > 0.0) line += fmt::format(", {:.3g}x real time", seconds / wall_seconds);
+  if (progress.wanted_seconds) line += fmt::format("/{:g}", *progress.wanted_seconds);
+  line += " s";
+  if (wall_seconds > 0.0) line += fmt::format(" at {:.3g}x", seconds / wall_seconds);
   return line.substr(0, columns);
 }
 

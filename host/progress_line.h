@@ -9,9 +9,9 @@
 
 namespace pelagrim_host {
 
-/// One line that says where a run is, e.g.
-/// "145.400 MHz  [#####.....] 2.5 of 5 s  dwell 2 of 3, pass 1 of 2  7.5 s surveyed, 23x", cut to
-/// `columns` characters.
+/// One line that says where a run is, cut to `columns` characters: the centre, the dwell in
+/// progress, the pass over the band, the receiver time so far and how it compares to the time on
+/// the wall, e.g. "145.400 MHz  [#####.....] 2.5/5 s  dwell 2/3  pass 1/2  7.5 s at 23x".
 std::string formatProgress(const SurveyProgress& progress, double wall_seconds, size_t columns);
 
 /// A progress line redrawn in place, about ten times a second. Draws nothing on what is no
