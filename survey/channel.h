@@ -14,16 +14,16 @@ struct Detection {
 
 /// One surveyed signal: what all detections in one slot of the raster have added up to.
 struct Channel {
-  double centre_hz;       ///< mean over the detections
-  double width_hz;        ///< mean over the detections
-  double peak_db;         ///< highest of the detections
-  double floor_db;        ///< of the latest detection
-  int64_t first_unix_ms;  ///< host clock; 0 where the host has none
-  int64_t last_unix_ms;
-  uint32_t hits;   ///< detections merged; two in one dwell both count
-  uint32_t looks;  ///< dwells whose slice covered centre_hz
-  double min_width_hz;
-  double max_width_hz;
+  double centre_hz = 0.0;     ///< mean over the detections
+  double width_hz = 0.0;      ///< mean over the detections
+  double peak_db = 0.0;       ///< highest of the detections
+  double floor_db = 0.0;      ///< of the latest detection
+  int64_t first_unix_ms = 0;  ///< host clock; 0 where the host has none
+  int64_t last_unix_ms = 0;
+  uint32_t hits = 0;   ///< detections merged; two in one dwell both count
+  uint32_t looks = 0;  ///< dwells whose slice covered centre_hz
+  double min_width_hz = 0.0;
+  double max_width_hz = 0.0;
 };
 
 }  // namespace pelagrim
