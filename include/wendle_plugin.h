@@ -119,7 +119,7 @@ typedef struct WendleHostClientApi {
 typedef struct WendleIqApi {
   uint32_t struct_size; /* sizeof(WendleIqApi), 64 */
   uint64_t reserved;    /* zero */
-  double rate_hz;       /* a sample rate that suits the processor, e.g. 2400000.0; any other works */
+  double rate_hz; /* a sample rate that suits the processor, e.g. 2400000.0; any other works */
 
   /* Starts the processor afresh for a receiver at sample_rate (samples per second) and centre_hz:
    * reads its files, empties what was gathered, starts to gather. Returns the handle, never null;
@@ -155,8 +155,8 @@ typedef struct WendleIqApi {
 
 /* One row of the panel's table. */
 typedef struct WendlePanelRow {
-  int32_t reserved; /* written as 0 */
-  int32_t kind;     /* WendleRowKind */
+  int32_t reserved;                                  /* written as 0 */
+  int32_t kind;                                      /* WendleRowKind */
   char cells[WENDLE_PANEL_CELLS][WENDLE_CELL_BYTES]; /* unused cells and bytes past a NUL are 0 */
 } WendlePanelRow;
 

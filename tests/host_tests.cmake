@@ -5,7 +5,8 @@ target_include_directories(fake_plugin PRIVATE ${PROJECT_SOURCE_DIR}/include)
 
 add_executable(host_test
   host_session_test.cpp
-  host_text_test.cpp)
+  host_text_test.cpp
+  simulated_band_test.cpp)
 target_compile_definitions(host_test PRIVATE
   FAKE_PLUGIN_PATH="$<TARGET_FILE:fake_plugin>"
   PELAGRIM_PLUGIN_PATH="$<TARGET_FILE:pelagrim_plugin>")
