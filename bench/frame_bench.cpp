@@ -132,6 +132,7 @@ int main() {
   const float* const window = spectrum.window.data();
   std::vector<Contender> contenders = makeContenders();
   std::vector<benchmark::IterationCount> frame_counts;
+  frame_counts.reserve(contenders.size());
   for (Contender& contender : contenders) {
     frame_counts.push_back(framesPerRound(contender, window));
   }

@@ -21,7 +21,6 @@
 
 namespace {
 
-using pelagrim::Channel;
 using pelagrim::Survey;
 
 constexpr int64_t kChannelCounts[] = {0, 400, 10'000, 1'000'000};

@@ -1,30 +1,31 @@
-// The power spectrum of one frame, and how it passes through the processor
+// The power spectrum of a frame by vectors
 //
-// A vector holds kLanes neighbouring entries, their real parts from one plane, their imaginary
-// parts from the other. Before the bit reversal the partners of the first stages lie far apart, so
-// that a vector of neighbours is a vector of whole butterflies; after it that holds for the later
-// stages. So the reversal goes in between, where it is a matrix transposed in registers. With the
-// ten bits of a sample's index written as row h, middle m, lane l, and a dash for bits in reverse:
+// A vector holds neighbouring entries, their real parts from one plane, their imaginary parts from
+// another. Partners in the first stages lie far apart as long as the samples stand in order of
+// time, partners in the later stages do so in bit-reversed order: there a vector of neighbours is a
+// vector of whole butterflies. So the reversal goes in between, where it is a matrix transposed in
+// registers. With the ten bits of an index as row h, middle m, lane l, and a dash for reversed
+// bits:
 //
-//            in time  hhh mmmm lll                        in the planes  l'l'l' m'm'm'm' h'h'h'
+//       in time  hhh mmmm lll                       in the planes  l'l'l' m'm'm'm' h'h'h'
 //
-//      row h = 0   | l = 0  1  2 ... 7 |   for each    block l' = 0   | h' = 0  1  2 ... 7 |
-//      row h = 1   | l = 0  1  2 ... 7 |  --------->   block l' = 1   | h' = 0  1  2 ... 7 |
-//          ...                            middle m          ...
+//       row h = 0  | l = 0 1 2 ... 7 |  for every   row l' = 0  | h' = 0 1 2 ... 7 |
+//       row h = 1  | l = 0 1 2 ... 7 |  ------->    row l' = 1  | h' = 0 1 2 ... 7 |
+//         ...                           middle m      ...
 //
-//     lanes   first pass                      further passes, stages    last pass
-//       8     window, stages 1-3, reversal    4-5, 6-7, 8-10            powers
-//       4     window, stages 1-2, reversal    3-4, 5-6, 7-8, 9-10       powers
+//       lanes  first pass                     stages of the other passes  last
+//         8    window, stages 1-3, reversal   4-5, 6-7, 8-10              powers
+//         4    window, stages 1-2, reversal   3-4, 5-6, 7-8, 9-10         powers
 //
-// Several stages in one pass (radix 2 x 2) spare loads and stores; each butterfly remains the plain
-// formula, so that no bit of the result depends on the arrangement. That includes the twiddle 1 +
-// 0i: an infinity times its zero is not a number. The plain recurrence that this must agree with
-// stands in tests/plain_recurrence.h.
+// Several stages in one pass (radix 2 x 2) spare loads and stores; every butterfly stays the plain
+// formula, so that no bit depends on the arrangement. That includes the twiddle 1 + 0i: an infinity
+// times its zero is not a number. The plain recurrence stands in tests/plain_recurrence.h.
 #include "survey/spectrum_kernel.h"
 
 #include <array>
 #include <cstddef>
-#include <cstring>
+#include <cstdint>
+#include <type_traits>
 
 #include "survey/spectrum.h"
 
@@ -37,7 +38,6 @@ namespace pelagrim {
 
 namespace {
 
-/// Real parts in one plane, imaginary parts in the other.
 struct alignas(64) Planes {
   float re[kSpectrumBins];
   float im[kSpectrumBins];
@@ -68,115 +68,105 @@ constexpr Planes makeTwiddles() {
 
 constexpr Planes kTwiddles = makeTwiddles();
 
-/// The indices below kCount with their bits in reverse.
-template <size_t kCount>
-constexpr std::array<size_t, kCount> makeReversed() {
-  std::array<size_t, kCount> reversed{};
-  for (size_t n = 1; n < kCount; ++n) {
-    reversed[n] = reversed[n / 2] / 2 + n % 2 * kCount / 2;
+constexpr auto makeReversed() {
+  std::array<uint16_t, kSpectrumBins> reversed{};
+  for (size_t n = 1; n < kSpectrumBins; ++n) {
+    reversed[n] = static_cast<uint16_t>(reversed[n / 2] / 2 + n % 2 * kSpectrumBins / 2);
   }
   return reversed;
 }
 
-template <size_t kCount>
-constexpr auto kReversed = makeReversed<kCount>();
+/// Every index with its bits in reverse.
+constexpr std::array<uint16_t, kSpectrumBins> kReversed = makeReversed();
 
+// The builtin, since a checked memcpy (_FORTIFY_SOURCE) keeps clang from using registers.
 template <typename Vector, typename Element>
 PELAGRIM_INLINE void load(Vector& vector, const Element* from) {
-  std::memcpy(&vector, from, sizeof vector);
+  __builtin_memcpy(&vector, from, sizeof vector);
 }
 
 template <typename Vector, typename Element>
 PELAGRIM_INLINE void store(const Vector& vector, Element* to) {
-  std::memcpy(to, &vector, sizeof vector);
+  __builtin_memcpy(to, &vector, sizeof vector);
 }
 
 using Floats4 = float __attribute__((vector_size(16)));
 using Floats8 = float __attribute__((vector_size(32)));
 
-/// What depends on the number of lanes: the shuffles. Vectors are passed by reference throughout,
-/// since how they go by value differs between processors.
-struct Lanes4 {
-  static constexpr size_t kLanes = 4;
-  using Floats = Floats4;
-  using Doubles = double __attribute__((vector_size(16)));
+using Doubles2 = double __attribute__((vector_size(16)));
+using Doubles4 = double __attribute__((vector_size(32)));
 
-  /// Collects in a the elements of even index of a and b, in b those of odd index.
-  PELAGRIM_INLINE static void split(Floats4& a, Floats4& b) {
-    const Floats4 even = __builtin_shufflevector(a, b, 0, 2, 4, 6);
-    b = __builtin_shufflevector(a, b, 1, 3, 5, 7);
-    a = even;
-  }
+template <typename Floats>
+constexpr size_t kLanes = sizeof(Floats) / sizeof(float);
 
-  PELAGRIM_INLINE static void loadSamples(const float* iq, Floats4& re, Floats4& im) {
-    load(re, iq);
-    load(im, iq + 4);
-    split(re, im);
-  }
+// The shuffles, all that differs between 4 and 8 lanes. Vectors go by reference throughout: how
+// they are passed by value depends on the processor.
 
-  /// Rows become lanes and lanes become rows, both with their index bits in reverse.
-  PELAGRIM_INLINE static void transpose(Floats4* rows) {
-    split(rows[0], rows[1]);
-    split(rows[2], rows[3]);
-    split(rows[0], rows[2]);
-    split(rows[1], rows[3]);
-  }
+/// Collects in a the elements of even index of a and b, in b those of odd index; of 8 lanes, in
+/// each half of the vectors by itself.
+PELAGRIM_INLINE void split(Floats4& a, Floats4& b) {
+  const Floats4 even = __builtin_shufflevector(a, b, 0, 2, 4, 6);
+  b = __builtin_shufflevector(a, b, 1, 3, 5, 7);
+  a = even;
+}
 
-  /// One instruction; g++ 12 makes several of __builtin_convertvector.
-  PELAGRIM_INLINE static void widen(const float* from, Doubles& to) {
-    to = Doubles{static_cast<double>(from[0]), static_cast<double>(from[1])};
-  }
-};
+PELAGRIM_INLINE void split(Floats8& a, Floats8& b) {
+  const Floats8 even = __builtin_shufflevector(a, b, 0, 2, 8, 10, 4, 6, 12, 14);
+  b = __builtin_shufflevector(a, b, 1, 3, 9, 11, 5, 7, 13, 15);
+  a = even;
+}
 
-struct Lanes8 {
-  static constexpr size_t kLanes = 8;
-  using Floats = Floats8;
-  using Doubles = double __attribute__((vector_size(32)));
+/// Collects in a the lower halves of a and b, in b the upper halves.
+PELAGRIM_INLINE void splitHalves(Floats8& a, Floats8& b) {
+  const Floats8 low = __builtin_shufflevector(a, b, 0, 1, 2, 3, 8, 9, 10, 11);
+  b = __builtin_shufflevector(a, b, 4, 5, 6, 7, 12, 13, 14, 15);
+  a = low;
+}
 
-  /// The same in each half of the vectors.
-  PELAGRIM_INLINE static void split(Floats8& a, Floats8& b) {
-    const Floats8 even = __builtin_shufflevector(a, b, 0, 2, 8, 10, 4, 6, 12, 14);
-    b = __builtin_shufflevector(a, b, 1, 3, 9, 11, 5, 7, 13, 15);
-    a = even;
-  }
+PELAGRIM_INLINE void loadSamples(const float* iq, Floats4& re, Floats4& im) {
+  load(re, iq);
+  load(im, iq + 4);
+  split(re, im);
+}
 
-  PELAGRIM_INLINE static void splitHalves(Floats8& a, Floats8& b) {
-    const Floats8 low = __builtin_shufflevector(a, b, 0, 1, 2, 3, 8, 9, 10, 11);
-    b = __builtin_shufflevector(a, b, 4, 5, 6, 7, 12, 13, 14, 15);
-    a = low;
-  }
+PELAGRIM_INLINE void loadSamples(const float* iq, Floats8& re, Floats8& im) {
+  Floats4 quarters[4];
+  PELAGRIM_UNROLL
+  for (size_t n = 0; n < 4; ++n) load(quarters[n], iq + 4 * n);
+  re = __builtin_shufflevector(quarters[0], quarters[2], 0, 1, 2, 3, 4, 5, 6, 7);
+  im = __builtin_shufflevector(quarters[1], quarters[3], 0, 1, 2, 3, 4, 5, 6, 7);
+  split(re, im);
+}
 
-  PELAGRIM_INLINE static void loadSamples(const float* iq, Floats8& re, Floats8& im) {
-    Floats4 a, b, c, d;
-    load(a, iq);
-    load(b, iq + 4);
-    load(c, iq + 8);
-    load(d, iq + 12);
-    re = __builtin_shufflevector(a, c, 0, 1, 2, 3, 4, 5, 6, 7);
-    im = __builtin_shufflevector(b, d, 0, 1, 2, 3, 4, 5, 6, 7);
-    split(re, im);
-  }
+template <typename Floats>
+PELAGRIM_INLINE void splitFour(Floats* rows) {
+  split(rows[0], rows[1]);
+  split(rows[2], rows[3]);
+  split(rows[0], rows[2]);
+  split(rows[1], rows[3]);
+}
 
-  PELAGRIM_INLINE static void transpose(Floats8* rows) {
-    split(rows[0], rows[1]);
-    split(rows[2], rows[3]);
-    split(rows[4], rows[5]);
-    split(rows[6], rows[7]);
-    split(rows[0], rows[2]);
-    split(rows[1], rows[3]);
-    split(rows[4], rows[6]);
-    split(rows[5], rows[7]);
-    splitHalves(rows[0], rows[4]);
-    splitHalves(rows[1], rows[5]);
-    splitHalves(rows[2], rows[6]);
-    splitHalves(rows[3], rows[7]);
-  }
+/// Rows become lanes and lanes become rows, both with the bits of their index in reverse.
+PELAGRIM_INLINE void transpose(Floats4 (&rows)[4]) {
+  splitFour(rows);
+}
 
-  PELAGRIM_INLINE static void widen(const float* from, Doubles& to) {
-    to = Doubles{static_cast<double>(from[0]), static_cast<double>(from[1]),
-                 static_cast<double>(from[2]), static_cast<double>(from[3])};
-  }
-};
+PELAGRIM_INLINE void transpose(Floats8 (&rows)[8]) {
+  splitFour(rows);
+  splitFour(rows + 4);
+  PELAGRIM_UNROLL
+  for (size_t r = 0; r < 4; ++r) splitHalves(rows[r], rows[r + 4]);
+}
+
+// Written out, a widening is one instruction; g++ 12 makes several of __builtin_convertvector.
+PELAGRIM_INLINE void widen(const float* from, Doubles2& to) {
+  to = Doubles2{static_cast<double>(from[0]), static_cast<double>(from[1])};
+}
+
+PELAGRIM_INLINE void widen(const float* from, Doubles4& to) {
+  to = Doubles4{static_cast<double>(from[0]), static_cast<double>(from[1]),
+                static_cast<double>(from[2]), static_cast<double>(from[3])};
+}
 
 template <typename Floats, size_t kRows>
 struct Rows {
@@ -205,33 +195,31 @@ PELAGRIM_INLINE void butterflies(Rows<Floats, kRows>& a, const Twiddles& w) {
   }
 }
 
-/// Window, the stages across kLanes rows, and the bit reversal.
-template <typename Lanes>
+/// Window, the stages across kLanes rows, and the bit reversal. A row's number reversed is also the
+/// distance of its first entry, on either side.
+template <typename Floats>
 PELAGRIM_INLINE void firstPass(const float* iq, const float* window, Planes& a) {
-  constexpr size_t kLanes = Lanes::kLanes;
-  constexpr size_t kStride = kSpectrumBins / kLanes;
-  constexpr size_t kMiddles = kStride / kLanes;
-  for (size_t middle = 0; middle < kMiddles; ++middle) {
-    Rows<typename Lanes::Floats, kLanes> rows;
+  constexpr size_t kRows = kLanes<Floats>;
+  for (size_t middle = 0; middle < kSpectrumBins / kRows; middle += kRows) {
+    Rows<Floats, kRows> rows;
     PELAGRIM_UNROLL
-    for (size_t r = 0; r < kLanes; ++r) {
-      const size_t at = kReversed<kLanes>[r] * kStride + middle * kLanes;
-      typename Lanes::Floats coefficients;
+    for (size_t r = 0; r < kRows; ++r) {
+      const size_t at = kReversed[r] + middle;
+      Floats coefficients;
       load(coefficients, window + at);
-      Lanes::loadSamples(iq + 2 * at, rows.re[r], rows.im[r]);
+      loadSamples(iq + 2 * at, rows.re[r], rows.im[r]);
       rows.re[r] *= coefficients;
       rows.im[r] *= coefficients;
     }
     butterflies(rows, kTwiddles);
-    const size_t to = kReversed<kMiddles>[middle] * kLanes;
-    Lanes::transpose(rows.re);
+    transpose(rows.re);
+    transpose(rows.im);
+    const size_t to = kReversed[middle];
     PELAGRIM_UNROLL
-    for (size_t r = 0; r < kLanes; ++r)
-      store(rows.re[r], a.re + kReversed<kLanes>[r] * kStride + to);
-    Lanes::transpose(rows.im);
-    PELAGRIM_UNROLL
-    for (size_t r = 0; r < kLanes; ++r)
-      store(rows.im[r], a.im + kReversed<kLanes>[r] * kStride + to);
+    for (size_t r = 0; r < kRows; ++r) {
+      store(rows.re[r], a.re + kReversed[r] + to);
+      store(rows.im[r], a.im + kReversed[r] + to);
+    }
   }
 }
 
@@ -246,13 +234,13 @@ PELAGRIM_INLINE void loadRows(Rows<Floats, kRows>& rows, const Planes& a, size_t
 }
 
 /// The stages that pair entries stride, 2 stride, ... kRows / 2 * stride apart.
-template <typename Lanes, size_t kRows>
+template <typename Floats, size_t kRows>
 PELAGRIM_INLINE void pass(Planes& a, size_t stride) {
-  for (size_t j = 0; j < stride; j += Lanes::kLanes) {
-    Rows<typename Lanes::Floats, kRows> w;
+  for (size_t j = 0; j < stride; j += kLanes<Floats>) {
+    Rows<Floats, kRows> w;
     loadRows(w, kTwiddles, j, stride);
     for (size_t at = j; at < kSpectrumBins; at += kRows * stride) {
-      Rows<typename Lanes::Floats, kRows> rows;
+      Rows<Floats, kRows> rows;
       loadRows(rows, a, at, stride);
       butterflies(rows, w);
       PELAGRIM_UNROLL
@@ -265,46 +253,46 @@ PELAGRIM_INLINE void pass(Planes& a, size_t stride) {
 }
 
 /// The squared magnitudes, summed in order of frequency.
-template <typename Lanes>
+template <typename Floats>
 PELAGRIM_INLINE void addPowers(const Planes& a, double* power_sum) {
-  for (size_t k = 0; k < kSpectrumBins; k += Lanes::kLanes / 2) {
+  using Doubles = std::conditional_t<kLanes<Floats> == 8, Doubles4, Doubles2>;
+  for (size_t k = 0; k < kSpectrumBins; k += kLanes<Floats> / 2) {
     const size_t bin = (k + kSpectrumBins / 2) % kSpectrumBins;
-    typename Lanes::Doubles re, im, sum;
-    Lanes::widen(a.re + bin, re);
-    Lanes::widen(a.im + bin, im);
+    Doubles re, im, sum;
+    widen(a.re + bin, re);
+    widen(a.im + bin, im);
     load(sum, power_sum + k);
     sum += re * re + im * im;
     store(sum, power_sum + k);
   }
 }
 
-template <typename Lanes>
+template <typename Floats>
 PELAGRIM_INLINE void addFrame(const float* iq, const float* window, double* power_sum) {
-  constexpr size_t kLanes = Lanes::kLanes;
   Planes a;
-  firstPass<Lanes>(iq, window, a);
-  if constexpr (kLanes == 8) {
-    pass<Lanes, 4>(a, 8);
-    pass<Lanes, 4>(a, 32);
-    pass<Lanes, 8>(a, 128);
+  firstPass<Floats>(iq, window, a);
+  if constexpr (kLanes<Floats> == 8) {
+    pass<Floats, 4>(a, 8);
+    pass<Floats, 4>(a, 32);
+    pass<Floats, 8>(a, 128);
   } else {
-    pass<Lanes, 4>(a, 4);
-    pass<Lanes, 4>(a, 16);
-    pass<Lanes, 4>(a, 64);
-    pass<Lanes, 4>(a, 256);
+    pass<Floats, 4>(a, 4);
+    pass<Floats, 4>(a, 16);
+    pass<Floats, 4>(a, 64);
+    pass<Floats, 4>(a, 256);
   }
-  addPowers<Lanes>(a, power_sum);
+  addPowers<Floats>(a, power_sum);
 }
 
 }  // namespace
 
 void addFramePower4(const float* iq, const float* window, double* power_sum) noexcept {
-  addFrame<Lanes4>(iq, window, power_sum);
+  addFrame<Floats4>(iq, window, power_sum);
 }
 
 [[gnu::target("avx2")]] void addFramePower8(const float* iq, const float* window,
                                             double* power_sum) noexcept {
-  addFrame<Lanes8>(iq, window, power_sum);
+  addFrame<Floats8>(iq, window, power_sum);
 }
 
 void addFramePower(const float* iq, const float* window, double* power_sum) noexcept {
