@@ -20,7 +20,7 @@ std::string resolveSurveyDir() {
   if (home == nullptr || *home == '\0') return ".";
   constexpr mode_t kMode = 0755;
   const std::string orvane_dir = pathJoin(home, ".orvane");
-  const std::string dir = pathJoin(orvane_dir, "pelagrim");
+  std::string dir = pathJoin(orvane_dir, "pelagrim");
   mkdir(orvane_dir.c_str(), kMode);
   mkdir(dir.c_str(), kMode);
   return dir;

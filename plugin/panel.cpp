@@ -1,7 +1,8 @@
 #include "plugin/panel.h"
 
-#include <cstring>
+#include <iterator>
 #include <mutex>
+#include <string_view>
 
 #include "plugin/attempt.h"
 #include "plugin/panel_rows.h"
@@ -34,9 +35,12 @@ void* pn_create() noexcept {
 }
 
 int pn_columns(void* /*handle*/, char (*titles)[WENDLE_CELL_BYTES]) noexcept {
-  constexpr const char* kTitles[] = {"Frequency",  "Width", "Guess", "Peak dB",
-                                     "Over floor", "Seen",  "Band"};
-  for (const char* title : kTitles) std::strcpy(*titles++, title);
+  constexpr std::string_view kTitles[] = {"Frequency",  "Width", "Guess", "Peak dB",
+                                          "Over floor", "Seen",  "Band"};
+  for (const std::string_view title : kTitles) {
+    (*titles)[title.copy(*titles, WENDLE_CELL_BYTES - 1)] = '\0';
+    ++titles;
+  }
   return std::size(kTitles);
 }
 
