@@ -1,5 +1,6 @@
 #include "plugin/survey_start.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "files/labels_file.h"
@@ -39,7 +40,14 @@ void prepareSurvey(Survey& survey, const Settings& settings) {
 }
 
 void resumeSurvey(State& state) {
-  const ResultsFile file = loadSurvey(state.dir, state.slice.sample_rate_hz);
+  ResultsFile file = loadSurvey(state.dir, state.slice.sample_rate_hz);
+  // In the order of their slots the channels are entered fast and lie in memory as they are walked
+  // later: that makes panel polls of a large survey several times faster. Rows of one slot keep
+  // their order, for the last of them counts.
+  std::stable_sort(file.channels.begin(), file.channels.end(),
+                   [&](const Channel& a, const Channel& b) {
+                     return state.survey.slotOf(a.centre_hz) < state.survey.slotOf(b.centre_hz);
+                   });
   for (const Channel& channel : file.channels) state.survey.restore(channel);
   const size_t rows = file.channels.size();
   if (rows == 0) return;

@@ -9,7 +9,7 @@ namespace pelagrim {
 
 namespace {
 
-double activity(const Channel& channel) {
+double activityOf(const Channel& channel) {
   return channel.looks == 0 ? 0.0 : static_cast<double>(channel.hits) / channel.looks;
 }
 
@@ -21,13 +21,13 @@ struct Ranked {
   const Channel* channel;
 
   /// A total order even over centres that are not numbers, so no sort can run astray.
-  bool operator<(const Ranked& other) const {
-    if (activity != other.activity) return activity > other.activity;
-    const bool unplaced = std::isnan(centre_hz);
-    const bool other_unplaced = std::isnan(other.centre_hz);
-    if (unplaced != other_unplaced) return other_unplaced;
-    if (!unplaced && centre_hz != other.centre_hz) return centre_hz < other.centre_hz;
-    return slot < other.slot;
+  friend bool operator<(const Ranked& a, const Ranked& b) {
+    if (a.activity != b.activity) return a.activity > b.activity;
+    const bool a_unplaced = std::isnan(a.centre_hz);
+    const bool b_unplaced = std::isnan(b.centre_hz);
+    if (a_unplaced != b_unplaced) return b_unplaced;
+    if (!a_unplaced && a.centre_hz != b.centre_hz) return a.centre_hz < b.centre_hz;
+    return a.slot < b.slot;
   }
 };
 
@@ -77,19 +77,25 @@ void Survey::restore(const Channel& channel) {
 }
 
 std::vector<Channel> Survey::busiest(size_t most) const {
-  std::vector<Ranked> ranking;
-  ranking.reserve(channels.size());
+  const size_t count = std::min(most, channels.size());
+  std::vector<Ranked> best;  // once full, a heap with the last of the best on top
+  best.reserve(count);
   for (const auto& [slot, channel] : channels) {
-    ranking.push_back({activity(channel), channel.centre_hz, slot, &channel});
+    const Ranked next{activityOf(channel), channel.centre_hz, slot, &channel};
+    if (best.size() < count) {
+      best.push_back(next);
+      if (best.size() == count) std::make_heap(best.begin(), best.end());
+    } else if (count > 0 && next < best.front()) {
+      std::pop_heap(best.begin(), best.end());
+      best.back() = next;
+      std::push_heap(best.begin(), best.end());
+    }
   }
-  const size_t count = std::min(most, ranking.size());
-  const auto last = ranking.begin() + static_cast<std::ptrdiff_t>(count);
-  if (last != ranking.end()) std::nth_element(ranking.begin(), last, ranking.end());
-  std::sort(ranking.begin(), last);
+  std::sort(best.begin(), best.end());
 
   std::vector<Channel> ordered;
   ordered.reserve(count);
-  std::for_each(ranking.begin(), last, [&](const Ranked& r) { ordered.push_back(*r.channel); });
+  for (const Ranked& ranked : best) ordered.push_back(*ranked.channel);
   return ordered;
 }
 

@@ -44,8 +44,8 @@ struct Survey {
   /// looks); among equals the lower centre first, a centre that is not a number last, then by slot.
   std::vector<Channel> byActivity() const { return busiest(channels.size()); }
 
-  /// The first `most` channels of that order. Linear in the number of channels but for sorting
-  /// those returned.
+  /// The first `most` channels of that order; about linear in the number of channels when few are
+  /// wanted.
   std::vector<Channel> busiest(size_t most) const;
 };
 
