@@ -45,6 +45,9 @@ class IqSource {
   /// True when tune can succeed for some frequency other than the present centre.
   virtual bool canTune() const { return false; }
 
+  /// How often the receiver has dropped samples because they were not taken in time.
+  virtual uint64_t overflows() const { return 0; }
+
   /// Fills the front of `block` with the next samples, full scale about 1.0, and returns how many:
   /// 0 at the end, else at least 1.
   virtual size_t read(std::span<std::complex<float>> block) = 0;
