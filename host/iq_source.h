@@ -67,11 +67,16 @@ class IqSource {
   }
 
   /// Moves the centre to `hz`. Accepted: samples still in flight from the old centre are dropped,
-  /// so the next read delivers samples from the new one. Refused: nothing changes.
+  /// by settle or else by the next read, which delivers samples from the new one. Refused, by its
+  /// answer or by a SourceError that says why: the source goes on at centreHz, as a rule unchanged.
   virtual WendleTuneResult tune(double hz) {
     (void)hz;
     return kTuneNoRadio;  // a recording plays what was received, wherever one would rather be
   }
+
+  /// Drops the samples that were in flight at an accepted tune and waits for those from the new
+  /// centre. For whoever wants that time over before the new centre is reported.
+  virtual void settle() {}
 };
 
 /// A source that cannot be opened or that fails while it is read.
