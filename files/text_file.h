@@ -12,7 +12,8 @@ namespace pelagrim {
 class LineReader {
  public:
   /// Opens the file. One that cannot be opened reads as empty; only want of memory is thrown, as
-  /// std::bad_alloc, for then nothing is known about the file.
+  /// std::bad_alloc, for then nothing is known about the file. A device reads as empty, for it may
+  /// never end; a pipe is not even opened, for that waits until somebody writes.
   explicit LineReader(const std::string& path);
 
   bool isOpen() const { return file_ != nullptr; }
@@ -29,10 +30,12 @@ class LineReader {
   };
   std::unique_ptr<std::FILE, Close> file_;
   bool missing_ = false;
+  bool empty_ = false;
   char piece_[512];
 };
 
-/// Creates the file, or empties it in place, and writes the text. Failures are passed over.
+/// Creates the file, or empties it in place, and writes the text. Failures are passed over. Nothing
+/// is written to a pipe: that would wait until somebody reads, or end the process when nobody does.
 void writeTextFile(const std::string& path, std::string_view text);
 
 }  // namespace pelagrim
