@@ -9,6 +9,8 @@
  *   4. IQ processor: create(rate, centre); then process for every block of samples, retune whenever
  *      the receiver's centre has changed, poll_text until it returns 0, destroy at the end.
  *   5. Panel: create, columns once, poll_rows as often as the table is redrawn, destroy.
+ *   6. dlclose, when no call is running and none will come. The services table and the clock behind
+ *      it serve until then: every [locks] call but poll_text and poll_rows may read the clock.
  *
  * Threads
  *   [sample-thread]     the thread that delivers samples; one at a time.
@@ -18,7 +20,10 @@
  *   [locks]             the call takes the plug-in's one lock for its whole run, so it waits while
  *                       another such call runs. A call that ends a dwell reads the host's clock,
  *                       asks it to tune and writes a file under that lock.
- * The three roles may fall on one thread. All [locks] calls may overlap freely in time.
+ * The three roles may fall on one thread. All [locks] calls may overlap freely in time. Around them
+ * a host MUST NOT hold a lock of its own that its tune or now_ms takes, or the two wait for each
+ * other for ever. No thread may be cancelled inside a call. The threads keep the usual
+ * floating-point environment: rounding to nearest, no traps, denormals not flushed to zero.
  *
  * Memory
  *   The plug-in owns the descriptor, the tables and their strings: constant from load to unload.
@@ -87,15 +92,16 @@ typedef struct WendleHostApi {
   /* Asks the host to move the receiver's centre to hz. Returns 0 when the request is accepted, else
    * why not (WendleTuneResult). Without this function the plug-in never asks.
    * Called from inside process, with the plug-in's lock held: tune MUST NOT call any [locks]
-   * function, in particular not retune. An accepting host reports the new centre with retune once
-   * process has returned and the receiver has moved; until then the plug-in takes the samples as
-   * coming from the old centre.
+   * function, in particular not retune, nor wait for a thread that may be inside one. An accepting
+   * host reports the new centre with retune once process has returned and the receiver has moved;
+   * until then the plug-in takes the samples as coming from the old centre.
    * [sample-thread] */
   int (*tune)(void* ctx, double hz);
 
   /* The host's clock, Unix time in milliseconds, e.g. 1731760000000; 0 means that no time is to be
    * had. Without it dwells never end by time, and channels carry time 0. It need not be monotonic.
-   * Called with the plug-in's lock held: MUST NOT call any [locks] function.
+   * Called with the plug-in's lock held: MUST NOT call any [locks] function, nor wait for a thread
+   * that may be inside one.
    * [any-thread] */
   int64_t (*now_ms)(void* ctx);
 } WendleHostApi;
@@ -171,13 +177,14 @@ typedef struct WendlePanelApi {
   void* (*create)(void);
 
   /* Writes the column titles, one to a buffer, and returns their number. titles MUST have room for
-   * WENDLE_PANEL_CELLS of them; those beyond the result are left as they were.
+   * WENDLE_PANEL_CELLS of them and MUST NOT be null; those beyond the result are left as they were.
    * [any-thread] */
   int (*columns)(void* handle, char (*titles)[WENDLE_CELL_BYTES]);
 
   /* Fills rows[0] to rows[result - 1] with a fresh, complete picture and leaves the rest alone.
-   * When max is too small the most important rows come: summary, warning, busiest channels. Returns
-   * 0 when handle or rows is null or max is 0.
+   * When max is too small the most important rows come: summary, warning, busiest channels; a
+   * result equal to max may mean that there are more. Returns 0 when handle or rows is null or max
+   * is 0.
    * [interface-thread] [locks] */
   unsigned int (*poll_rows)(void* handle, WendlePanelRow* rows, unsigned int max);
 

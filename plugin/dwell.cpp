@@ -21,10 +21,13 @@ void evaluateDwell(State& state) {
   const int64_t now_ms = hostNowMs();
   for (const Detection& detection : detections) state.survey.add(detection, now_ms);
   ++state.dwells;
-  state.log.logLine(
-      messageText(160, "survey: %.3f MHz, %d here, %d known after %u dwell%s",
-                  state.slice.centre_hz / 1000000.0, static_cast<int>(detections.size()),
-                  static_cast<int>(state.survey.size()), state.dwells, pluralEnding(state.dwells)));
+  // The survey is saved even where there is no memory for the line about it.
+  attempt([&] {
+    state.log.logLine(messageText(
+        160, "survey: %.3f MHz, %d here, %d known after %u dwell%s",
+        state.slice.centre_hz / 1000000.0, static_cast<int>(detections.size()),
+        static_cast<int>(state.survey.size()), state.dwells, pluralEnding(state.dwells)));
+  });
   saveSurvey(state.dir, state.survey);
 }
 

@@ -45,8 +45,8 @@ TEST(Library, UnloadsAndStartsAfreshWhenLoadedAgain) {
 TEST(EntryPoints, AnswerNullArgumentsWithNothing) {
   PluginHost host;
   host.create(1e6, 145e6);
+  host.process(band(1, {}));
   const int readings = host.clock_readings;
-  const std::string files = host.dir.read("survey.csv");
   char text[4] = "abc";
   WendlePanelRow row;
   host.iq->process(nullptr, reinterpret_cast<const float*>(text), 0);
@@ -61,6 +61,7 @@ TEST(EntryPoints, AnswerNullArgumentsWithNothing) {
   EXPECT_EQ(host.panel->poll_rows(host.handle, &row, 0), 0U);
   EXPECT_STREQ(text, "abc");
   EXPECT_EQ(host.clock_readings, readings);
+  EXPECT_FALSE(host.dir.has("survey.csv")) << "the dwell was evaluated";
   EXPECT_EQ(host.lines().size(), 2U);  // nothing was consumed: labels and plan
 }
 

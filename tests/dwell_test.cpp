@@ -57,6 +57,26 @@ TEST(Dwell, EndsByTheHostsClockAtTheVeryMillisecond) {
   }
 }
 
+TEST(Dwell, ReadsTheClockOnceForTheEndAndOnceForTheDetections) {
+  PluginHost host;
+  host.services.now_ms = [](void* ctx) {  // advances a second at every reading
+    ++static_cast<PluginHost*>(ctx)->clock_readings;
+    return static_cast<PluginHost*>(ctx)->now_ms += 1000;
+  };
+  host.dir.write("survey.cfg", "sweep=no\ndwell_seconds=3\n");
+  host.create(kRateHz, 145e6);  // starts at 1 001 000 ms
+  const Samples samples = band(1, {100});
+  const int readings_by_call[] = {1, 1, 2, 1,
+                                  2, 1, 2};  // a dwell starts at the reading that ends one
+  for (const int readings : readings_by_call) {
+    const int before = host.clock_readings;
+    host.process(samples);
+    EXPECT_EQ(host.clock_readings - before, readings) << host.now_ms;
+  }
+  EXPECT_NE(host.dir.read("survey.csv").find(",1005000,1011000,"), std::string::npos)
+      << host.dir.read("survey.csv");
+}
+
 TEST(Dwell, NeverEndsWhileAClockReadingIsMissing) {
   PluginHost host;
   host.now_ms = 0;

@@ -107,6 +107,9 @@ TEST_F(Sweep, LimitsTheSurveyToTheBandWhileItSweeps) {
   start(144.6);
   host.processUntil(2'000'000, band(2, {300}));  // at 144.793 MHz
   EXPECT_EQ(host.lastLine(), "survey: 144.500 MHz, 1 here, 0 known after 1 dwell");
+  start(150.0, "sweep = no\n");  // the limits of the last sweep stay
+  host.processUntil(3'000'000, band(2, {300}));
+  EXPECT_EQ(host.lastLine(), "survey: 144.500 MHz, 1 here, 0 known after 1 dwell");
 }
 
 }  // namespace
