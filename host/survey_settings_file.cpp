@@ -3,8 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
+#include <cerrno>
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -63,8 +64,9 @@ std::string setOne(std::string text, const SettingEdit& edit) {
   return text.replace(place->begin, length, edit.value);
 }
 
-[[noreturn]] void fail(const std::filesystem::path& path, const std::string& what) {
-  throw std::runtime_error(fmt::format("cannot {} {}", what, path.string()));
+[[noreturn]] void fail(const char* what, const std::filesystem::path& path, int reason) {
+  throw std::runtime_error(fmt::format("cannot {} {}: {}; name another directory with --dir", what,
+                                       path.string(), std::generic_category().message(reason)));
 }
 
 }  // namespace
@@ -78,10 +80,9 @@ std::optional<std::string> findSetting(std::string_view text, std::string_view k
 std::optional<double> findNumber(std::string_view text, std::string_view key) {
   const auto value = findSetting(text, key);
   if (!value) return std::nullopt;
-  double number = 0.0;
-  const auto [stop, error] = std::from_chars(value->data(), value->data() + value->size(), number);
-  if (error != std::errc() || !std::isfinite(number)) return std::nullopt;
-  return number;
+  // As the plug-in reads it: 0 where there is no number. This program sets no locale.
+  const double number = std::strtod(value->c_str(), nullptr);
+  return std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
 bool asksToSweep(std::string_view text) {
@@ -102,9 +103,11 @@ std::optional<std::string> readSettings(const std::filesystem::path& survey_dir)
   const auto path = settingsPath(survey_dir);
   std::error_code error;
   if (!std::filesystem::exists(path, error)) return std::nullopt;
+  if (std::filesystem::is_directory(path, error)) fail("read", path, EISDIR);
+  errno = 0;
   std::ifstream file(path, std::ios::binary);
   std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  if (!file) fail(path, "read");
+  if (!file) fail("read", path, errno);
   return text;
 }
 
@@ -119,16 +122,17 @@ void editSettings(const std::filesystem::path& survey_dir, const std::vector<Set
   auto fresh_path = path;
   fresh_path += ".new";
   {
+    errno = 0;
     std::ofstream file(fresh_path, std::ios::binary);
     file << text;
     file.close();
-    if (!file) fail(fresh_path, "write");
+    if (!file) fail("write", fresh_path, errno);
   }
   if (old_text) {
     std::filesystem::permissions(fresh_path, std::filesystem::status(path).permissions(), error);
   }
   std::filesystem::rename(fresh_path, path, error);
-  if (error) fail(path, "replace");
+  if (error) fail("replace", path, error.value());
 }
 
 }  // namespace pelagrim_host
