@@ -2,24 +2,26 @@
 
 #include <string>
 
-#include "host/progress_line.h"
 #include "host/survey_report.h"
 #include "host/text_output.h"
+#include "host/tune_text.h"
 
 namespace pelagrim_host {
 
-/// Shows a run as lines on standard output, with a progress line below them on a terminal.
-/// Warnings go to standard error, each with the program's name before it.
+/// Shows a run as lines on standard output. Warnings go to standard error, each with the program's
+/// name before it.
 class ConsoleReport final : public SurveyReport {
  public:
   /// `quiet`: nothing but warnings.
   explicit ConsoleReport(bool quiet);
 
+  void opened(const SourceFacts& source) override;
   void note(const std::string& line) override;
   void warning(const std::string& line) override;
   void message(const std::string& line) override;
+  void dwellDone(const SurveyProgress&) override {}
   void tuned(const TuneRequest& request, double centre_hz) override;
-  void progress(const SurveyProgress& progress) override;
+  void progress(const SurveyProgress&, PanelReader&) override {}
   void finished(const Panel& panel) override;
 
  private:
@@ -28,8 +30,7 @@ class ConsoleReport final : public SurveyReport {
   bool quiet_;
   TextOutput output_;
   TextOutput errors_;
-  ProgressLine progress_line_;
-  std::string last_refusal_;
+  RefusalWords refusals_;
 };
 
 }  // namespace pelagrim_host

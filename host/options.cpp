@@ -71,17 +71,19 @@ void addSourceOptions(CLI::App& app, Options& options) {
   constexpr const char* kTime = "a time in seconds such as 2.5";
   constexpr const char* kCount = "a whole number";
   app.add_option("SOURCE", options.source,
-                 "A raw recording, or - for standard input; without it a simulated\n"
-                 "band. Known extensions: .cu8 .cs8 .cs16 .cf32 .cf64")
+                 "A recording (SigMF, WAV or raw samples), or - for standard input;\n"
+                 "without it a simulated band")
       ->type_name("");
   addParsed(app, "--sample-rate", parsePositive, options.sample_rate_hz,
             "a sample rate such as 2.4M", "Samples per second")
       ->type_name("RATE");
   addParsed(app, "--frequency", parseNotNegative, options.frequency_hz, kFrequency,
-            "Centre of the recording, or where the simulated receiver starts")
+            "Centre of the recording, or where the simulated receiver starts.\n"
+            "Else both as the recording or its name says")
       ->type_name("HZ");
   app.add_option("--format", options.format,
-                 "Format of raw samples, whatever the file's extension is")
+                 "Take the file for raw samples of this format, whatever its name:\n"
+                 "cu8 cs8 cu16 cs16 cu32 cs32 cf32 cf64")
       ->type_name("NAME");
   addParsed(app, "--offset", parseNotNegative, options.offset_seconds, kTime,
             "Skip the beginning of the recording")
@@ -89,6 +91,9 @@ void addSourceOptions(CLI::App& app, Options& options) {
   addParsed(app, "--loop", countBetween<uint64_t>(0, UINT64_MAX), options.plays, kCount,
             "Play the recording N times; 0 plays it without end")
       ->type_name("N");
+  app.add_flag("--verify", options.verify, "Check a SigMF recording against its checksum first");
+  app.add_flag("--info", options.show_source_info,
+               "Say what the source is, and where that is known from, and end");
   addParsed(app, "--start-time", parseStart, options.start_unix_ms,
             "a time such as 2024-11-16T12:00:00Z, or Unix milliseconds",
             "When the first sample was received: UTC, or Unix milliseconds.\n"
@@ -140,7 +145,8 @@ void addRunOptions(CLI::App& app, Options& options) {
             "a whole number from 1 to 16777216",
             "Samples to hand over at once (usually a twentieth of a second)")
       ->type_name("N");
-  app.add_flag("--quiet", options.quiet, "Say nothing but errors and warnings");
+  auto* const quiet = app.add_flag("--quiet", options.quiet, "Say nothing but errors and warnings");
+  app.add_flag("--json", options.json, "Say everything as one JSON object a line")->excludes(quiet);
 }
 
 void addProgramOptions(CLI::App& app, Options& options) {
@@ -169,6 +175,8 @@ std::variant<Options, std::string> parseOptions(int argc, const char* const* arg
       "Frequencies and rates take the suffixes k, M and G. What --band, --dwell, --threshold,\n"
       "--raster, --fixed and --sweep say is written to survey.cfg and holds from then on.\n"
       "The first Ctrl-C evaluates and saves the dwell in progress, a second leaves at once.\n"
+      "SIGHUP, or the key r in the live view, does as much and starts afresh with what survey.cfg\n"
+      "then says; the band's limits stay as they were when sweep has become no.\n"
       "Exit status: 0 done, 1 something failed, 2 the command line is wrong.");
   app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   const auto inGroup = [&](const char* name, void (*add)(CLI::App&, Options&)) {

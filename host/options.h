@@ -19,6 +19,8 @@ struct Options {
   std::string format;  ///< of raw samples; empty: as the file's extension says
   double offset_seconds = 0.0;
   uint64_t plays = 1;  ///< of a recording; 0: without end
+  bool verify = false;  ///< compare a recording with its checksum
+  bool show_source_info = false;
   std::optional<int64_t> start_unix_ms;
   std::optional<FrequencyRange> simulated_range;  ///< the simulated band; unset: the band surveyed
   uint64_t seed = 1;
@@ -37,6 +39,7 @@ struct Options {
   bool may_tune = true;
   bool realtime = false;
   bool quiet = false;
+  bool json = false;
   uint32_t block_samples = 0;  ///< 0: the usual
 
   // The program.

@@ -1,13 +1,13 @@
 #include "host/panel_table.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstring>
 #include <span>
 #include <string_view>
+
+#include "host/text_width.h"
 
 namespace pelagrim_host {
 namespace {
@@ -17,14 +17,6 @@ constexpr size_t kMostRows = 1'000'000;  // 264 MB
 
 std::string cellText(const char (&cell)[WENDLE_CELL_BYTES]) {
   return withoutControls(std::string(cell, strnlen(cell, WENDLE_CELL_BYTES)));
-}
-
-/// Characters of UTF-8 text: its bytes but for those that continue a character.
-size_t displayWidth(std::string_view text) {
-  const auto continues = [](char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-  };
-  return text.size() - static_cast<size_t>(std::count_if(text.begin(), text.end(), continues));
 }
 
 bool looksNumeric(std::string_view text) {
@@ -37,32 +29,6 @@ std::optional<uint32_t> wholeNumber(const char (&cell)[WENDLE_CELL_BYTES]) {
   const auto [stop, error] = std::from_chars(cell, end, value);
   if (error != std::errc() || stop != end) return std::nullopt;
   return value;
-}
-
-std::string joinCells(const PanelRow& row) {
-  std::string line;
-  for (const std::string& cell : row.cells) {
-    if (cell.empty()) continue;
-    if (!line.empty()) line += "  ";
-    line += cell;
-  }
-  return line;
-}
-
-struct Column {
-  size_t width = 0;
-  bool numeric = true;  // as long as no cell says otherwise
-};
-
-std::string alignedLine(const std::vector<std::string>& cells, const std::vector<Column>& columns) {
-  std::string line;
-  for (size_t i = 0; i < std::min(cells.size(), columns.size()); ++i) {
-    const std::string padding(columns[i].width - displayWidth(cells[i]), ' ');
-    if (i > 0) line += "  ";
-    line += columns[i].numeric ? padding + cells[i] : cells[i] + padding;
-  }
-  line.erase(line.find_last_not_of(' ') + 1);
-  return line + "\n";
 }
 
 }  // namespace
@@ -117,23 +83,66 @@ size_t PanelReader::poll(size_t most) {
   return std::min<size_t>(count, most);
 }
 
-std::string formatPanel(const Panel& panel) {
-  std::string text;
-  std::vector<Column> columns(panel.columns.size());
-  for (size_t i = 0; i < columns.size(); ++i) columns[i].width = displayWidth(panel.columns[i]);
+bool isTableRow(const PanelRow& row) {
+  return row.kind != kRowSummary && row.kind != kRowWarning;
+}
+
+std::vector<TableColumn> tableColumns(const Panel& panel) {
+  std::vector<TableColumn> columns;
+  for (const std::string& title : panel.columns) columns.push_back({textWidth(title)});
   for (const PanelRow& row : panel.rows) {
-    if (row.kind == kRowSummary) text += joinCells(row) + "\n";
-    if (row.kind == kRowWarning) text += "! " + joinCells(row) + "\n";
-    if (row.kind == kRowSummary || row.kind == kRowWarning) continue;
+    if (!isTableRow(row)) continue;
     for (size_t i = 0; i < std::min(columns.size(), row.cells.size()); ++i) {
-      columns[i].width = std::max(columns[i].width, displayWidth(row.cells[i]));
+      columns[i].width = std::max(columns[i].width, textWidth(row.cells[i]));
       columns[i].numeric =
           columns[i].numeric && (row.cells[i].empty() || looksNumeric(row.cells[i]));
     }
   }
-  text += "\n" + alignedLine(panel.columns, columns);
+  return columns;
+}
+
+std::string alignedCells(const std::vector<std::string>& cells,
+                         const std::vector<TableColumn>& columns, size_t gap) {
+  std::string line;
+  for (size_t i = 0; i < columns.size(); ++i) {
+    const auto cell = fitText(i < cells.size() ? cells[i] : "", columns[i].width);
+    const std::string padding(columns[i].width - cell.columns, ' ');
+    if (i > 0) line += std::string(gap, ' ');
+    line += columns[i].numeric ? padding + cell.text : cell.text + padding;
+  }
+  return line;
+}
+
+std::string joinCells(const PanelRow& row) {
+  const auto isDigit = [](char byte) { return byte >= '0' && byte <= '9'; };
+  std::string line;
+  bool after_number = false;
+  for (const std::string& cell : row.cells) {
+    if (cell.empty()) continue;
+    if (!line.empty()) line += after_number ? " " : "  ";
+    line += cell;
+    after_number = std::all_of(cell.begin(), cell.end(), isDigit);
+  }
+  return line;
+}
+
+std::string formatPanel(const Panel& panel) {
+  constexpr size_t kGap = 2;
+  std::string text;
   for (const PanelRow& row : panel.rows) {
-    if (row.kind != kRowSummary && row.kind != kRowWarning) text += alignedLine(row.cells, columns);
+    if (row.kind == kRowSummary) text += joinCells(row) + "\n";
+    if (row.kind == kRowWarning) text += "! " + joinCells(row) + "\n";
+  }
+  const auto columns = tableColumns(panel);
+  const auto add = [&](const std::vector<std::string>& cells) {
+    std::string line = alignedCells(cells, columns, kGap);
+    line.erase(line.find_last_not_of(' ') + 1);
+    text += line + "\n";
+  };
+  text += "\n";
+  add(panel.columns);
+  for (const PanelRow& row : panel.rows) {
+    if (isTableRow(row)) add(row.cells);
   }
   return text;
 }

@@ -2,14 +2,20 @@
 
 #include <fmt/format.h>
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 
 #include "host/console_report.h"
 #include "host/host_services.h"
+#include "host/json_report.h"
+#include "host/live_view.h"
 #include "host/open_source.h"
 #include "host/plugin_library.h"
 #include "host/quantity_text.h"
@@ -18,6 +24,7 @@
 #include "host/survey_session.h"
 #include "host/survey_settings_file.h"
 #include "host/survey_setup.h"
+#include "host/terminal_kind.h"
 
 namespace pelagrim_host {
 namespace {
@@ -60,13 +67,26 @@ std::filesystem::file_time_type writeTime(const std::filesystem::path& path) {
   return error ? std::filesystem::file_time_type::min() : time;
 }
 
-SessionSettings sessionSettings(const Options& options, const std::string& settings) {
+std::unique_ptr<SurveyReport> makeReport(const Options& options) {
+  if (options.json) return std::make_unique<JsonReport>(stdout);
+  const TerminalKind terminal = terminalKind(STDOUT_FILENO);
+  if (options.quiet || !terminal.redraws) return std::make_unique<ConsoleReport>(options.quiet);
+  return std::make_unique<LiveView>(FrameStyle{terminal.colours, terminal.unicode});
+}
+
+SessionSettings sessionSettings(const Options& options, const std::filesystem::path& survey_dir) {
   SessionSettings session;
   session.block_samples = options.block_samples;
   session.passes = options.passes;
   session.duration_seconds = options.duration_seconds;
   session.realtime = options.realtime;
-  session.dwell_length_seconds = findNumber(settings, "dwell_seconds");
+  session.dwell_length_seconds = [survey_dir]() -> std::optional<double> {
+    try {
+      return findNumber(readSettings(survey_dir).value_or(""), "dwell_seconds");
+    } catch (const std::runtime_error&) {
+      return std::nullopt;  // the plug-in carries on without the file, too
+    }
+  };
   if (options.source.empty() && !options.passes && !options.duration_seconds) {
     session.passes = kSimulatedPasses;
   }
@@ -74,7 +94,8 @@ SessionSettings sessionSettings(const Options& options, const std::string& setti
 }
 
 void survey(const Options& options, const PluginLibrary& plugin) {
-  ConsoleReport report(options.quiet);
+  const auto shown = makeReport(options);
+  SurveyReport& report = *shown;
   const auto survey_dir =
       chooseSurveyDirectory(options, std::getenv(kDirectoryVariable), surveyDirectoryName(options));
   const auto old_settings = readSettings(survey_dir);
@@ -88,9 +109,7 @@ void survey(const Options& options, const PluginLibrary& plugin) {
     edits.insert(edits.end(), further.begin(), further.end());
     settings = withSettings(settings, further);
   }
-  report.note(fmt::format("source {}: centre {}, {}", source->name(),
-                          formatFrequency(source->centreHz()),
-                          formatSampleRate(source->sampleRateHz())));
+  report.opened({source->name(), source->centreHz(), source->sampleRateHz()});
   prepareDirectory(survey_dir, edits, report);
   if (const auto mismatch = bandMismatch(settings, *source)) report.warning(*mismatch);
   setenv(kDirectoryVariable, survey_dir.c_str(), 1);
@@ -98,7 +117,7 @@ void survey(const Options& options, const PluginLibrary& plugin) {
   SurveyClock clock = source->isLive() ? SurveyClock::onTheWall()
                                        : SurveyClock::ofSamples(startTimeMs(options, *source),
                                                                 source->sampleRateHz());
-  const SessionSettings session_settings = sessionSettings(options, settings);
+  const SessionSettings session_settings = sessionSettings(options, survey_dir);
   if (session_settings.passes && !options.passes) {
     report.note(fmt::format("ends after {} passes; --passes or --duration set another end",
                             *session_settings.passes));
@@ -108,7 +127,7 @@ void survey(const Options& options, const PluginLibrary& plugin) {
 
   HostServices services(*source, clock, options.may_tune);
   SurveySession session(plugin, *source, services, clock, report, session_settings);
-  const SessionResult result = session.run(stopRequested);
+  const SessionResult result = session.run(stopRequested, takeRescanRequest);
 
   if (stopRequested()) report.note("stopped on request");
   if (result.samples == 0 && !stopRequested()) {

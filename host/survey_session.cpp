@@ -49,13 +49,10 @@ SurveySession::~SurveySession() {
   if (host_client_ != nullptr) host_client_->attach(nullptr);
 }
 
-SessionResult SurveySession::run(const std::function<bool()>& stop) {
+SessionResult SurveySession::run(const std::function<bool()>& stop,
+                                 const std::function<bool()>& rescan) {
   begun_on_wall_ms_ = wallClockMs();
-  told_centre_hz_ = source_.centreHz();
-  handle_ = iq_.create(source_.sampleRateHz(), told_centre_hz_);
-  beginDwell();
-  countDwells();
-  reportMessages();
+  start();
   if (settings_.passes && !dwells_) {
     iq_.destroy(handle_);
     throw PluginError(
@@ -64,21 +61,42 @@ SessionResult SurveySession::run(const std::function<bool()>& stop) {
 
   std::exception_ptr failure;
   try {
-    deliver(stop);
+    deliver(stop, rescan);
   } catch (const SourceError&) {
     failure = std::current_exception();
   }
-  iq_.destroy(handle_);
-  reportMessages();
-  countDwells();
+  end();
   report_.finished(panel_.read());
   if (failure) std::rethrow_exception(failure);
-  return {samples_, dwells_ ? std::optional(dwells_->dwells_done) : std::nullopt};
+  return {samples_, dwells_ ? std::optional(dwells_before_ + dwells_->dwells_done) : std::nullopt};
 }
 
-void SurveySession::deliver(const std::function<bool()>& stop) {
+void SurveySession::start() {
+  source_.settle();
+  told_centre_hz_ = source_.centreHz();
+  handle_ = iq_.create(source_.sampleRateHz(), told_centre_hz_);
+  // The plug-in has its settings file by now, with what it lacked.
+  if (settings_.dwell_length_seconds) dwell_length_seconds_ = settings_.dwell_length_seconds();
+  dwells_ = panel_.countDwells();
+  beginDwell();
+  reportMessages();
+}
+
+void SurveySession::end() {
+  iq_.destroy(handle_);
+  reportMessages();
+  countDwells(told_centre_hz_);
+}
+
+void SurveySession::deliver(const std::function<bool()>& stop,
+                            const std::function<bool()>& rescan) {
   std::vector<std::complex<float>> block(block_samples_);
   while (samples_ < most_samples_ && !passesAreDone() && !stop()) {
+    if (rescan()) {
+      end();
+      dwells_before_ += dwells_ ? dwells_->dwells_done : 0;
+      start();
+    }
     // A recording may go on at another centre.
     if (source_.centreHz() != told_centre_hz_) retune();
     const size_t count = source_.read(std::span(block).first(nextBlockSize()));
@@ -86,14 +104,15 @@ void SurveySession::deliver(const std::function<bool()>& stop) {
     // The clock stands at the end of the block when the plug-in looks at it.
     clock_.advance(count);
     samples_ += count;
+    const double looked_at_hz = told_centre_hz_;
     iq_.process(handle_, reinterpret_cast<const float*>(block.data()), count);
 
     const auto request = services_.takeTuneRequest();
     if (request && request->answer == kTuneAccepted) retune();
-    if (request) report_.tuned(*request, told_centre_hz_);
     // Every dwell that is evaluated leaves a line, so without one there is nothing new to count.
-    if (reportMessages() || request) countDwells();
-    reportProgress();
+    if (reportMessages() || request) countDwells(looked_at_hz);
+    if (request) report_.tuned(*request, told_centre_hz_);
+    report_.progress(progress(), panel_);
     if (settings_.realtime) waitForWallClock(stop);
   }
 }
@@ -108,6 +127,7 @@ bool SurveySession::passesAreDone() const {
 }
 
 void SurveySession::retune() {
+  source_.settle();
   told_centre_hz_ = source_.centreHz();
   iq_.retune(handle_, told_centre_hz_);
   beginDwell();
@@ -124,23 +144,30 @@ bool SurveySession::reportMessages() {
   return any;
 }
 
-void SurveySession::countDwells() {
+/// `looked_at_hz`: the centre of the dwell that may have ended.
+void SurveySession::countDwells(double looked_at_hz) {
   const uint32_t before = dwells_ ? dwells_->dwells_done : 0;
   dwells_ = panel_.countDwells();
-  if (dwells_ && dwells_->dwells_done != before) beginDwell();
+  if (!dwells_ || dwells_->dwells_done == before) return;
+  SurveyProgress done = progress();
+  done.centre_hz = looked_at_hz;
+  report_.dwellDone(done);
+  beginDwell();
 }
 
-void SurveySession::reportProgress() {
+SurveyProgress SurveySession::progress() const {
   SurveyProgress progress;
   progress.centre_hz = told_centre_hz_;
   progress.rate_hz = source_.sampleRateHz();
+  progress.unix_ms = clock_.nowMs();
   progress.samples = samples_;
-  progress.dwell_elapsed_seconds = static_cast<double>(clock_.nowMs() - dwell_begun_ms_) / 1000.0;
-  progress.dwell_length_seconds = settings_.dwell_length_seconds;
+  progress.overflows = source_.overflows();
+  progress.dwell_elapsed_seconds = static_cast<double>(progress.unix_ms - dwell_begun_ms_) / 1000.0;
+  progress.dwell_length_seconds = dwell_length_seconds_;
   progress.dwells = dwells_;
   progress.wanted_passes = settings_.passes;
   progress.wanted_seconds = settings_.duration_seconds;
-  report_.progress(progress);
+  return progress;
 }
 
 /// Sleeps until the samples delivered so far would have arrived, in naps that notice `stop`.

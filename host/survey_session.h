@@ -19,7 +19,8 @@ struct SessionSettings {
   std::optional<uint32_t> passes = {};          ///< over what is surveyed
   std::optional<double> duration_seconds = {};  ///< of receiver time
   bool realtime = false;                        ///< no faster than the receiver would be
-  std::optional<double> dwell_length_seconds = {};  ///< to show progress against
+  /// Asked at every start for the length of a dwell, to show progress against; may be empty.
+  std::function<std::optional<double>()> dwell_length_seconds = {};
 };
 
 /// What came of a run.
@@ -28,7 +29,8 @@ struct SessionResult {
   std::optional<uint32_t> dwells_done;  ///< evaluated, where the plug-in counts them
 };
 
-/// One run of a survey: a source played through a plug-in, from create to destroy.
+/// One run of a survey: a source played through a plug-in, from create to destroy, and from create
+/// again where a rescan is asked for.
 ///
 /// Everything happens on the calling thread. The plug-in is attached to `services`, which have the
 /// source and clock of the session, for as long as the session exists.
@@ -40,21 +42,26 @@ class SurveySession {
   SurveySession(const SurveySession&) = delete;
   SurveySession& operator=(const SurveySession&) = delete;
 
-  /// Runs until the source or the limits end, or `stop` says so; it is asked between blocks. The
-  /// dwell in progress is then evaluated and saved. A source that fails ends the run in the same
-  /// order, after which its SourceError is thrown on. Throws PluginError when passes are wanted of
-  /// a plug-in that counts no dwells.
-  SessionResult run(const std::function<bool()>& stop);
+  /// Runs until the source or the limits end, or `stop` says so; it is asked between blocks, and so
+  /// is `rescan`, which makes the plug-in save and start afresh with what its files say by then;
+  /// passes count from there. At the end the dwell in progress is evaluated and saved. A source
+  /// that fails ends the run in the same order, after which its SourceError is thrown on. Throws
+  /// PluginError when passes are wanted of a plug-in that counts no dwells.
+  SessionResult run(
+      const std::function<bool()>& stop,
+      const std::function<bool()>& rescan = [] { return false; });
 
  private:
-  void deliver(const std::function<bool()>& stop);
+  void start();
+  void end();
+  void deliver(const std::function<bool()>& stop, const std::function<bool()>& rescan);
   size_t nextBlockSize() const;
   bool passesAreDone() const;
   void retune();
   void beginDwell() { dwell_begun_ms_ = clock_.nowMs(); }
   bool reportMessages();
-  void countDwells();
-  void reportProgress();
+  void countDwells(double looked_at_hz);
+  SurveyProgress progress() const;
   void waitForWallClock(const std::function<bool()>& stop) const;
 
   const WendleIqApi& iq_;
@@ -73,7 +80,9 @@ class SurveySession {
   int64_t begun_on_wall_ms_ = 0;
   double told_centre_hz_ = 0.0;  ///< what the plug-in takes the centre to be
   int64_t dwell_begun_ms_ = 0;
-  std::optional<DwellCount> dwells_;
+  std::optional<double> dwell_length_seconds_;
+  std::optional<DwellCount> dwells_;  ///< since the last start
+  uint32_t dwells_before_ = 0;        ///< of earlier starts
 };
 
 }  // namespace pelagrim_host

@@ -50,7 +50,9 @@ struct Recorder : SurveyReport {
   void warning(const std::string&) override {}
   void message(const std::string& line) override { messages += line + "\n"; }
   void tuned(const TuneRequest& request, double) override { refusals += request.why_refused; }
-  void progress(const SurveyProgress&) override {}
+  void opened(const SourceFacts&) override {}
+  void dwellDone(const SurveyProgress&) override {}
+  void progress(const SurveyProgress&, PanelReader&) override {}
   void finished(const Panel& panel) override { panels.push_back(panel); }
   std::string messages;
   std::string refusals;
@@ -58,15 +60,16 @@ struct Recorder : SurveyReport {
 };
 
 /// Runs `source` through a plug-in; returns what the fake one wrote down after attach.
-std::string runThrough(const char* plugin_path, ScriptedSource& source, Recorder& report,
-                       SessionSettings settings, bool may_tune = true) {
+std::string runThrough(
+    const char* plugin_path, ScriptedSource& source, Recorder& report, SessionSettings settings,
+    bool may_tune = true, const std::function<bool()>& rescan = [] { return false; }) {
   const PluginLibrary plugin(plugin_path);
   SurveyClock clock = SurveyClock::ofSamples(1000, source.sampleRateHz());
   HostServices services(source, clock, may_tune);
   {
     SurveySession session(plugin, source, services, clock, report, settings);
     try {
-      session.run([] { return false; });
+      session.run([] { return false; }, rescan);
     } catch (const SourceError& failure) {
       report.messages += failure.what();
     }
@@ -110,6 +113,17 @@ TEST(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
   EXPECT_THROW(runThrough(FAKE_PLUGIN_PATH, passes, report, {.passes = 1}), PluginError);
 }
 
+TEST(HostSession, SavesAndStartsAfreshOnARescan) {
+  ScriptedSource source;
+  source.length = 30;
+  Recorder report;
+  int asked = 0;
+  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, source, report, {.block_samples = 10}, false,
+                       [&] { return ++asked == 2; }),
+            "attach\ncreate 50\nprocess 10 from 50 at 1100\ndestroy\ncreate 50\n"
+            "process 10 from 50 at 1200\ntune -1\nprocess 10 from 50 at 1300\ndestroy\ndetach\n");
+}
+
 TEST(HostSession, ShowsRefusalAndRecoveryOfTheRealPlugin) {
   const TemporaryDir dir;
   setenv("ORVANE_SURVEY_DIR", dir.path().c_str(), 1);
@@ -125,7 +139,7 @@ TEST(HostSession, ShowsRefusalAndRecoveryOfTheRealPlugin) {
   EXPECT_TRUE(refused < again && again < stuck && stuck != std::string::npos) << report.messages;
   ASSERT_EQ(report.panels.size(), 1u);
   const std::string table = formatPanel(report.panels[0]);
-  EXPECT_NE(table.find("Survey  sweeping  3  slices  3  dwells done"), std::string::npos) << table;
+  EXPECT_NE(table.find("Survey  sweeping  3 slices  3 dwells done"), std::string::npos) << table;
   EXPECT_NE(table.find("! Cannot sweep  the radio refused to tune"), std::string::npos) << table;
 }
 

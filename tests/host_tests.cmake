@@ -1,16 +1,20 @@
 # The headless host: its parts, its run loop against a fake plug-in and the real one, and the
 # program as a user calls it.
+find_package(nlohmann_json REQUIRED)
+
 add_library(fake_plugin MODULE fake_plugin.cpp)
 target_include_directories(fake_plugin PRIVATE ${PROJECT_SOURCE_DIR}/include)
 
 add_executable(host_test
   host_session_test.cpp
   host_text_test.cpp
+  host_view_test.cpp
   simulated_band_test.cpp)
 target_compile_definitions(host_test PRIVATE
   FAKE_PLUGIN_PATH="$<TARGET_FILE:fake_plugin>"
   PELAGRIM_PLUGIN_PATH="$<TARGET_FILE:pelagrim_plugin>")
-target_link_libraries(host_test PRIVATE pelagrim_host_lib GTest::gtest_main)
+target_link_libraries(host_test PRIVATE pelagrim_host_lib nlohmann_json::nlohmann_json
+  GTest::gtest_main)
 add_dependencies(host_test fake_plugin pelagrim_plugin)
 gtest_discover_tests(host_test DISCOVERY_TIMEOUT 60)
 
