@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -74,6 +75,15 @@ std::unique_ptr<SurveyReport> makeReport(const Options& options) {
   return std::make_unique<LiveView>(FrameStyle{terminal.colours, terminal.unicode});
 }
 
+/// Whether the file was written to its end: a full disk cuts it in the middle of a row.
+bool isWhole(const std::filesystem::path& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return false;
+  std::ifstream file(path, std::ios::binary);
+  file.seekg(-1, std::ios::end);
+  return file.get() == '\n';
+}
+
 SessionSettings sessionSettings(const Options& options, const std::filesystem::path& survey_dir) {
   SessionSettings session;
   session.block_samples = options.block_samples;
@@ -136,11 +146,11 @@ void survey(const Options& options, const PluginLibrary& plugin) {
   }
   if (result.dwells_done == 0u) {
     report.note("no dwell was evaluated: there were too few samples for a spectrum");
-  } else if (writeTime(results_path) != written_before) {
+  } else if (writeTime(results_path) != written_before && isWhole(results_path)) {
     report.note(fmt::format("survey written to {}", results_path.string()));
   } else {
     throw std::runtime_error(
-        fmt::format("the survey could not be written to {}; see that the disk "
+        fmt::format("the survey could not be written whole to {}; see that the disk "
                     "has room and the file can be written",
                     results_path.string()));
   }

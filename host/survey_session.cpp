@@ -62,8 +62,8 @@ SessionResult SurveySession::run(const std::function<bool()>& stop,
   std::exception_ptr failure;
   try {
     deliver(stop, rescan);
-  } catch (const SourceError&) {
-    failure = std::current_exception();
+  } catch (...) {
+    failure = std::current_exception();  // whatever failed, what was gathered is saved
   }
   end();
   report_.finished(panel_.read());

@@ -45,7 +45,7 @@ class SurveySession {
   /// Runs until the source or the limits end, or `stop` says so; it is asked between blocks, and so
   /// is `rescan`, which makes the plug-in save and start afresh with what its files say by then;
   /// passes count from there. At the end the dwell in progress is evaluated and saved. A source
-  /// that fails ends the run in the same order, after which its SourceError is thrown on. Throws
+  /// that fails ends the run in the same order, after which the failure is thrown on. Throws
   /// PluginError when passes are wanted of a plug-in that counts no dwells.
   SessionResult run(
       const std::function<bool()>& stop,
