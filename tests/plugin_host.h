@@ -41,7 +41,8 @@ inline Samples band(size_t frames, const std::vector<int>& tone_bins) {
 /// survey directory is new and empty. Checks at every call that nothing is written out of bounds.
 class PluginHost {
  public:
-  PluginHost() : library_(dlopen(PELAGRIM_PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL)) {
+  explicit PluginHost(const char* plugin_path = PELAGRIM_PLUGIN_PATH)
+      : library_(dlopen(plugin_path, RTLD_NOW | RTLD_LOCAL)) {
     if (library_ == nullptr) throw std::runtime_error(dlerror());
     setenv("ORVANE_SURVEY_DIR", dir.path().c_str(), 1);
     query = reinterpret_cast<WendlePluginQuery>(dlsym(library_, WENDLE_PLUGIN_QUERY_SYMBOL));

@@ -11,9 +11,8 @@ constexpr char kNotAllowed[] =
 /// A host whose dwells end at every call; `slice_count` slices of 1 MHz from 144 MHz.
 class Sweep : public ::testing::Test {
  protected:
-  void start(double stop_mhz, const std::string& more = "") {
-    host.dir.write("survey.cfg", "start=144e6\nstop=" + std::to_string(stop_mhz) +
-                                     "e6\ndwell_seconds=0\n" + more);
+  void start(const std::string& stop_mhz, const std::string& more = "") {
+    host.dir.write("survey.cfg", "start=144e6\nstop=" + stop_mhz + "e6\ndwell_seconds=0\n" + more);
     host.create(1e6, 144.5e6);
     host.lines();
   }
@@ -27,7 +26,7 @@ class Sweep : public ::testing::Test {
 };
 
 TEST_F(Sweep, VisitsTheSlicesInTurnFromTheSecond) {
-  start(146.0);
+  start("146");
   for (int i = 0; i < 4; ++i) EXPECT_TRUE(step(0).empty());
   const std::vector<double> expected = {144.5e6 + 0.9e6, 144.5e6 + 0.9e6 + 0.9e6, 144.5e6,
                                         144.5e6 + 0.9e6};
@@ -38,12 +37,12 @@ TEST_F(Sweep, VisitsTheSlicesInTurnFromTheSecond) {
 }
 
 TEST_F(Sweep, StaysPutWhenFixedOrWithOneSliceOrWithoutTune) {
-  start(146.0, "sweep = no\n");
+  start("146", "sweep = no\n");
   step(0);
-  start(144.5);
+  start("144.5");
   step(0);
   EXPECT_TRUE(host.tuned_hz.empty());
-  start(146.0, "sweep = yes\n");
+  start("146", "sweep = yes\n");
   host.services.tune = nullptr;
   EXPECT_TRUE(step(0).empty());
   EXPECT_EQ(host.rows().size(), 1U);
@@ -57,7 +56,7 @@ TEST_F(Sweep, ReportsEachReasonOnceAndKeepsAsking) {
       {-4, "the radio refused to tune"},
       {7, "the radio refused to tune"}};
   for (const auto& [answer, reason] : reasons) {
-    start(146.0);
+    start("146");
     EXPECT_EQ(step(answer), std::vector<std::string>{std::string("survey: ") + reason +
                                                      " - surveying only the tuned slice"});
     EXPECT_TRUE(step(-3).empty());
@@ -73,7 +72,7 @@ TEST_F(Sweep, ReportsEachReasonOnceAndKeepsAsking) {
 }
 
 TEST_F(Sweep, RemembersARefusalAcrossCreatesAndAFullLog) {
-  start(146.0);
+  start("146");
   for (int i = 0; i < 16; ++i) host.create(1e6, 144.5e6);  // fills the log
   host.tune_answer = -1;
   host.process(Samples(1));
@@ -86,7 +85,7 @@ TEST_F(Sweep, RemembersARefusalAcrossCreatesAndAFullLog) {
 }
 
 TEST_F(Sweep, AttributesSamplesToTheOldCentreUntilTheHostReportsTheNew) {
-  start(146.0);
+  start("146");
   host.processUntil(2'000'000, band(1, {}));
   EXPECT_EQ(host.lastLine(), "survey: 144.500 MHz, 0 here, 0 known after 1 dwell");
   host.processUntil(3'000'000, band(1, {}));
@@ -97,17 +96,17 @@ TEST_F(Sweep, AttributesSamplesToTheOldCentreUntilTheHostReportsTheNew) {
 }
 
 TEST_F(Sweep, KeepsSettingsThatTheFileNoLongerHolds) {
-  start(146.0, "threshold_db = 9\n");
+  start("146", "threshold_db = 9\n");
   host.dir.write("survey.cfg", "start = 145e6\n");
   host.create(1e6, 144.5e6);
   EXPECT_EQ(host.lastLine(), "survey: 145.000-146.000 MHz in 2 slices of 1.00 MHz, 0 s each");
 }
 
 TEST_F(Sweep, LimitsTheSurveyToTheBandWhileItSweeps) {
-  start(144.6);
+  start("144.6");
   host.processUntil(2'000'000, band(2, {300}));  // at 144.793 MHz
   EXPECT_EQ(host.lastLine(), "survey: 144.500 MHz, 1 here, 0 known after 1 dwell");
-  start(150.0, "sweep = no\n");  // the limits of the last sweep stay
+  start("150", "sweep = no\n");  // the limits of the last sweep stay
   host.processUntil(3'000'000, band(2, {300}));
   EXPECT_EQ(host.lastLine(), "survey: 144.500 MHz, 1 here, 0 known after 1 dwell");
 }

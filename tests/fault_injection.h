@@ -1,0 +1,34 @@
+#pragma once
+
+/// Faults on demand in what the plug-in takes from the C library. The test executable defines the
+/// functions itself and exports them, so the plug-in, the C++ library and the C library's own
+/// fopen all get these. Nothing fails but inside Armed.
+namespace faults {
+
+enum class Call { kAllocate, kOpenToRead, kOpenToWrite, kRead, kWrite, kClose };
+
+/// Which calls fail: `count` of them, from the `first`-th on (1 the first; 0 none).
+struct Plan {
+  Call call = Call::kAllocate;
+  long first = 0;
+  long count = 1;
+  int error = 0;  ///< errno of a failed file call; a failed write has written half
+};
+
+void set(const Plan& plan);
+
+/// Calls of the planned kind seen since set.
+long callsSeen();
+
+/// Blocks that the process has allocated and not freed.
+long liveBlocks();
+
+/// The plan applies while one of these lives, on the thread that made it.
+struct Armed {
+  Armed();
+  ~Armed();
+  Armed(const Armed&) = delete;
+  Armed& operator=(const Armed&) = delete;
+};
+
+}  // namespace faults

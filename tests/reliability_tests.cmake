@@ -1,0 +1,47 @@
+# What the plug-in promises under faults, load and time: docs/reliability.md names these tests.
+
+# Faults in the C library: the executable exports functions that the plug-in then finds first.
+add_executable(fault_test
+  fault_allocation_test.cpp
+  fault_files_test.cpp
+  fault_injection.cpp)
+set_target_properties(fault_test PROPERTIES ENABLE_EXPORTS ON)
+set_source_files_properties(fault_injection.cpp PROPERTIES
+  COMPILE_OPTIONS "-fvisibility=default;-U_FORTIFY_SOURCE")
+
+add_executable(reliability_test
+  load_test.cpp
+  numbers_test.cpp
+  soak_test.cpp
+  threads_test.cpp)
+
+foreach(target fault_test reliability_test)
+  target_compile_definitions(${target} PRIVATE
+    PELAGRIM_PLUGIN_PATH="$<TARGET_FILE:pelagrim_plugin>")
+  if(PELAGRIM_SANITIZE)
+    target_compile_definitions(${target} PRIVATE PELAGRIM_SANITIZED)
+  endif()
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/include)
+  target_link_libraries(${target} PRIVATE GTest::gtest_main ${CMAKE_DL_LIBS})
+  add_dependencies(${target} pelagrim_plugin)
+  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60)
+endforeach()
+
+# The boundary's tests once more under a locale that writes 0,5 for a half, made for them alone.
+set(locale_dir ${CMAKE_CURRENT_BINARY_DIR}/locale)
+add_custom_command(OUTPUT ${locale_dir}/de_DE.UTF-8/LC_NUMERIC
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${locale_dir}
+  COMMAND localedef --no-archive -f UTF-8 -i de_DE ${locale_dir}/de_DE.UTF-8)
+add_custom_target(comma_locale ALL DEPENDS ${locale_dir}/de_DE.UTF-8/LC_NUMERIC)
+target_sources(plugin_test PRIVATE locale_environment.cpp)
+target_sources(model_test PRIVATE locale_environment.cpp)
+foreach(suite model_test plugin_test)
+  add_test(NAME ${suite}_in_comma_locale COMMAND ${suite})
+  set_tests_properties(${suite}_in_comma_locale PROPERTIES
+    ENVIRONMENT "LOCPATH=${locale_dir};PELAGRIM_TEST_LOCALE=de_DE.UTF-8")
+endforeach()
+
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT PELAGRIM_SANITIZE)
+  add_test(NAME plugin_artefact
+    COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/artefact_test.sh $<TARGET_FILE:pelagrim_plugin>)
+endif()
