@@ -10,6 +10,10 @@ add_executable(host_test
   host_text_test.cpp
   host_view_test.cpp
   simulated_band_test.cpp)
+if(PELAGRIM_SOAPY)
+  target_sources(host_test PRIVATE host_receiver_test.cpp)
+  target_link_libraries(host_test PRIVATE PkgConfig::SOAPY)
+endif()
 target_compile_definitions(host_test PRIVATE
   FAKE_PLUGIN_PATH="$<TARGET_FILE:fake_plugin>"
   PELAGRIM_PLUGIN_PATH="$<TARGET_FILE:pelagrim_plugin>")

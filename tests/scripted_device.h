@@ -1,0 +1,91 @@
+#pragma once
+
+#include <SoapySDR/Device.hpp>
+#include <SoapySDR/Formats.hpp>
+#include <SoapySDR/Registry.hpp>
+#include <algorithm>
+#include <cmath>
+#include <deque>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace pelagrim_host {
+
+/// What the driver does and has done; fresh for every test.
+struct Script {
+  std::string format = SOAPY_SDR_CS16;
+  std::deque<int> codes;                   // that readStream returns before samples come again
+  bool unplugged = false, throws = false;  // readStream times out for ever; everything throws
+  double step_hz = 1.0;                    // of the synthesiser
+  size_t waiting = 0, stale = 0;           // samples there at once; those from the old centre
+  size_t delivered = 0;                    // since the last tune
+  std::string calls;
+};
+inline Script script;
+
+/// Buffers of 100 samples of MHz tuned to + 512 j, of full scale 2048.
+class ScriptedDevice : public SoapySDR::Device {
+  using Kwargs = SoapySDR::Kwargs;
+  using Ranges = SoapySDR::RangeList;
+  size_t getNumChannels(int) const override { return 1; }
+  std::vector<std::string> getStreamFormats(int, size_t) const override { return {script.format}; }
+  std::string getNativeStreamFormat(int, size_t, double& full_scale) const override {
+    return full_scale = 2048.0, script.format;
+  }
+  SoapySDR::Stream* setupStream(int, const std::string&, const std::vector<size_t>&,
+                                const Kwargs&) override {
+    return reinterpret_cast<SoapySDR::Stream*>(this);
+  }
+  void closeStream(SoapySDR::Stream*) override { script.calls += "closed"; }
+  size_t getStreamMTU(SoapySDR::Stream*) const override { return 100; }
+  int readStream(SoapySDR::Stream*, void* const* buffers, size_t count, int&, long long&,
+                 long timeout_us) override {
+    if (script.throws) throw std::runtime_error("usb gone");
+    if (!script.codes.empty()) {
+      const int code = script.codes.front();
+      return script.codes.pop_front(), code;
+    }
+    if (script.unplugged || (timeout_us == 0 && script.waiting == 0)) return SOAPY_SDR_TIMEOUT;
+    for (size_t i = 0; i < 2 * count; i += 2, ++script.delivered) {
+      const double mhz = (script.delivered < script.stale ? old_hz_ : hz_) / 1e6;
+      const auto put = [=](auto* out) {
+        out[i] = static_cast<std::remove_reference_t<decltype(*out)>>(mhz);
+        out[i + 1] = 512;
+      };
+      if (script.format == SOAPY_SDR_CF32) put(static_cast<float*>(buffers[0]));
+      if (script.format == SOAPY_SDR_CS16) put(static_cast<int16_t*>(buffers[0]));
+    }
+    script.waiting -= std::min(script.waiting, count);
+    return static_cast<int>(count);
+  }
+  std::vector<std::string> listAntennas(int, size_t) const override { return {"RX", "HF"}; }
+  void setAntenna(int, size_t, const std::string& name) override { script.calls += name + " "; }
+  bool hasDCOffsetMode(int, size_t) const override { return true; }
+  void setDCOffsetMode(int, size_t, bool on) override { script.calls += on ? "dc " : "no dc "; }
+  std::vector<std::string> listGains(int, size_t) const override { return {"LNA", "IF"}; }
+  bool hasGainMode(int, size_t) const override { return true; }
+  void setGainMode(int, size_t, bool on) override { script.calls += on ? "auto " : "manual "; }
+  void setGain(int, size_t, double db) override { script.calls += std::to_string(int(db)) + " "; }
+  void setGain(int, size_t, const std::string& name, double db) override {
+    script.calls += name + std::to_string(static_cast<int>(db)) + " ";
+  }
+  SoapySDR::Range getGainRange(int, size_t, const std::string&) const override { return {0, 30}; }
+  void setFrequency(int, size_t, double hz, const Kwargs&) override {
+    if (script.throws) throw std::runtime_error("no lock");
+    old_hz_ = std::exchange(hz_, std::round(hz / script.step_hz) * script.step_hz);
+    script.delivered = 0;
+  }
+  double getFrequency(int, size_t) const override { return hz_; }
+  Ranges getFrequencyRange(int, size_t) const override { return {{24e6, 400e6}, {500e6, 1700e6}}; }
+  Ranges getSampleRateRange(int, size_t) const override { return {{225e3, 300e3}, {1e6, 1e6}}; }
+  double hz_ = 100e6, old_hz_ = 0.0;
+};
+
+inline const SoapySDR::Registry kDriver(
+    "scripted", [](const SoapySDR::Kwargs& device) { return SoapySDR::KwargsList{device}; },
+    [](const SoapySDR::Kwargs&) -> SoapySDR::Device* { return new ScriptedDevice; },
+    SOAPY_SDR_ABI_VERSION);
+
+}  // namespace pelagrim_host
