@@ -1,6 +1,7 @@
 # Live receivers by way of SoapySDR, which a build can do without.
 target_sources(pelagrim_host_lib PRIVATE
   gain_setting.cpp
+  offset_tuned_source.cpp
   $<IF:$<BOOL:${PELAGRIM_SOAPY}>,soapy_receiver.cpp,no_receiver.cpp>)
 if(PELAGRIM_SOAPY)
   find_package(PkgConfig REQUIRED)

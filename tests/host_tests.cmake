@@ -9,6 +9,7 @@ add_executable(host_test
   host_session_test.cpp
   host_text_test.cpp
   host_view_test.cpp
+  offset_tuned_source_test.cpp
   simulated_band_test.cpp)
 if(PELAGRIM_SOAPY)
   target_sources(host_test PRIVATE host_receiver_test.cpp)
