@@ -3,11 +3,16 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
+#include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <utility>
 
+#include "host/offset_tuned_source.h"
 #include "host/replayed_source.h"
+#include "host/signals.h"
+#include "host/soapy_receiver.h"
 #include "host/survey_clock.h"
 #include "host/survey_settings_file.h"
 
@@ -15,6 +20,7 @@ namespace pelagrim_host {
 namespace {
 
 constexpr double kSimulatedRateHz = 1e6;
+constexpr double kLiveRateHz = 2.4e6;  // what the usual receivers do, and a survey likes
 
 bool isStandardInput(const Options& options) {
   return options.source == "-";
@@ -59,6 +65,38 @@ std::unique_ptr<IqSource> openSimulatedBand(const Options& options, const std::s
   return std::make_unique<SimulatedBand>(simulatedBandConfig(options, settings));
 }
 
+/// A live receiver starts where a sweep does, else in the band's middle, unless told otherwise.
+std::unique_ptr<IqSource> openLive(const Options& options, const std::string& settings) {
+  const double rate_hz = options.sample_rate_hz.value_or(kLiveRateHz);
+  const double start_hz = findNumber(settings, "start").value_or(SimulatedBandConfig{}.low_hz);
+  const double stop_hz = findNumber(settings, "stop").value_or(SimulatedBandConfig{}.high_hz);
+  const double first_centre_hz =
+      asksToSweep(settings) ? start_hz + 0.5 * rate_hz : 0.5 * (start_hz + stop_hz);
+  return openReceiver({.device = options.device,
+                       .sample_rate_hz = rate_hz,
+                       .centre_hz = options.frequency_hz.value_or(first_centre_hz),
+                       .gain = options.gain,
+                       .antenna = options.antenna,
+                       .ppm = options.ppm,
+                       .bandwidth_hz = options.bandwidth_hz,
+                       .settle_seconds = options.settle_seconds,
+                       .stall_timeout_seconds = options.stall_timeout_seconds,
+                       .stop = stopRequested});
+}
+
+std::unique_ptr<IqSource> openTunable(const Options& options, const std::string& settings,
+                                      const RemarkSink& remark) {
+  auto source =
+      options.isSimulated() ? openSimulatedBand(options, settings) : openLive(options, settings);
+  if (options.lo_offset_hz == 0.0) return source;
+  const bool is_above = options.lo_offset_hz > 0.0;
+  remark(fmt::format(
+      "--lo-offset: the {} {} of every slice show what lies beyond its other edge, {} away",
+      is_above ? "lowest" : "highest", formatFrequency(std::abs(options.lo_offset_hz)),
+      formatFrequency(source->sampleRateHz())));
+  return std::make_unique<OffsetTunedSource>(std::move(source), options.lo_offset_hz);
+}
+
 }  // namespace
 
 SimulatedBandConfig simulatedBandConfig(const Options& options, const std::string& settings) {
@@ -79,7 +117,10 @@ SimulatedBandConfig simulatedBandConfig(const Options& options, const std::strin
 
 std::unique_ptr<IqSource> openSource(const Options& options, const std::string& settings,
                                      const RemarkSink& remark) {
-  if (options.source.empty()) return openSimulatedBand(options, settings);
+  if (options.source.empty()) return openTunable(options, settings, remark);
+  if (options.lo_offset_hz != 0.0) {
+    throw UsageError("--lo-offset: a recording cannot be tuned; leave the option out");
+  }
   if (options.plays == 1 && options.offset_seconds == 0.0) return openRaw(options, remark);
   if (options.plays != 1 && isStandardInput(options)) {
     throw UsageError("--loop: standard input cannot be played again; name a file");
@@ -107,7 +148,13 @@ int64_t startTimeMs(const Options& options, const IqSource& source) {
   return int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000 + offset_ms;
 }
 
+std::filesystem::path liveSurveyDirectory(const char* home) {
+  if (home == nullptr || *home == '\0') return ".";
+  return std::filesystem::path(home) / ".orvane" / "pelagrim";
+}
+
 std::string surveyDirectoryName(const Options& options) {
+  if (!options.device.empty()) return liveSurveyDirectory(std::getenv("HOME")).string();
   if (options.source.empty()) return "simulated-band.survey";
   if (isStandardInput(options)) return "standard-input.survey";
   return std::filesystem::path(options.source).stem().string() + ".survey";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -23,6 +24,11 @@ std::unique_ptr<IqSource> openSource(const Options& options, const std::string& 
 /// Unix time in milliseconds at which the source's first sample is taken to have been received: as
 /// the command line says, as the source knows, the age of a recording's file, else now.
 int64_t startTimeMs(const Options& options, const IqSource& source);
+
+/// Where a survey by a live receiver is kept: the directory that the plug-in has by itself, so that
+/// this host and a receiver with a screen go on with the same survey. `home`: HOME, null when
+/// unset.
+std::filesystem::path liveSurveyDirectory(const char* home);
 
 /// The survey directory of a source that was not given one, e.g. "evening.survey" for evening.cu8.
 std::string surveyDirectoryName(const Options& options);

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <system_error>
@@ -107,6 +108,58 @@ void addSourceOptions(CLI::App& app, Options& options) {
       ->type_name("N");
 }
 
+std::optional<double> parseUpToAMinute(std::string_view text) {
+  const auto value = parseNotNegative(text);
+  return value && *value <= 60.0 ? value : std::nullopt;
+}
+
+std::optional<double> parsePpm(std::string_view text) {
+  const auto value = parseQuantity(text);
+  return value && std::abs(*value) <= 1000.0 ? value : std::nullopt;
+}
+
+/// After the other options of a source, as a receiver rules some of them out.
+void addReceiverOptions(CLI::App& app, Options& options) {
+  auto* const device =
+      app.add_option("--device", options.device,
+                     "Survey with a live receiver, e.g. driver=rtlsdr (see --list-devices)")
+          ->type_name("ARGS");
+  for (const char* ruled_out :
+       {"SOURCE", "--format", "--offset", "--loop", "--start-time", "--simulate", "--seed"}) {
+    device->excludes(app.get_option(ruled_out));
+  }
+  app.add_flag("--list-devices", options.list_devices, "List the receivers found and end");
+  addParsed(app, "--gain", parseGain, options.gain, "a gain such as 32.8, auto or LNA=20,IF=8",
+            "In dB, \"auto\", or by stages such as LNA=20,IF=8; else the\ndriver's own choice")
+      ->type_name("GAIN")
+      ->needs(device);
+  app.add_option("--antenna", options.antenna, "The antenna socket, by the driver's name for it")
+      ->type_name("NAME")
+      ->needs(device);
+  addParsed(app, "--ppm", parsePpm, options.ppm, "a correction such as -1.5, at most 1000",
+            "How far the receiver's crystal runs fast, in millionths")
+      ->type_name("PPM")
+      ->needs(device);
+  addParsed(app, "--bandwidth", parsePositive, options.bandwidth_hz, "a bandwidth such as 2M",
+            "Width of the receiver's filter; else the driver's own choice")
+      ->type_name("HZ")
+      ->needs(device);
+  addParsed(app, "--lo-offset", parseQuantity, options.lo_offset_hz, "an offset such as 25k",
+            "Tune the receiver so far above the centre and shift digitally,\n"
+            "which moves its centre spike; may be negative")
+      ->type_name("HZ");
+  addParsed(app, "--settle", parseUpToAMinute, options.settle_seconds,
+            "a time in seconds such as 0.05, at most 60",
+            "Drop so much of the samples after every tune (usually 0.05)")
+      ->type_name("SECONDS")
+      ->needs(device);
+  addParsed(app, "--stall-timeout", parsePositive, options.stall_timeout_seconds,
+            "a time in seconds such as 5",
+            "Without samples for so long the receiver counts as gone (usually 5)")
+      ->type_name("SECONDS")
+      ->needs(device);
+}
+
 void addSurveyOptions(CLI::App& app, Options& options) {
   app.add_option("--dir", options.survey_dir,
                  "Directory of survey.cfg and survey.csv; else $ORVANE_SURVEY_DIR,\n"
@@ -140,7 +193,8 @@ void addRunOptions(CLI::App& app, Options& options) {
       ->type_name("SECONDS");
   app.add_flag_callback(
       "--no-tune", [&options] { options.may_tune = false; }, "Do not let the plug-in tune");
-  app.add_flag("--realtime", options.realtime, "Play no faster than the receiver would");
+  app.add_flag("--realtime", options.realtime, "Play no faster than the receiver would")
+      ->excludes(app.get_option("--device"));
   addParsed(app, "--block", countBetween<uint32_t>(1, kMostBlockSamples), options.block_samples,
             "a whole number from 1 to 16777216",
             "Samples to hand over at once (usually a twentieth of a second)")
@@ -184,6 +238,7 @@ std::variant<Options, std::string> parseOptions(int argc, const char* const* arg
     add(app, options);
   };
   inGroup("Source", addSourceOptions);
+  inGroup("Receiver", addReceiverOptions);
   inGroup("Survey", addSurveyOptions);
   inGroup("Run", addRunOptions);
   inGroup("Program", addProgramOptions);

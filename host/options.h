@@ -6,6 +6,7 @@
 #include <string>
 #include <variant>
 
+#include "host/gain_setting.h"
 #include "host/quantity_text.h"
 
 namespace pelagrim_host {
@@ -24,6 +25,16 @@ struct Options {
   std::optional<int64_t> start_unix_ms;
   std::optional<FrequencyRange> simulated_range;  ///< the simulated band; unset: the band surveyed
   uint64_t seed = 1;
+
+  // The receiver, where it is a live one.
+  std::string device;  ///< as SoapySDR writes it, "driver=rtlsdr"; empty: none
+  std::optional<GainSetting> gain;
+  std::string antenna;
+  double ppm = 0.0;
+  std::optional<double> bandwidth_hz;
+  double lo_offset_hz = 0.0;
+  double settle_seconds = 0.05;
+  double stall_timeout_seconds = 5.0;
 
   // Where and how to survey; written into survey.cfg.
   std::string survey_dir;  ///< empty: chosen by the source
@@ -46,6 +57,9 @@ struct Options {
   std::string plugin;  ///< empty: where it usually is
   bool show_plugin_info = false;
   bool list_stations = false;
+  bool list_devices = false;
+
+  bool isSimulated() const { return source.empty() && device.empty(); }
 };
 
 /// A command line that cannot be carried out. The line names the option and says what to do.

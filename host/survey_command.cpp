@@ -21,6 +21,7 @@
 #include "host/plugin_library.h"
 #include "host/quantity_text.h"
 #include "host/signals.h"
+#include "host/soapy_receiver.h"
 #include "host/survey_clock.h"
 #include "host/survey_session.h"
 #include "host/survey_settings_file.h"
@@ -97,7 +98,7 @@ SessionSettings sessionSettings(const Options& options, const std::filesystem::p
       return std::nullopt;  // the plug-in carries on without the file, too
     }
   };
-  if (options.source.empty() && !options.passes && !options.duration_seconds) {
+  if (options.isSimulated() && !options.passes && !options.duration_seconds) {
     session.passes = kSimulatedPasses;
   }
   return session;
@@ -139,6 +140,11 @@ void survey(const Options& options, const PluginLibrary& plugin) {
   SurveySession session(plugin, *source, services, clock, report, session_settings);
   const SessionResult result = session.run(stopRequested, takeRescanRequest);
 
+  if (const uint64_t lost = source->overflows(); lost > 0) {
+    report.warning(fmt::format(
+        "the receiver lost samples {} times, as they were not taken in time; lower --sample-rate",
+        lost));
+  }
   if (stopRequested()) report.note("stopped on request");
   if (result.samples == 0 && !stopRequested()) {
     throw SourceError(
@@ -159,6 +165,10 @@ void survey(const Options& options, const PluginLibrary& plugin) {
 }  // namespace
 
 void runCommand(const Options& options) {
+  if (options.list_devices) {
+    TextOutput(stdout).write(listReceivers());
+    return;
+  }
   if (options.list_stations) {
     const auto survey_dir = chooseSurveyDirectory(options, std::getenv(kDirectoryVariable),
                                                   surveyDirectoryName(options));

@@ -68,7 +68,7 @@ std::vector<SettingEdit> settingsForSource(const Options& options, const IqSourc
     const auto is_key = [key](const SettingEdit& edit) { return edit.key == key; };
     if (std::none_of(asked.begin(), asked.end(), is_key)) edits.push_back({key, value});
   };
-  if (options.source.empty()) set("dwell_seconds", formatNumber(kSimulatedDwellSeconds));
+  if (options.isSimulated()) set("dwell_seconds", formatNumber(kSimulatedDwellSeconds));
   // A band that the user gives limits what is kept of a recording, which takes a sweep.
   if (!source.canTune() && !options.band) {
     set("start", formatNumber(source.centreHz() - 0.5 * source.sampleRateHz()));
