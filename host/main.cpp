@@ -3,9 +3,11 @@
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include "host/options.h"
+#include "host/report/report_command.h"
 #include "host/signals.h"
 #include "host/survey_command.h"
 #include "host/text_output.h"
@@ -17,6 +19,10 @@ int main(int argc, char** argv) {
     TextOutput(stderr).write(fmt::format("pelagrim-survey: {}\n", failure.what()));
   };
   try {
+    if (argc > 1 && std::string_view(argv[1]) == "report") {
+      runReport(argc - 1, argv + 1);
+      return kDone;
+    }
     installSignalHandlers();
     const auto command = parseOptions(argc, argv);
     if (const auto* const text = std::get_if<std::string>(&command)) {

@@ -179,12 +179,13 @@ const BandRange* findBandRange(const std::vector<BandRange>& band_plan, double h
 
 SurveySettings parseSurveySettings(std::string_view text) {
   SurveySettings settings;
-  settings.start_hz = findNumber(text, "start");
-  settings.stop_hz = findNumber(text, "stop");
-  settings.threshold_db = findNumber(text, "threshold_db");
-  settings.dwell_seconds = findNumber(text, "dwell_seconds");
-  settings.raster_hz = findNumber(text, "raster_hz");
-  if (findSetting(text, "sweep")) settings.sweep = asksToSweep(text);
+  // The plug-in's defaults.
+  settings.start_hz = findNumber(text, "start").value_or(144e6);
+  settings.stop_hz = findNumber(text, "stop").value_or(146e6);
+  settings.threshold_db = findNumber(text, "threshold_db").value_or(12.0);
+  settings.dwell_seconds = findNumber(text, "dwell_seconds").value_or(20.0);
+  settings.raster_hz = findNumber(text, "raster_hz").value_or(5000.0);
+  settings.sweep = asksToSweep(text);
   return settings;
 }
 
@@ -194,8 +195,8 @@ std::filesystem::path surveyPlace(const std::string& named) {
     const char* const value = std::getenv(name);
     return std::filesystem::path(value == nullptr ? "" : value);
   };
-  if (const auto directory = variable("ORVANE_SURVEY_DIR"); !directory.empty()) return directory;
-  if (const auto home = variable("HOME"); !home.empty()) return home / ".orvane" / "pelagrim";
+  if (auto directory = variable("ORVANE_SURVEY_DIR"); !directory.empty()) return directory;
+  if (auto home = variable("HOME"); !home.empty()) return home / ".orvane" / "pelagrim";
   return ".";
 }
 
@@ -214,7 +215,7 @@ SurveyFiles readSurveyFiles(const std::filesystem::path& place) {
   if (std::filesystem::exists(directory / kBandPlanName, error)) {
     survey.band_plan = parseBandPlan(readText(directory / kBandPlanName));
   }
-  survey.settings = parseSurveySettings(readSettings(directory).value_or(""));
+  if (const auto text = readSettings(directory)) survey.settings = parseSurveySettings(*text);
   return survey;
 }
 

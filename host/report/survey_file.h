@@ -47,7 +47,8 @@ struct BandRange {
   std::string name;
 };
 
-/// What survey.cfg asks for; nothing where it does not say or holds no number.
+/// What survey.cfg asks for, with the plug-in's default for a key that it lacks; all empty when
+/// there is no such file.
 struct SurveySettings {
   std::optional<double> start_hz;
   std::optional<double> stop_hz;

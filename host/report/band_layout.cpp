@@ -1,0 +1,139 @@
+#include "host/report/band_layout.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace pelagrim_host {
+namespace {
+
+constexpr double kLeastSpanHz = 20e3;
+constexpr double kMargin = 0.01;  // of the span, on either side
+constexpr double kLevelStepDb = 10.0;
+
+FrequencyRange extent(const SurveyedChannel& channel) {
+  const double half_hz = 0.5 * std::max(channel.width_hz, 0.0);
+  return {channel.centre_hz - half_hz, channel.centre_hz + half_hz};
+}
+
+void widen(FrequencyRange& range, const FrequencyRange& other) {
+  range.low_hz = std::min(range.low_hz, other.low_hz);
+  range.high_hz = std::max(range.high_hz, other.high_hz);
+}
+
+FrequencyRange bandOf(const std::vector<ReportedChannel>& channels,
+                      const SurveySettings& settings) {
+  const bool has_band = settings.start_hz && settings.stop_hz &&
+                        *settings.start_hz < *settings.stop_hz && *settings.start_hz >= 0.0;
+  const FrequencyRange asked =
+      has_band ? FrequencyRange{*settings.start_hz, *settings.stop_hz} : FrequencyRange{0.0, 0.0};
+  if (channels.empty()) return has_band ? asked : FrequencyRange{0.0, kLeastSpanHz};
+  const auto is_in_band = [&](const ReportedChannel& reported) {
+    const double centre_hz = reported.channel.centre_hz;
+    return asked.low_hz <= centre_hz && centre_hz <= asked.high_hz;
+  };
+  const bool is_band_surveyed = std::any_of(channels.begin(), channels.end(), is_in_band);
+  FrequencyRange band = is_band_surveyed ? asked : extent(channels.front().channel);
+  for (const ReportedChannel& reported : channels) {
+    if (!is_band_surveyed || !is_in_band(reported)) widen(band, extent(reported.channel));
+  }
+  return band;
+}
+
+/// Which range names which stretch, with the rule that names channels: the first one that matches.
+std::vector<PlanStretch> planStrip(const std::vector<BandRange>& band_plan,
+                                   const FrequencyRange& span) {
+  std::vector<BandRange> near;
+  std::vector<size_t> index_of;
+  std::vector<double> edges;
+  for (size_t index = 0; index < band_plan.size(); ++index) {
+    const BandRange& range = band_plan[index];
+    if (range.high_hz < span.low_hz || range.low_hz > span.high_hz) continue;
+    near.push_back(range);
+    index_of.push_back(index);
+    edges.push_back(range.low_hz);
+    edges.push_back(range.high_hz);
+  }
+  std::sort(edges.begin(), edges.end());
+  edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+
+  std::vector<PlanStretch> strip;
+  const auto add = [&](double low_hz, double high_hz, double inside_hz) {
+    const BandRange* const range = findBandRange(near, inside_hz);
+    if (range == nullptr) return;
+    const size_t index = index_of[static_cast<size_t>(range - near.data())];
+    const bool continues =
+        !strip.empty() && strip.back().range == index && strip.back().high_hz == low_hz;
+    if (continues) {
+      strip.back().high_hz = high_hz;
+    } else {
+      strip.push_back({low_hz, high_hz, index});
+    }
+  };
+  for (size_t edge = 0; edge < edges.size(); ++edge) {
+    if (edge > 0) add(edges[edge - 1], edges[edge], 0.5 * (edges[edge - 1] + edges[edge]));
+    const BandRange* const at = findBandRange(near, edges[edge]);
+    if (at != nullptr && at->low_hz == at->high_hz) add(edges[edge], edges[edge], edges[edge]);
+  }
+  return strip;
+}
+
+}  // namespace
+
+const std::vector<std::string>& activityShades() {
+  static const std::vector<std::string> shades = {"#deba42", "#b0b53d", "#7dad49", "#40a35c",
+                                                  "#039170", "#007c76", "#076974", "#04566f",
+                                                  "#02426d", "#0f2677", "#230863"};
+  return shades;
+}
+
+double overFloorDb(const SurveyedChannel& channel) {
+  const double over_db = channel.peak_db - channel.floor_db;
+  return std::isfinite(over_db) ? std::max(over_db, 0.0) : 0.0;
+}
+
+BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
+                      const std::vector<BandRange>& band_plan, const SurveySettings& settings) {
+  BandLayout layout;
+  layout.band = bandOf(channels, settings);
+  layout.span = layout.band;
+  double top_db = 2.0 * kLevelStepDb;
+  for (const auto& [channel, change, old_hits, old_looks] : channels) {
+    widen(layout.span, extent(channel));
+    top_db = std::max(top_db, overFloorDb(channel));
+    if (channel.first_unix_ms <= 0 || channel.last_unix_ms < channel.first_unix_ms) continue;
+    const bool is_first = layout.first_unix_ms == 0;
+    layout.first_unix_ms =
+        is_first ? channel.first_unix_ms : std::min(layout.first_unix_ms, channel.first_unix_ms);
+    layout.last_unix_ms = std::max(layout.last_unix_ms, channel.last_unix_ms);
+  }
+  layout.top_db = kLevelStepDb * std::ceil(top_db / kLevelStepDb);
+  const double width_hz = layout.span.high_hz - layout.span.low_hz;
+  const double margin_hz = std::max(kMargin * width_hz, 0.5 * (kLeastSpanHz - width_hz));
+  layout.span.low_hz -= margin_hz;
+  layout.span.high_hz += margin_hz;
+  layout.strip = planStrip(band_plan, layout.span);
+
+  const PictureMeasures& at = layout.measures;
+  const double time_span =
+      static_cast<double>(layout.last_unix_ms) - static_cast<double>(layout.first_unix_ms);
+  const auto time_y = [&](int64_t unix_ms) {
+    const double since = static_cast<double>(unix_ms) - static_cast<double>(layout.first_unix_ms);
+    const double part = time_span > 0.0 ? since / time_span : 0.0;
+    return at.time_top + part * (at.time_bottom - at.least_mark - at.time_top);
+  };
+  for (const auto& [channel, change, old_hits, old_looks] : channels) {
+    ChannelMark mark;
+    const double height = overFloorDb(channel) / layout.top_db * (at.level_bottom - at.level_top);
+    mark.top = at.level_bottom - std::max(height, at.least_mark);
+    if (channel.first_unix_ms > 0 && channel.last_unix_ms >= channel.first_unix_ms) {
+      mark.time_begin = time_y(channel.first_unix_ms);
+      mark.time_end = time_y(channel.last_unix_ms) + at.least_mark;
+    }
+    const double steps = static_cast<double>(activityShades().size() - 1);
+    mark.shade = static_cast<size_t>(std::lround(channel.activity() * steps));
+    layout.marks.push_back(mark);
+  }
+  return layout;
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/quantity_text.h"
+#include "host/report/survey_change.h"
+#include "host/report/survey_file.h"
+
+namespace pelagrim_host {
+
+/// The fixed measures of the picture, in pixels from its top left corner. From top to bottom: the
+/// band plan, levels over frequency, the frequency axis, times over frequency.
+struct PictureMeasures {
+  double left = 76.0;  ///< where the frequency axis begins; the scales stand before it
+  double right = 14.0;
+  double strip_top = 2.0;
+  double strip_bottom = 24.0;
+  double level_top = 46.0;  ///< leaves room for the label of the highest mark
+  double level_bottom = 250.0;
+  double time_top = 290.0;
+  double time_bottom = 390.0;
+  double height = 408.0;
+  double least_mark = 3.0;       ///< a mark is at least so wide and so high
+  double wide_mark = 24.0;       ///< one that is wider is drawn translucent
+  double character_width = 6.3;  ///< of the labels, about
+  double label_height = 12.0;
+  double tick_distance = 85.0;  ///< between frequencies on the axis, about
+};
+
+/// A stretch of the strip: the range of the band plan that names what lies in it.
+struct PlanStretch {
+  double low_hz;
+  double high_hz;
+  size_t range;  ///< index into the band plan
+};
+
+/// A channel in the picture: its height, its colour and its stretch of time. Where it lies from
+/// left to right follows from its frequencies and from the part of the band that is looked at.
+struct ChannelMark {
+  double top = 0.0;
+  double time_begin = 0.0;  ///< both 0 when it has no times
+  double time_end = 0.0;
+  size_t shade = 0;  ///< index into activityShades()
+};
+
+/// Everything about the picture that does not depend on how wide it is and what part of the band it
+/// shows: the page, which zooms, and the plain picture are both drawn from it.
+struct BandLayout {
+  PictureMeasures measures;
+  FrequencyRange band;        ///< what the title names
+  FrequencyRange span;        ///< the band with every signal whole, and a margin
+  double top_db = 0.0;        ///< the level over the floor at level_top
+  int64_t first_unix_ms = 0;  ///< both 0 when no channel has times
+  int64_t last_unix_ms = 0;
+  std::vector<PlanStretch> strip;
+  std::vector<ChannelMark> marks;  ///< one for each channel, in their order
+};
+
+/// Colours for how often a channel was seen, from never to always: even steps in lightness, light
+/// to dark, so that they read in grey, on paper and for the colour-blind; drawn along an arc of
+/// hues in OKLCH (Ottosson, 2020).
+const std::vector<std::string>& activityShades();
+
+/// The level of a channel over its floor, at least 0; 0 when either is not a number.
+double overFloorDb(const SurveyedChannel& channel);
+
+/// Lays the picture out. The band is that of the settings where a signal lies in it or there is
+/// none at all, and what the channels span otherwise.
+BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
+                      const std::vector<BandRange>& band_plan, const SurveySettings& settings);
+
+}  // namespace pelagrim_host

@@ -1,0 +1,257 @@
+#include "host/report/band_svg.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <ctime>
+#include <iterator>
+#include <numeric>
+#include <string_view>
+
+#include "host/report/display_text.h"
+
+namespace pelagrim_host {
+namespace {
+
+constexpr double kWidth = 1200.0;
+constexpr double kHeadHeight = 34.0;  // the title, above the picture
+constexpr double kFootHeight = 26.0;  // the legend, below it
+
+constexpr const char* kStyle =
+    "text{font:11.5px system-ui,'DejaVu Sans',sans-serif;fill:#1b1f24}"
+    ".soft{fill:#59636e}.grid{stroke:#d1d9e0}.axis{stroke:#59636e}"
+    ".plan{fill:#e7edf3;stroke:#8c959f;stroke-width:.75}.other{fill:#f6f1e4}"
+    ".mark{stroke-width:0}.wide{fill-opacity:.6;stroke-width:1.5}"
+    ".new{stroke:#1b1f24;stroke-width:1.75}"
+    ".gone{fill-opacity:0;stroke:#1b1f24;stroke-width:1.25;stroke-dasharray:3 2}"
+    ".label{text-anchor:middle;paint-order:stroke;stroke:#fff;stroke-width:3px}"
+    ".title{font-size:17px;font-weight:600}.end{text-anchor:end}.middle{text-anchor:middle}";
+
+std::tm localTime(int64_t unix_ms) {
+  const auto seconds = static_cast<std::time_t>(unix_ms / 1000);
+  std::tm local = {};
+  localtime_r(&seconds, &local);
+  return local;
+}
+
+class Drawing {
+ public:
+  explicit Drawing(const ReportData& report) : report_(report), at_(report.layout.measures) {}
+
+  std::string finish() {
+    add(R"(<svg xmlns="http://www.w3.org/2000/svg" width="{0}" height="{1}" viewBox="0 -{2} {0} {1}" )"
+        R"(role="img"><style>{3}</style><rect y="-{2}" width="{0}" height="{1}" fill="#fff"/>)",
+        kWidth, at_.height + kHeadHeight + kFootHeight, kHeadHeight, kStyle);
+    drawTitle();
+    drawScales();
+    drawStrip();
+    drawMarks();
+    drawAxis();
+    drawLabels();
+    drawLegend();
+    add("</svg>\n");
+    return std::move(out_);
+  }
+
+ private:
+  template <typename... Values>
+  void add(fmt::format_string<Values...> format, Values&&... values) {
+    fmt::format_to(std::back_inserter(out_), format, std::forward<Values>(values)...);
+  }
+  void text(double x, double y, std::string_view style, std::string_view words) {
+    add(R"(<text x="{:.1f}" y="{:.1f}" class="{}">{}</text>)", x, y, style, markupText(words));
+  }
+  void line(std::string_view style, double x1, double y1, double x2, double y2) {
+    add(R"(<path class="{}" d="M{:.1f} {:.1f}L{:.1f} {:.1f}"/>)", style, x1, y1, x2, y2);
+  }
+
+  double plotWidth() const { return kWidth - at_.left - at_.right; }
+  double xOf(double hz) const {
+    const auto& [low_hz, high_hz] = report_.layout.span;
+    return at_.left + (hz - low_hz) / (high_hz - low_hz) * plotWidth();
+  }
+
+  void drawTitle() {
+    const auto is_gone = [](const ReportedChannel& one) { return one.change == Change::kGone; };
+    const auto& channels = report_.channels;
+    const auto count = channels.size() - static_cast<size_t>(std::count_if(
+                                             channels.begin(), channels.end(), is_gone));
+    const FrequencyRange& band = report_.layout.band;
+    const std::string title = fmt::format("{:.3f}\u2013{:.3f} MHz, {} channel{}", band.low_hz / 1e6,
+                                          band.high_hz / 1e6, count, count == 1 ? "" : "s");
+    add("<title>{}</title>", title);
+    text(12.0, 22.0 - kHeadHeight, "title", title);
+    const auto& layout = report_.layout;
+    if (layout.first_unix_ms == 0) return;
+    text(kWidth - at_.right, 22.0 - kHeadHeight, "soft end",
+         fmt::format("{:%Y-%m-%d %H:%M:%S} to {:%Y-%m-%d %H:%M:%S %Z}",
+                     localTime(layout.first_unix_ms), localTime(layout.last_unix_ms)));
+  }
+
+  void drawScales() {
+    const double right = kWidth - at_.right;
+    const double top_db = report_.layout.top_db;
+    const double step_db = top_db > 60.0 ? 20.0 : 10.0;
+    for (int step = 0; step * step_db <= top_db; ++step) {
+      const double db = step * step_db;
+      const double y = at_.level_bottom - db / top_db * (at_.level_bottom - at_.level_top);
+      line("grid", at_.left, y, right, y);
+      text(at_.left - 6.0, y + 4.0, "soft end", fmt::format("{:.0f}", db));
+    }
+    add(R"svg(<text class="soft middle" transform="translate(30 {:.1f}) rotate(-90)">)svg"
+        "relative dB over floor</text>",
+        0.5 * (at_.level_top + at_.level_bottom));
+    const auto& [first_unix_ms, last_unix_ms] =
+        std::pair(report_.layout.first_unix_ms, report_.layout.last_unix_ms);
+    if (first_unix_ms == 0) return;
+    const int most_halves = first_unix_ms == last_unix_ms ? 0 : 2;
+    for (int halves = 0; halves <= most_halves; ++halves) {
+      const double y = at_.time_top + 0.5 * halves * (at_.time_bottom - at_.time_top);
+      const std::tm local = localTime(first_unix_ms + (last_unix_ms - first_unix_ms) / 2 * halves);
+      line("grid", at_.left, y, right, y);
+      text(at_.left - 6.0, y - 1.0, "soft end", fmt::format("{:%Y-%m-%d}", local));
+      text(at_.left - 6.0, y + 11.0, "soft end", fmt::format("{:%H:%M:%S}", local));
+    }
+  }
+
+  void drawStrip() {
+    bool is_other = false;
+    for (const PlanStretch& stretch : report_.layout.strip) {
+      const double left = std::max(xOf(stretch.low_hz), at_.left);
+      const double right = std::min(xOf(stretch.high_hz), kWidth - at_.right);
+      const double width = std::max(right - left, at_.least_mark);
+      const std::string name = displayText(report_.band_plan[stretch.range].name);
+      add(R"(<rect class="plan{}" x="{:.1f}" y="{}" width="{:.1f}" height="{}"><title>{}</title></rect>)",
+          is_other ? " other" : "", left, at_.strip_top, width, at_.strip_bottom - at_.strip_top,
+          markupText(name));
+      is_other = !is_other;
+      if (static_cast<double>(name.size()) * at_.character_width > width - 10.0) continue;
+      text(left + 5.0, at_.strip_top + 15.0, "", name);
+    }
+  }
+
+  void drawMarks() {
+    // The wide first, so that what lies upon them is drawn upon them.
+    std::vector<size_t> order(report_.channels.size());
+    std::iota(order.begin(), order.end(), size_t{0});
+    std::stable_sort(order.begin(), order.end(), [this](size_t left, size_t right) {
+      return report_.channels[left].channel.width_hz > report_.channels[right].channel.width_hz;
+    });
+    for (const size_t index : order) {
+      const auto& [channel, change, old_hits, old_looks] = report_.channels[index];
+      const ChannelMark& mark = report_.layout.marks[index];
+      const double half_hz = 0.5 * std::max(channel.width_hz, 0.0);
+      const double low = xOf(channel.centre_hz - half_hz);
+      const double high = xOf(channel.centre_hz + half_hz);
+      const double width = std::max(high - low, at_.least_mark);
+      const auto rectangle = [&, left = 0.5 * (low + high - width)](double top, double bottom) {
+        add(R"(<rect class="mark{}{}" x="{:.1f}" y="{:.1f}" width="{:.1f}" height="{:.1f}" fill="{}" stroke="{}"/>)",
+            width > at_.wide_mark ? " wide" : "",
+            change == Change::kNew    ? " new"
+            : change == Change::kGone ? " gone"
+                                      : "",
+            left, top, width, bottom - top, activityShades()[mark.shade],
+            activityShades()[mark.shade]);
+      };
+      rectangle(mark.top, at_.level_bottom);
+      if (mark.time_end > 0.0) rectangle(mark.time_begin, mark.time_end);
+    }
+  }
+
+  void drawAxis() {
+    const auto& [low_hz, high_hz] = report_.layout.span;
+    const double rough_hz = (high_hz - low_hz) / (plotWidth() / at_.tick_distance);
+    const double power_hz = std::pow(10.0, std::floor(std::log10(rough_hz)));
+    double step_hz = 10.0 * power_hz;
+    for (const double factor : {5.0, 2.0, 1.0}) {
+      if (factor * power_hz >= rough_hz) step_hz = factor * power_hz;
+    }
+    const int digits = std::clamp(6 - static_cast<int>(std::floor(std::log10(step_hz))), 0, 6);
+    line("axis", at_.left, at_.level_bottom, kWidth - at_.right, at_.level_bottom);
+    const double first = std::ceil(low_hz / step_hz);
+    for (int tick = 0; (first + tick) * step_hz <= high_hz; ++tick) {
+      const double hz = (first + tick) * step_hz;
+      line("axis", xOf(hz), at_.level_bottom, xOf(hz), at_.level_bottom + 5.0);
+      text(xOf(hz), at_.level_bottom + 18.0, "middle", fmt::format("{:.{}f}", hz / 1e6, digits));
+    }
+    text(at_.left - 6.0, at_.level_bottom + 18.0, "soft end", "MHz");
+  }
+
+  /// Frequencies over the marks, the most active first: where no other label stands and no other
+  /// mark rises behind.
+  void drawLabels() {
+    struct Label {
+      double x;
+      double y;
+      double half_width;
+    };
+    std::vector<Label> placed;
+    const std::vector<double> skyline = narrowMarksSkyline();
+    std::vector<size_t> order(report_.channels.size());
+    std::iota(order.begin(), order.end(), size_t{0});
+    std::stable_sort(order.begin(), order.end(), [this](size_t left, size_t right) {
+      return report_.channels[left].channel.activity() > report_.channels[right].channel.activity();
+    });
+    for (const size_t index : order) {
+      const std::string words =
+          fmt::format("{:.4f}", report_.channels[index].channel.centre_hz / 1e6);
+      const double half = 0.5 * static_cast<double>(words.size()) * at_.character_width + 2.0;
+      const double x = std::clamp(xOf(report_.channels[index].channel.centre_hz), at_.left + half,
+                                  kWidth - half);
+      const double y = report_.layout.marks[index].top - 4.0;
+      const auto meets = [&](const Label& other) {
+        return std::abs(other.x - x) < other.half_width + half &&
+               std::abs(other.y - y) < at_.label_height;
+      };
+      const auto behind = skyline.begin() + static_cast<ptrdiff_t>(x - half);
+      const double highest = *std::min_element(behind, behind + static_cast<ptrdiff_t>(2.0 * half));
+      if (highest < y || std::any_of(placed.begin(), placed.end(), meets)) continue;
+      placed.push_back({x, y, half});
+      text(x, y, "label", words);
+    }
+  }
+
+  /// For each column of pixels where the highest mark ends that is not translucent.
+  std::vector<double> narrowMarksSkyline() const {
+    std::vector<double> skyline(static_cast<size_t>(kWidth) + 1, at_.level_bottom);
+    for (size_t index = 0; index < report_.channels.size(); ++index) {
+      const SurveyedChannel& channel = report_.channels[index].channel;
+      const double half_hz = 0.5 * std::max(channel.width_hz, 0.0);
+      const double low = xOf(channel.centre_hz - half_hz);
+      const double high = xOf(channel.centre_hz + half_hz);
+      if (high - low > at_.wide_mark) continue;
+      for (double x = std::max(low - 1.0, 0.0); x <= std::min(high + 1.0, kWidth); x += 1.0) {
+        double& top = skyline[static_cast<size_t>(x)];
+        top = std::min(top, report_.layout.marks[index].top);
+      }
+    }
+    return skyline;
+  }
+
+  void drawLegend() {
+    const double y = at_.height + 4.0;
+    double x = at_.left;
+    text(x, y + 10.0, "soft", "seen in 0 %");
+    x += 70.0;
+    for (const std::string& shade : activityShades()) {
+      add(R"(<rect x="{}" y="{}" width="10" height="12" fill="{}"/>)", x, y, shade);
+      x += 10.0;
+    }
+    text(x + 6.0, y + 10.0, "soft", "100 % of looks");
+    if (report_.is_compared) text(x + 120.0, y + 10.0, "soft", "thick outline: new, dashed: gone");
+  }
+
+  const ReportData& report_;
+  const PictureMeasures& at_;
+  std::string out_;
+};
+
+}  // namespace
+
+std::string bandSvg(const ReportData& report) {
+  return Drawing(report).finish();
+}
+
+}  // namespace pelagrim_host

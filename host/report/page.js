@@ -1,0 +1,564 @@
+'use strict';
+(() => {
+  const data = JSON.parse(document.getElementById('survey').textContent);
+  const at = data.measures;
+  const find = (id) => document.getElementById(id);
+
+  // ---- Channels ----------------------------------------------------------------------------------
+  const channels = data.channels.map((values, index) => {
+    const channel = { index };
+    data.columns.forEach((name, column) => { channel[name] = values[column]; });
+    channel.low = channel.centre - Math.max(channel.width, 0) / 2;
+    channel.high = channel.centre + Math.max(channel.width, 0) / 2;
+    channel.activity = channel.hits / channel.looks;
+    channel.over = channel.peak === null || channel.floor === null ? null : channel.peak - channel.floor;
+    channel.kindText = data.kinds[channel.kind];
+    channel.bandText = channel.band < 0 ? '' : data.plan[channel.band];
+    channel.changeText = data.changes[channel.change];
+    return channel;
+  });
+  const byCentre = channels.slice().sort((a, b) => a.centre - b.centre);
+
+  // ---- Text --------------------------------------------------------------------------------------
+  const missing = '–';
+  const mhz = (hz, digits = 4) => (hz / 1e6).toFixed(digits);
+  const khz = (hz) => (hz / 1e3).toFixed(1);
+  const decibel = (db) => (db === null ? missing : db.toFixed(1));
+  const percent = (part) => `${Math.round(100 * part)} %`;
+  const two = (number) => String(number).padStart(2, '0');
+
+  const hasTime = (ms) => ms > 0 && ms <= 8.64e15;
+  function offsetText(ms) {
+    const minutes = -new Date(ms).getTimezoneOffset();
+    const size = Math.abs(minutes);
+    return `UTC${minutes < 0 ? '−' : '+'}${two(Math.floor(size / 60))}:${two(size % 60)}`;
+  }
+  // Between summer and winter the offset is part of each time, otherwise it is said once.
+  const offsets = new Set(channels.flatMap((c) => [c.first, c.last]).filter(hasTime).map(offsetText));
+  const offsetsDiffer = offsets.size > 1;
+  const zoneName = Intl.DateTimeFormat().resolvedOptions().timeZone || 'local time';
+  const zoneText = offsets.size === 1 && zoneName !== 'UTC' ? `${zoneName}, ${[...offsets][0]}` : zoneName;
+  const dateText = (d) => `${d.getFullYear()}-${two(d.getMonth() + 1)}-${two(d.getDate())}`;
+  const clockText = (d) => `${two(d.getHours())}:${two(d.getMinutes())}:${two(d.getSeconds())}`;
+  function timeText(ms) {
+    if (!hasTime(ms)) return missing;
+    const date = new Date(ms);
+    return `${dateText(date)} ${clockText(date)}${offsetsDiffer ? ` ${offsetText(ms)}` : ''}`;
+  }
+  const sentence = (c) => [
+    `${mhz(c.centre)} MHz`, c.kindText, `${khz(c.width)} kHz wide`,
+    `${c.over === null ? missing : c.over.toFixed(0)} dB over floor`, `seen in ${c.hits} of ${c.looks} looks`,
+    c.bandText, c.changeText,
+  ].filter(Boolean).join(', ');
+
+  // ---- Elements; text goes in as text alone -----------------------------------------------------
+  function element(name, attributes = {}, text = undefined, parent = undefined) {
+    const made = document.createElement(name);
+    for (const [key, value] of Object.entries(attributes)) made.setAttribute(key, value);
+    if (text !== undefined) made.textContent = text;
+    if (parent) parent.append(made);
+    return made;
+  }
+  function shape(name, attributes, parent, text = undefined) {
+    const made = document.createElementNS('http://www.w3.org/2000/svg', name);
+    for (const [key, value] of Object.entries(attributes)) made.setAttribute(key, value);
+    if (text !== undefined) made.textContent = text;
+    if (parent) parent.append(made);
+    return made;
+  }
+
+  // ---- Heading -----------------------------------------------------------------------------------
+  const counted = (number, what) => `${number} ${what}${number === 1 ? '' : 's'}`;
+  const known = channels.filter((c) => c.changeText !== 'gone').length;
+  const title = `${mhz(data.band[0], 3)}–${mhz(data.band[1], 3)} MHz, ${counted(known, 'channel')}`;
+  find('title').textContent = title;
+  document.title = `${title} – band survey`;
+  find('time-span').textContent = data.times[0] > 0
+    ? `Seen from ${timeText(data.times[0])} to ${timeText(data.times[1])} (${zoneText})`
+    : 'The survey had no clock, so nothing is known about times.';
+  for (const [name, value] of data.settings) {
+    const pair = element('div', {}, undefined, find('settings'));
+    element('dt', {}, name, pair);
+    element('dd', {}, value, pair);
+  }
+  find('remarks').hidden = data.remarks.length === 0;
+  for (const remark of data.remarks) element('li', {}, remark, find('remarks'));
+
+  // ---- Picture: everything that does not move is drawn once --------------------------------------
+  const picture = find('picture');
+  picture.setAttribute('aria-label', `Picture of the band: ${title}`);
+  const svg = shape('svg', { 'aria-hidden': 'true', height: at.height }, picture);
+  const clip = shape('rect', { x: at.left, y: 0, height: at.height }, shape('clipPath', { id: 'clip' }, svg));
+  const layer = (attributes = {}) => shape('g', attributes, svg);
+  const scales = layer();
+  const strip = layer();
+  const marks = layer({ 'clip-path': 'url(#clip)' });
+  const axis = layer();
+  const labels = layer();
+  const brush = shape('rect', { class: 'brush', y: at.level_top, height: at.time_bottom - at.level_top, visibility: 'hidden' }, svg);
+
+  // The wide first, so that what lies upon them is drawn upon them.
+  const inDrawingOrder = channels.slice().sort((a, b) => b.width - a.width);
+  for (const channel of inDrawingOrder) {
+    const fill = data.shades[channel.shade];
+    channel.level = shape('rect', { class: 'mark', y: channel.top, height: at.level_bottom - channel.top, fill, stroke: fill }, marks);
+    channel.time = channel.time_end > 0
+      ? shape('rect', { class: 'mark', y: channel.time_begin, height: channel.time_end - channel.time_begin, fill, stroke: fill }, marks)
+      : null;
+    for (const mark of [channel.level, channel.time]) {
+      if (mark && ['new', 'gone'].includes(channel.changeText)) mark.classList.add(channel.changeText);
+    }
+  }
+
+  function drawScales(width) {
+    scales.replaceChildren();
+    const right = width - at.right;
+    const step = data.top_db > 60 ? 20 : 10;
+    for (let db = 0; db <= data.top_db; db += step) {
+      const y = at.level_bottom - (db / data.top_db) * (at.level_bottom - at.level_top);
+      shape('line', { class: 'grid', x1: at.left, x2: right, y1: y, y2: y }, scales);
+      shape('text', { x: at.left - 6, y: y + 4, 'text-anchor': 'end', class: 'soft' }, scales, String(db));
+    }
+    const middle = (at.level_top + at.level_bottom) / 2;
+    shape('text', { x: 0, y: 0, 'text-anchor': 'middle', class: 'soft', transform: `translate(30 ${middle}) rotate(-90)` },
+      scales, 'relative dB over floor');
+    if (data.times[0] <= 0) return;
+    const isShort = data.times[1] - data.times[0] < 10000;
+    const parts = data.times[0] === data.times[1] ? [0] : [0, 0.5, 1];
+    for (const part of parts) {
+      const y = at.time_top + part * (at.time_bottom - at.time_top);
+      const date = new Date(data.times[0] + part * (data.times[1] - data.times[0]));
+      shape('line', { class: 'grid', x1: at.left, x2: right, y1: y, y2: y }, scales);
+      shape('text', { x: at.left - 6, y: y - 1, 'text-anchor': 'end', class: 'soft' }, scales, dateText(date));
+      shape('text', { x: at.left - 6, y: y + 11, 'text-anchor': 'end', class: 'soft' }, scales,
+        clockText(date) + (isShort ? `.${String(date.getMilliseconds()).padStart(3, '0')}` : ''));
+    }
+  }
+
+  // ---- Picture: what depends on the part of the band that is shown ------------------------------
+  const leastSpan = 1000;
+  let view = { low: data.span[0], high: data.span[1] };
+  let pictureWidth = 0;
+  let picked = null;
+  let hovered = null;
+  const plotWidth = () => Math.max(pictureWidth - at.left - at.right, 1);
+  const xOf = (hz) => at.left + ((hz - view.low) / (view.high - view.low)) * plotWidth();
+  const hzOf = (x) => view.low + ((x - at.left) / plotWidth()) * (view.high - view.low);
+  const isInView = (c) => c.high >= view.low && c.low <= view.high;
+  const fits = (text, width) => text.length * at.character_width <= width;
+
+  function tickStep(span, count) {
+    const rough = span / Math.max(count, 1);
+    const power = 10 ** Math.floor(Math.log10(rough));
+    return power * [1, 2, 5, 10].find((factor) => factor * power >= rough);
+  }
+
+  function drawAxis() {
+    axis.replaceChildren();
+    const right = pictureWidth - at.right;
+    shape('line', { class: 'axis', x1: at.left, x2: right, y1: at.level_bottom, y2: at.level_bottom }, axis);
+    const step = tickStep(view.high - view.low, plotWidth() / at.tick_distance);
+    const digits = Math.max(0, Math.min(6, 6 - Math.floor(Math.log10(step))));
+    for (let tick = Math.ceil(view.low / step); tick * step <= view.high; tick += 1) {
+      const x = xOf(tick * step);
+      shape('line', { class: 'axis', x1: x, x2: x, y1: at.level_bottom, y2: at.level_bottom + 5 }, axis);
+      const text = mhz(tick * step, digits);
+      if (x + (text.length * at.character_width) / 2 > pictureWidth) continue;
+      shape('text', { x, y: at.level_bottom + 18, 'text-anchor': 'middle' }, axis, text);
+    }
+    shape('text', { x: at.left - 6, y: at.level_bottom + 18, 'text-anchor': 'end', class: 'soft' }, axis, 'MHz');
+  }
+
+  function drawStrip() {
+    strip.replaceChildren();
+    const height = at.strip_bottom - at.strip_top;
+    shape('text', { x: at.left - 6, y: at.strip_top + 15, 'text-anchor': 'end', class: 'soft' }, strip, data.strip.length ? 'Band plan' : '');
+    data.strip.forEach(([low, high, range], index) => {
+      if (high < view.low || low > view.high) return;
+      const left = Math.max(xOf(low), at.left);
+      const width = Math.max(Math.min(xOf(high), pictureWidth - at.right) - left, at.least_mark);
+      const box = shape('rect', { class: index % 2 ? 'plan other' : 'plan', x: left, y: at.strip_top, width, height }, strip);
+      const name = data.plan[range];
+      shape('title', {}, box, name);
+      const room = Math.floor((width - 10) / at.character_width);
+      if (room < 3) return;
+      const text = fits(name, width - 10) ? name : `${[...name].slice(0, room - 1).join('')}…`;
+      shape('text', { x: left + 5, y: at.strip_top + 15, 'pointer-events': 'none' }, strip, text);
+    });
+  }
+
+  function placeMarks() {
+    for (const channel of channels) {
+      const isShown = isInView(channel);
+      const left = xOf(channel.low);
+      const right = xOf(channel.high);
+      const width = Math.max(right - left, at.least_mark);
+      const x = (left + right - width) / 2;
+      for (const mark of [channel.level, channel.time]) {
+        if (!mark) continue;
+        mark.style.display = isShown ? '' : 'none';
+        if (!isShown) continue;
+        mark.setAttribute('x', x.toFixed(2));
+        mark.setAttribute('width', width.toFixed(2));
+        mark.classList.toggle('wide', width > at.wide_mark);
+      }
+    }
+  }
+
+  const symbolOf = { new: '+', gone: '×', 'more often': '▲', 'less often': '▼' };
+  /** Frequencies over the marks: where no other label stands and no other mark rises behind. */
+  function drawLabels() {
+    labels.replaceChildren();
+    const boxes = [];
+    const skyline = new Array(Math.ceil(pictureWidth) + 1).fill(at.level_bottom);
+    for (const channel of channels) {
+      if (!isInView(channel)) continue;
+      const [from, to] = [xOf(channel.low), xOf(channel.high)];
+      if (to - from > at.wide_mark) continue;
+      for (let x = Math.max(Math.floor(from) - 1, 0); x <= to + 1; x += 1) skyline[x] = Math.min(skyline[x] ?? 0, channel.top);
+    }
+    const isHidden = (from, to, bottom) => {
+      for (let x = Math.floor(from); x <= to; x += 1) if (skyline[x] < bottom) return true;
+      return false;
+    };
+    const first = (c) => (c === picked ? 0 : c.change > 0 ? 1 : 2);
+    const wanted = channels.filter((c) => isInView(c) && passes(c))
+      .sort((a, b) => first(a) - first(b) || b.activity - a.activity || (b.over ?? 0) - (a.over ?? 0));
+    for (const channel of wanted) {
+      const text = `${symbolOf[channel.changeText] ?? ''}${mhz(channel.centre)}`;
+      const half = (text.length * at.character_width) / 2 + 2;
+      const x = Math.min(Math.max(xOf(channel.centre), at.left + half), pictureWidth - half);
+      const bottom = channel.top - 4;
+      const meets = (box) => Math.abs(box.x - x) < box.half + half && Math.abs(box.bottom - bottom) < at.label_height;
+      if (boxes.some(meets) || (channel !== picked && isHidden(x - half, x + half, bottom))) continue;
+      boxes.push({ x, half, bottom });
+      shape('text', { class: channel === picked ? 'label picked' : 'label', x, y: bottom }, labels, text);
+    }
+  }
+
+  function draw() {
+    svg.setAttribute('width', pictureWidth);
+    svg.setAttribute('viewBox', `0 0 ${pictureWidth} ${at.height}`);
+    clip.setAttribute('width', plotWidth());
+    drawScales(pictureWidth);
+    drawStrip();
+    drawAxis();
+    placeMarks();
+    drawLabels();
+    find('view').textContent = `${mhz(view.low)}–${mhz(view.high)} MHz`;
+  }
+
+  function look(low, high) {
+    const whole = data.span[1] - data.span[0];
+    const span = Math.min(Math.max(high - low, leastSpan), whole);
+    const middle = (low + high) / 2;
+    const start = Math.min(Math.max(middle - span / 2, data.span[0]), data.span[1] - span);
+    view = { low: start, high: start + span };
+    draw();
+    if (find('in-view').checked) fillTable();
+  }
+  const zoom = (factor) => {
+    const middle = picked && isInView(picked) ? picked.centre : (view.low + view.high) / 2;
+    const half = ((view.high - view.low) * factor) / 2;
+    look(middle - half, middle + half);
+  };
+  const move = (part) => {
+    const step = (view.high - view.low) * part;
+    look(view.low + step, view.high + step);
+  };
+  const showWhole = () => look(data.span[0], data.span[1]);
+
+  // ---- Picture and table, joined -----------------------------------------------------------------
+  const elementsOf = (channel) => [channel.level, channel.time, channel.row].filter(Boolean);
+  function hover(channel) {
+    if (hovered === channel) return;
+    if (hovered) elementsOf(hovered).forEach((part) => part.classList.remove('hover'));
+    hovered = channel;
+    if (hovered) elementsOf(hovered).forEach((part) => part.classList.add('hover'));
+    const shown = hovered ?? picked;
+    find('readout').textContent = shown ? sentence(shown) : '\u00a0';
+  }
+  function pick(channel) {
+    if (picked) {
+      picked.level.classList.remove('picked');
+      picked.time?.classList.remove('picked');
+      picked.row?.removeAttribute('aria-current');
+    }
+    picked = channel;
+    if (!picked) {
+      find('readout').textContent = '\u00a0';
+      drawLabels();
+      return;
+    }
+    picked.level.classList.add('picked');
+    picked.time?.classList.add('picked');
+    rowOf(picked).setAttribute('aria-current', 'true');
+    find('readout').textContent = sentence(picked);
+    if (picked.centre < view.low || picked.centre > view.high) {
+      const half = (view.high - view.low) / 2;
+      look(picked.centre - half, picked.centre + half);
+    } else {
+      drawLabels();
+    }
+  }
+  function goToRow(channel) {
+    appendRows(Infinity);
+    if (!channel.row?.isConnected) return;
+    channel.row.scrollIntoView({ block: 'nearest' });
+    focusRow(channel.row);
+  }
+  function pickNext(step) {
+    const shown = byCentre.filter(passes);
+    if (shown.length === 0) return;
+    const place = shown.indexOf(picked);
+    const from = step > 0 ? shown.findIndex(isInView) : shown.findLastIndex(isInView);
+    const next = place < 0 ? Math.max(from, 0) : Math.min(Math.max(place + step, 0), shown.length - 1);
+    pick(shown[next]);
+  }
+
+  /** The channel under a point: of several the narrowest, of equal ones the nearest. */
+  function channelAt(x, y) {
+    const slack = 4;
+    let best = null;
+    let bestRank = Infinity;
+    for (const channel of channels) {
+      if (!isInView(channel) || !passes(channel)) continue;
+      const distance = Math.max(xOf(channel.low) - x, x - xOf(channel.high), 0);
+      if (distance > slack) continue;
+      const isOnLevel = y >= channel.top - slack && y <= at.level_bottom;
+      const isOnTime = channel.time && y >= channel.time_begin - slack && y <= channel.time_end + slack;
+      if (!isOnLevel && !isOnTime) continue;
+      const rank = channel.width + (distance * (view.high - view.low)) / plotWidth();
+      if (rank < bestRank) [best, bestRank] = [channel, rank];
+    }
+    return best;
+  }
+
+  let dragFrom = null;
+  const pointOf = (event) => {
+    const box = svg.getBoundingClientRect();
+    return { x: event.clientX - box.left, y: event.clientY - box.top };
+  };
+  const inPlot = (x) => Math.min(Math.max(x, at.left), at.left + plotWidth());
+  picture.addEventListener('pointerdown', (event) => {
+    if (event.button !== 0) return;
+    dragFrom = inPlot(pointOf(event).x);
+    picture.setPointerCapture(event.pointerId);
+  });
+  picture.addEventListener('pointermove', (event) => {
+    const { x, y } = pointOf(event);
+    if (dragFrom === null) {
+      hover(channelAt(x, y));
+      return;
+    }
+    const to = inPlot(x);
+    brush.setAttribute('x', Math.min(dragFrom, to));
+    brush.setAttribute('width', Math.abs(to - dragFrom));
+    brush.setAttribute('visibility', Math.abs(to - dragFrom) > 4 ? 'visible' : 'hidden');
+  });
+  picture.addEventListener('pointerup', (event) => {
+    if (dragFrom === null) return;
+    const { x, y } = pointOf(event);
+    const from = dragFrom;
+    const to = inPlot(x);
+    dragFrom = null;
+    brush.setAttribute('visibility', 'hidden');
+    if (Math.abs(to - from) > 4) {
+      look(hzOf(Math.min(from, to)), hzOf(Math.max(from, to)));
+      return;
+    }
+    const channel = channelAt(x, y);
+    pick(channel);
+    if (channel) goToRow(channel);
+  });
+  picture.addEventListener('pointercancel', () => {
+    dragFrom = null;
+    brush.setAttribute('visibility', 'hidden');
+  });
+  picture.addEventListener('pointerleave', () => hover(null));
+  picture.addEventListener('dblclick', showWhole);
+  const pictureKeys = {
+    '+': () => zoom(0.5),
+    '=': () => zoom(0.5),
+    '-': () => zoom(2),
+    0: showWhole,
+    ArrowLeft: () => move(-0.25),
+    ArrowRight: () => move(0.25),
+    ArrowUp: () => pickNext(-1),
+    ArrowDown: () => pickNext(1),
+    Enter: () => picked && goToRow(picked),
+    Escape: () => pick(null),
+  };
+  function onKey(keys, event) {
+    if (event.ctrlKey || event.metaKey || event.altKey || !keys[event.key]) return;
+    event.preventDefault();
+    keys[event.key]();
+  }
+  picture.addEventListener('keydown', (event) => onKey(pictureKeys, event));
+  find('zoom-in').addEventListener('click', () => zoom(0.5));
+  find('zoom-out').addEventListener('click', () => zoom(2));
+  find('whole-band').addEventListener('click', showWhole);
+
+  // ---- Legend ------------------------------------------------------------------------------------
+  (() => {
+    const legend = find('legend');
+    const scale = element('span', {}, 'seen in 0 %', legend);
+    const swatches = shape('svg', { width: data.shades.length * 10, height: 12, 'aria-hidden': 'true' }, scale);
+    data.shades.forEach((fill, index) => shape('rect', { x: index * 10, width: 10, height: 12, fill }, swatches));
+    scale.append('100 % of looks');
+    if (data.compared) element('span', {}, '+ thick outline: new, × dashed: gone, ▲ ▼ more or less often', legend);
+  })();
+
+  // ---- Table -------------------------------------------------------------------------------------
+  const columns = [
+    { title: 'Frequency', unit: 'MHz', key: 'centre', width: 10, text: (c) => mhz(c.centre) },
+    { title: 'Width', unit: 'kHz', key: 'width', width: 7, text: (c) => khz(c.width), hint: (c) => `from ${khz(c.min_width)} to ${khz(c.max_width)} kHz` },
+    { title: 'Kind', unit: 'by width', key: 'kind', width: 8, text: (c) => c.kindText, isText: true },
+    { title: 'Over floor', unit: 'relative dB', key: 'over', width: 9, isDown: true, text: (c) => decibel(c.over) },
+    { title: 'Peak', unit: 'relative dB', key: 'peak', width: 9, isDown: true, text: (c) => decibel(c.peak) },
+    { title: 'Seen', unit: 'of looks', key: 'activity', width: 13, isDown: true, text: (c) => `${c.hits}/${c.looks}` },
+    { title: 'First seen', unit: zoneText, key: 'first', width: 16, isDown: true, text: (c) => timeText(c.first) },
+    { title: 'Last seen', unit: zoneText, key: 'last', width: 16, isDown: true, text: (c) => timeText(c.last) },
+    { title: 'Band', unit: 'band plan', key: 'bandText', width: 16, text: (c) => c.bandText, isText: true },
+  ];
+  if (data.compared) {
+    const was = (c) => (c.old_looks > 0 && c.changeText !== 'gone' ? `${c.changeText || 'as'} before: ${c.old_hits}/${c.old_looks}` : c.changeText);
+    const often = (c) => (c.changeText.endsWith('often') ? `${c.changeText}, was ${c.old_hits}/${c.old_looks}` : was(c));
+    columns.splice(1, 0, { title: 'Change', unit: 'since', key: 'change', width: 12, isDown: true, text: often, isText: true });
+  }
+  let sortBy = { key: 'activity', isDown: true };
+  const widths = columns.reduce((sum, column) => sum + column.width, 0);
+  const colgroup = element('colgroup');
+  find('table').prepend(find('table').caption, colgroup);
+  for (const column of columns) {
+    element('col', { style: `width: ${((100 * column.width) / widths).toFixed(2)}%` }, undefined, colgroup);
+    column.head = element('th', { scope: 'col', class: column.isText ? 'text' : '' }, undefined, find('heading'));
+    element('button', { type: 'button' }, column.title, column.head).addEventListener('click', () => {
+      const isSame = sortBy.key === column.key;
+      sortBy = { key: column.key, isDown: isSame ? !sortBy.isDown : Boolean(column.isDown) };
+      fillTable();
+    });
+    element('span', { class: 'unit' }, column.unit, column.head);
+  }
+
+  function rowOf(channel) {
+    if (channel.row) return channel.row;
+    channel.row = element('tr', { tabindex: '-1' });
+    channel.row.channel = channel;
+    for (const column of columns) {
+      const isName = column.key === 'centre';
+      const cell = element(isName ? 'th' : 'td', isName ? { scope: 'row' } : {}, undefined, channel.row);
+      if (column.isText) cell.className = 'text';
+      if (column.hint) cell.title = column.hint(channel);
+      if (column.key === 'activity') {
+        element('span', { class: 'seen', style: `background: ${data.shades[channel.shade]}` }, '', cell);
+      }
+      cell.append(column.text(channel));
+      if (column.key === 'activity') element('span', { class: 'part' }, percent(channel.activity), cell);
+    }
+    return channel.row;
+  }
+
+  const filters = { kind: find('kind'), band: find('band'), change: find('change'), activity: find('activity') };
+  function passes(channel) {
+    return (filters.kind.value === '' || channel.kind === Number(filters.kind.value))
+      && (filters.band.value === '' || channel.band === Number(filters.band.value))
+      && (filters.change.value === '' || channel.change === Number(filters.change.value))
+      && 100 * channel.activity >= Number(filters.activity.value);
+  }
+  function offer(select, key, nameOf) {
+    for (const value of [...new Set(channels.map((c) => c[key]))].sort((a, b) => a - b)) {
+      element('option', { value }, nameOf(value), select);
+    }
+  }
+  offer(filters.kind, 'kind', (kind) => data.kinds[kind]);
+  offer(filters.band, 'band', (band) => (band < 0 ? 'not in the band plan' : data.plan[band]));
+  offer(filters.change, 'change', (change) => data.changes[change] || 'as before');
+  find('change-label').hidden = !data.compared;
+
+  // Rows come in portions, so that the page is seen, and answers, before the last of them is made.
+  const portion = 150;
+  let waiting = [];
+  let timer = 0;
+  function appendRows(count) {
+    clearTimeout(timer);
+    find('rows').append(...waiting.splice(0, count).map(rowOf));
+    if (waiting.length > 0) timer = setTimeout(() => appendRows(2 * portion), 0);
+  }
+  function compare(a, b) {
+    const [left, right] = [a[sortBy.key], b[sortBy.key]];
+    if (left === right) return a.centre - b.centre;
+    if (left === null || right === null) return left === null ? 1 : -1;
+    const order = typeof left === 'string' ? left.localeCompare(right) : left - right;
+    return sortBy.isDown ? -order : order;
+  }
+  function fillTable() {
+    for (const column of columns) {
+      const order = sortBy.isDown ? 'descending' : 'ascending';
+      column.head.setAttribute('aria-sort', column.key === sortBy.key ? order : 'none');
+    }
+    const onlyInView = find('in-view').checked;
+    waiting = channels.filter((c) => passes(c) && (!onlyInView || isInView(c))).sort(compare);
+    find('count').textContent = `${waiting.length} of ${counted(channels.length, 'channel')}`;
+    find('rows').replaceChildren();
+    appendRows(portion);
+    const first = find('rows').firstChild;
+    if (first && !find('rows').querySelector('tr[tabindex="0"]')) first.tabIndex = 0;
+  }
+  function focusRow(row) {
+    if (!row) return;
+    find('rows').querySelectorAll('tr[tabindex="0"]').forEach((other) => { other.tabIndex = -1; });
+    row.tabIndex = 0;
+    row.focus();
+  }
+  function applyFilters() {
+    for (const channel of channels) {
+      const isLeftOut = !passes(channel);
+      channel.level.classList.toggle('left-out', isLeftOut);
+      channel.time?.classList.toggle('left-out', isLeftOut);
+    }
+    drawLabels();
+    fillTable();
+  }
+  find('filters').addEventListener('input', applyFilters);
+  find('filters').addEventListener('reset', () => setTimeout(applyFilters, 0));
+  find('filters').addEventListener('submit', (event) => event.preventDefault());
+
+  const rowAt = (event) => event.target.closest('tr');
+  const rows = find('rows');
+  rows.addEventListener('pointerover', (event) => hover(rowAt(event)?.channel ?? null));
+  rows.addEventListener('pointerleave', () => hover(null));
+  rows.addEventListener('click', (event) => {
+    pick(rowAt(event).channel);
+    focusRow(rowAt(event));
+  });
+  rows.addEventListener('keydown', (event) => {
+    const row = rowAt(event);
+    onKey({
+      ArrowDown: () => focusRow(row.nextElementSibling),
+      ArrowUp: () => focusRow(row.previousElementSibling),
+      Home: () => focusRow(rows.firstElementChild),
+      End: () => { appendRows(Infinity); focusRow(rows.lastElementChild); },
+      Enter: () => { pick(row.channel); focusRow(row); },
+      ' ': () => { pick(row.channel); focusRow(row); },
+      Escape: () => pick(null),
+    }, event);
+  });
+
+  // ---- Size, and paper ---------------------------------------------------------------------------
+  const printWidth = 700;  // of an A4 page within its margins, in CSS pixels
+  function fit(width) {
+    if (width <= 0 || width === pictureWidth) return;
+    pictureWidth = width;
+    draw();
+  }
+  fit(picture.clientWidth);
+  fillTable();
+  requestAnimationFrame(() => setTimeout(() => performance.mark('painted'), 0));
+  new ResizeObserver(() => fit(picture.clientWidth)).observe(picture);
+  window.addEventListener('beforeprint', () => {
+    appendRows(Infinity);
+    fit(printWidth);
+  });
+  window.addEventListener('afterprint', () => fit(picture.clientWidth));
+})();

@@ -1,0 +1,138 @@
+#include "host/report/report_command.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include "host/options.h"
+#include "host/report/band_svg.h"
+#include "host/report/report_data.h"
+#include "host/report/report_page.h"
+#include "host/text_output.h"
+
+namespace pelagrim_host {
+namespace {
+
+constexpr double kUsualRasterHz = 5000.0;  // the plug-in's, where survey.cfg does not say
+
+struct ReportOptions {
+  std::string survey;
+  std::string output = "band.html";
+  std::string old_results;
+};
+
+/// Reads the command line; nothing when it asked for the help text alone, which is printed.
+std::optional<ReportOptions> parseReportOptions(int argc, const char* const* argv) {
+  ReportOptions options;
+  CLI::App app("Draws a survey: a page with a picture of the band and a table of its channels.",
+               "pelagrim-survey report");
+  app.add_option("SURVEY", options.survey,
+                 "A survey directory or its survey.csv; without it $ORVANE_SURVEY_DIR,\n"
+                 "else ~/.orvane/pelagrim, where the receiver's plug-in keeps its own")
+      ->type_name("");
+  app.add_option("-o,--output", options.output,
+                 "What to write: NAME.html for the page, NAME.svg for the picture alone")
+      ->type_name("FILE")
+      ->capture_default_str();
+  app.add_option("--compare", options.old_results,
+                 "An earlier survey of the band; marks what is new, gone and changed")
+      ->type_name("OLD");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    TextOutput(stdout).write(app.help());
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(fmt::format("{}; see pelagrim-survey report --help", error.what()));
+  }
+  return options;
+}
+
+std::vector<std::pair<std::string, std::string>> readableSettings(const SurveyFiles& survey) {
+  const SurveySettings& settings = survey.settings;
+  std::vector<std::pair<std::string, std::string>> readable;
+  if (settings.threshold_db) {
+    readable.emplace_back("Threshold",
+                          fmt::format("{:.4g} dB over the noise floor", *settings.threshold_db));
+  }
+  if (settings.dwell_seconds) {
+    readable.emplace_back("Dwell", fmt::format("{:.6g} s", *settings.dwell_seconds));
+  }
+  if (settings.raster_hz) {
+    readable.emplace_back("Raster", fmt::format("{:.6g} kHz", *settings.raster_hz / 1e3));
+  }
+  if (settings.start_hz && settings.stop_hz) {
+    readable.emplace_back("Band set", fmt::format("{:.4f} to {:.4f} MHz", *settings.start_hz / 1e6,
+                                                  *settings.stop_hz / 1e6));
+  }
+  if (settings.sweep) readable.emplace_back("Sweep", *settings.sweep ? "yes" : "no");
+  readable.emplace_back("File", survey.results_path.string());
+  return readable;
+}
+
+ReportData gather(const ReportOptions& options) {
+  const SurveyFiles survey = readSurveyFiles(surveyPlace(options.survey));
+  ReportData report;
+  report.band_plan = survey.band_plan;
+  report.settings = readableSettings(survey);
+  report.remarks = surveyRemarks(survey);
+  report.is_compared = !options.old_results.empty();
+  if (report.is_compared) {
+    const SurveyFiles old = readSurveyFiles(options.old_results);
+    const double raster_hz = survey.settings.raster_hz.value_or(kUsualRasterHz);
+    report.channels = compareSurveys(survey.rows.channels, old.rows.channels, raster_hz);
+    report.settings.emplace_back("Compared with", old.results_path.string());
+    for (std::string& remark : surveyRemarks(old)) report.remarks.push_back(std::move(remark));
+  } else {
+    report.channels = withoutComparison(survey.rows.channels);
+  }
+  report.layout = layOutBand(report.channels, report.band_plan, survey.settings);
+  return report;
+}
+
+/// Replaces the file in one step, so that a full disk does not take away the last one.
+void writeWhole(const std::filesystem::path& path, const std::string& text) {
+  auto fresh_path = path;
+  fresh_path += ".new";
+  {
+    std::ofstream file(fresh_path, std::ios::binary);
+    file << text;
+    file.close();
+    if (!file) throw std::runtime_error(fmt::format("cannot write {}", fresh_path.string()));
+  }
+  std::error_code error;
+  std::filesystem::rename(fresh_path, path, error);
+  if (error) {
+    throw std::runtime_error(fmt::format("cannot write {}: {}", path.string(), error.message()));
+  }
+}
+
+}  // namespace
+
+void runReport(int argc, const char* const* argv) {
+  const auto options = parseReportOptions(argc, argv);
+  if (!options) return;
+  const std::filesystem::path output = options->output;
+  const bool is_page = output.extension() == ".html" || output.extension() == ".htm";
+  if (!is_page && output.extension() != ".svg") {
+    throw UsageError(
+        fmt::format("--output {}: give a name that ends in .html or .svg", output.string()));
+  }
+  const ReportData report = gather(*options);
+  for (const std::string& remark : report.remarks) {
+    TextOutput(stderr).write(fmt::format("pelagrim-survey: {}\n", remark));
+  }
+  const std::string text = is_page ? reportPage(report) : bandSvg(report);
+  writeWhole(output, text);
+  TextOutput(stdout).write(
+      fmt::format("{}: {} channel{}, {} kB\n", output.string(), report.channels.size(),
+                  report.channels.size() == 1 ? "" : "s", (text.size() + 999) / 1000));
+}
+
+}  // namespace pelagrim_host

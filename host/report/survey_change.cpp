@@ -1,0 +1,93 @@
+#include "host/report/survey_change.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <tuple>
+
+namespace pelagrim_host {
+namespace {
+
+constexpr double kStandardErrors = 2.0;
+
+/// Two channels that may be one, as indices into the two surveys.
+struct Pair {
+  double distance_hz;
+  size_t now;
+  size_t before;
+};
+
+std::vector<Pair> pairsWithinReach(const std::vector<SurveyedChannel>& channels,
+                                   const std::vector<SurveyedChannel>& old_channels,
+                                   double raster_hz) {
+  std::vector<size_t> by_centre(old_channels.size());
+  for (size_t index = 0; index < by_centre.size(); ++index) by_centre[index] = index;
+  std::sort(by_centre.begin(), by_centre.end(), [&](size_t left, size_t right) {
+    return old_channels[left].centre_hz < old_channels[right].centre_hz;
+  });
+  double widest_hz = raster_hz;
+  for (const SurveyedChannel& old : old_channels) widest_hz = std::max(widest_hz, old.width_hz);
+
+  std::vector<Pair> pairs;
+  for (size_t now = 0; now < channels.size(); ++now) {
+    const double centre_hz = channels[now].centre_hz;
+    const double reach_hz = std::max(widest_hz, channels[now].width_hz);
+    auto at = std::lower_bound(
+        by_centre.begin(), by_centre.end(), centre_hz - reach_hz,
+        [&](size_t index, double hz) { return old_channels[index].centre_hz < hz; });
+    for (; at != by_centre.end() && old_channels[*at].centre_hz <= centre_hz + reach_hz; ++at) {
+      const SurveyedChannel& old = old_channels[*at];
+      const double distance_hz = std::abs(old.centre_hz - centre_hz);
+      if (distance_hz <= std::max({raster_hz, old.width_hz, channels[now].width_hz})) {
+        pairs.push_back({distance_hz, now, *at});
+      }
+    }
+  }
+  std::sort(pairs.begin(), pairs.end(), [](const Pair& left, const Pair& right) {
+    return std::tie(left.distance_hz, left.now, left.before) <
+           std::tie(right.distance_hz, right.now, right.before);
+  });
+  return pairs;
+}
+
+Change changeOf(const SurveyedChannel& now, const SurveyedChannel& before) {
+  const double looks_now = now.looks;
+  const double looks_before = before.looks;
+  const double pooled = (static_cast<double>(now.hits) + before.hits) / (looks_now + looks_before);
+  const double error = std::sqrt(pooled * (1.0 - pooled) * (1.0 / looks_now + 1.0 / looks_before));
+  const double difference = now.activity() - before.activity();
+  if (std::abs(difference) < kStandardErrors * error || difference == 0.0) return Change::kNone;
+  return difference > 0.0 ? Change::kMoreOften : Change::kLessOften;
+}
+
+}  // namespace
+
+std::vector<ReportedChannel> withoutComparison(const std::vector<SurveyedChannel>& channels) {
+  std::vector<ReportedChannel> reported;
+  for (const SurveyedChannel& channel : channels) reported.push_back({channel});
+  return reported;
+}
+
+std::vector<ReportedChannel> compareSurveys(const std::vector<SurveyedChannel>& channels,
+                                            const std::vector<SurveyedChannel>& old_channels,
+                                            double raster_hz) {
+  std::vector<ReportedChannel> reported = withoutComparison(channels);
+  for (ReportedChannel& channel : reported) channel.change = Change::kNew;
+  std::vector<bool> was_found(old_channels.size(), false);
+  for (const Pair& pair : pairsWithinReach(channels, old_channels, raster_hz)) {
+    ReportedChannel& channel = reported[pair.now];
+    if (channel.old_looks > 0 || was_found[pair.before]) continue;
+    const SurveyedChannel& old = old_channels[pair.before];
+    was_found[pair.before] = true;
+    channel.change = changeOf(channel.channel, old);
+    channel.old_hits = old.hits;
+    channel.old_looks = old.looks;
+  }
+  for (size_t index = 0; index < old_channels.size(); ++index) {
+    const SurveyedChannel& old = old_channels[index];
+    if (!was_found[index]) reported.push_back({old, Change::kGone, old.hits, old.looks});
+  }
+  return reported;
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "host/report/survey_file.h"
+
+namespace pelagrim_host {
+
+/// What became of a channel between two surveys of one band.
+enum class Change { kNone, kNew, kGone, kMoreOften, kLessOften };
+
+/// A channel as a report shows it. One that is gone stands as the earlier survey had it.
+struct ReportedChannel {
+  SurveyedChannel channel;
+  Change change = Change::kNone;
+  uint32_t old_hits = 0;  ///< in the earlier survey; 0 of 0 when it was not there
+  uint32_t old_looks = 0;
+};
+
+/// The channels of a survey that is compared with none.
+std::vector<ReportedChannel> withoutComparison(const std::vector<SurveyedChannel>& channels);
+
+/// `channels` in their order, then those of `old_channels` that are gone. Two are the same channel
+/// when their centres are no further apart than the wider of their widths, or than the raster; of
+/// several, those nearest each other, and each only once. A difference in activity counts when it
+/// is more than chance would make of so many looks: a two-proportion z-test at two standard errors
+/// (Fleiss, Levin, Paik: Statistical Methods for Rates and Proportions).
+std::vector<ReportedChannel> compareSurveys(const std::vector<SurveyedChannel>& channels,
+                                            const std::vector<SurveyedChannel>& old_channels,
+                                            double raster_hz);
+
+}  // namespace pelagrim_host
