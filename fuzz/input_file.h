@@ -1,0 +1,51 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+/// Ends the run as a finding when the condition does not hold.
+#define FUZZ_EXPECT(condition)                                \
+  do {                                                        \
+    if (!(condition)) {                                       \
+      std::fprintf(stderr, "%s does not hold\n", #condition); \
+      std::abort();                                           \
+    }                                                         \
+  } while (false)
+
+/// A directory in memory of this process alone, gone with it.
+class ScratchDir {
+ public:
+  ScratchDir() {
+    if (mkdtemp(path_) == nullptr) std::abort();
+  }
+  ~ScratchDir() {
+    for (const char* const name : {"survey.cfg", "survey-labels.txt", "survey.csv"}) {
+      unlink(pathOf(name).c_str());
+    }
+    rmdir(path_);
+  }
+  ScratchDir(const ScratchDir&) = delete;
+  ScratchDir& operator=(const ScratchDir&) = delete;
+
+  const char* path() const { return path_; }
+  std::string pathOf(const char* name) const { return std::string(path_) + "/" + name; }
+  void write(const char* name, const void* data, size_t size) const {
+    std::FILE* const file = std::fopen(pathOf(name).c_str(), "wb");
+    FUZZ_EXPECT(file != nullptr && std::fwrite(data, 1, size, file) == size);
+    std::fclose(file);
+  }
+  std::string read(const char* name) const {
+    std::ostringstream text;
+    text << std::ifstream(pathOf(name), std::ios::binary).rdbuf();
+    return text.str();
+  }
+
+ private:
+  char path_[32] = "/dev/shm/pelagrim-fuzz.XXXXXX";
+};
