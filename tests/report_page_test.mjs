@@ -1,0 +1,129 @@
+// The report in a browser: what a reader sees and does, hostile names, and how soon it is there.
+// Usage: node report_page_test.mjs PELAGRIM_SURVEY NODE_MODULES
+import assert from 'node:assert/strict';
+import { execFileSync } from 'node:child_process';
+import { mkdtempSync, rmSync, statSync, writeFileSync } from 'node:fs';
+import { createRequire } from 'node:module';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+
+const [program, modules] = process.argv.slice(2);
+const { chromium } = createRequire(join(modules, 'x.js'))('playwright-core');
+const dir = mkdtempSync(join(tmpdir(), 'report-'));
+const hostile = '</script><script>window.hacked=1</script><img src=x onerror=hacked=1>"&\'';
+
+function report(name, rows, options = []) {
+  writeFileSync(join(dir, 'survey.csv'), `# survey.csv format 2\n${rows.join('\n')}\n`);
+  execFileSync(program, ['report', dir, '-o', join(dir, name), ...options]);
+  return `file://${join(dir, name)}`;
+}
+const row = (hz, width, over, hits, looks, kind) =>
+  `${hz},${width},${width},${width},${over - 90},-90,${hits},${looks},1731760000000,1731763600000,${kind}`;
+
+const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--headless', '--no-sandbox',
+  '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
+  '--disable-component-update', '--disable-sync'] });
+try {
+  writeFileSync(join(dir, 'survey-labels.txt'), Buffer.concat([
+    Buffer.from(`144 145 ${hostile}\n145.5 146 bad `), Buffer.from([0xff, 0x1b]), Buffer.from(' bytes\n')]));
+  writeFileSync(join(dir, 'survey.cfg'), 'raster_hz = 5000\n');
+  writeFileSync(join(dir, 'old.csv'), `${row(145300000, 3000, 20, 9, 9, 'SSB/CW?')}\n${row(145800000, 12000, 30, 1, 90, 'NFM?')}\n`);
+  const page = await browser.newPage({ viewport: { width: 1000, height: 1200 }, timezoneId: 'Europe/Berlin' });
+  const troubles = [];
+  page.on('pageerror', (error) => troubles.push(error.message));
+  page.on('request', (request) => { if (!request.url().startsWith('file:')) troubles.push(request.url()); });
+  const cells = (column) => page.locator(`#rows tr > :nth-child(${column})`).allTextContents();
+  const frequencies = () => cells(1);
+
+  // a: 9/10 of looks, narrow, upon b, wide: 10/10; c: 1/2.
+  await page.goto(report('small.html', [row(144620000, 160000, 30, 10, 10, 'WFM?'), row(144600000, 3000, 10, 9, 10, 'SSB/CW?'),
+    row(145800000, 12000, 20, 45, 90, 'NFM?'), 'garbage'], ['--compare', join(dir, 'old.csv')]));
+  const [wide, narrow, third, gone] = ['144.6200', '144.6000', '145.8000', '145.3000'];
+  assert.match(await page.textContent('#title'), /144\.000–146\.000 MHz, 3 channels/);
+  assert.match(await page.textContent('#time-span'), /2024-11-16 13:26:40 .*Europe\/Berlin, UTC\+01:00/);
+  assert.match(await page.textContent('#remarks'), /skipped 1 line that could not be read, first line 5/);
+
+  // Names are text, whatever is in them.
+  assert.equal(await page.evaluate(() => window.hacked), undefined);
+  assert.equal(await page.locator('img').count(), 0);
+  assert.deepEqual((await cells(10)).slice(0, 2), [hostile, '']);
+  assert.ok((await cells(10)).includes('bad \uFFFD\u241B bytes'));
+
+  // Sorting, by mouse and by keyboard, said to those who do not see the arrow.
+  assert.deepEqual(await frequencies(), [wide, gone, narrow, third]);
+  await page.click('thead button:text("Frequency")');
+  assert.deepEqual(await frequencies(), [narrow, wide, gone, third]);
+  await page.keyboard.press('Enter');
+  assert.deepEqual(await frequencies(), [third, gone, wide, narrow]);
+  assert.equal(await page.getAttribute('th:has-text("Frequency")', 'aria-sort'), 'descending');
+  assert.deepEqual(await cells(2), ['more often, was 1/90', 'gone', 'new', 'new']);
+
+  // Filters.
+  await page.selectOption('#kind', { label: 'NFM?' });
+  assert.deepEqual(await frequencies(), [third]);
+  await page.click('button[type=reset]');
+  await page.selectOption('#change', { label: 'new' });
+  assert.deepEqual(await frequencies(), [wide, narrow]);
+  await page.click('button[type=reset]');
+  await page.selectOption('#band', { label: 'not in the band plan' });
+  assert.deepEqual(await frequencies(), [gone]);
+  await page.click('button[type=reset]');
+  await page.fill('#activity', '60');
+  assert.deepEqual(await frequencies(), [gone, wide, narrow]);
+  await page.click('button[type=reset]');
+
+  // A narrow signal can be pointed at where a wide one lies over it; the picture and the row agree.
+  const box = await page.locator('#picture').boundingBox();
+  const labelX = Number(await page.locator('#picture .label', { hasText: third }).getAttribute('x'));
+  const xOf = (mhz) => box.x + labelX + ((mhz - 145.8) / (2 * 1.02)) * (box.width - 90);
+  await page.mouse.click(xOf(144.6), box.y + 245);
+  assert.match(await page.textContent('#rows tr[aria-current]'), new RegExp(narrow));
+  await page.mouse.click(xOf(144.65), box.y + 245);
+  assert.match(await page.textContent('#rows tr[aria-current]'), new RegExp(wide));
+  assert.match(await page.textContent('#readout'), /144\.6200 MHz, WFM\?, 160\.0 kHz wide, 30 dB over floor, seen in 10 of 10/);
+
+  // Zooming by dragging leaves what was dragged over, and double-click undoes it.
+  await page.mouse.move(xOf(145.2), box.y + 100);
+  await page.mouse.down();
+  await page.mouse.move(xOf(145.4), box.y + 100, { steps: 3 });
+  await page.mouse.up();
+  assert.match(await page.textContent('#view'), /^145\.(19|20)\d\d–145\.(39|40)\d\d MHz/);
+  assert.deepEqual(await frequencies(), [gone]);
+  await page.mouse.dblclick(xOf(145.0), box.y + 100);
+  assert.equal((await frequencies()).length, 4);
+
+  // The same with keys alone.
+  await page.focus('#picture');
+  for (const key of ['Escape', 'ArrowDown', 'ArrowDown', 'ArrowDown', '+', '+', '+']) await page.keyboard.press(key);
+  assert.deepEqual(await frequencies(), [gone]);
+  await page.keyboard.press('0');
+  await page.keyboard.press('Enter');
+  assert.match(await page.evaluate(() => document.activeElement.textContent), new RegExp(gone));
+  await page.keyboard.press('ArrowUp');
+  await page.keyboard.press('Enter');
+  assert.match(await page.textContent('#readout'), new RegExp(third));
+
+  // Five thousand channels: all there, and there soon.
+  const many = Array.from({ length: 5000 }, (_, i) => row(30e6 + 90e3 * i, 3000 + 40 * (i % 900), 12 + (i % 50), 1 + (i % 40), 40, '?'));
+  const url = report('many.html', many);
+  assert.ok(statSync(join(dir, 'many.html')).size < 2e6);
+  await page.addInitScript(() => {
+    const note = () => setTimeout(() => { window.shownAfter = performance.now(); }, 0);
+    const look = () => requestAnimationFrame(document.querySelector('#rows tr') ? note : look);
+    look();
+  });
+  const times = [];
+  for (let load = 0; load < 3; load += 1) {
+    await page.goto(url);
+    await page.waitForFunction(() => document.querySelectorAll('#rows tr').length === 5000);
+    times.push(await page.evaluate(() => Math.round(Math.max(
+      performance.getEntriesByName('first-contentful-paint')[0].startTime, window.shownAfter))));
+  }
+  console.log(`5,000 channels: page, picture and table seen after ${times.join(', ')} ms`);
+  assert.ok(Math.min(...times) < 1000, 'seen within a second, on a machine that is not busy');
+  assert.deepEqual(troubles, []);
+  console.log('report page: passed');
+} finally {
+  await browser.close();
+  rmSync(dir, { recursive: true });
+}
