@@ -226,8 +226,8 @@ std::variant<Options, std::string> parseOptions(int argc, const char* const* arg
   app.formatter(formatter);
   app.set_help_flag();  // it would come first, in a group of its own
   app.footer(
-      "Afterwards: \"pelagrim-survey report\" draws a survey, \"pelagrim-survey export\" hands its\n"
-      "channels to other programs; each has a --help of its own.\n\n"
+      "Afterwards: \"pelagrim-survey report\" draws a survey, \"pelagrim-survey export\" hands\n"
+      "its channels to other programs; each has a --help of its own.\n\n"
       "Frequencies and rates take the suffixes k, M and G. What --band, --dwell, --threshold,\n"
       "--raster, --fixed and --sweep say is written to survey.cfg and holds from then on.\n"
       "The first Ctrl-C evaluates and saves the dwell in progress, a second leaves at once.\n"
