@@ -6,6 +6,7 @@
 #include <string_view>
 #include <variant>
 
+#include "host/export/export_command.h"
 #include "host/options.h"
 #include "host/report/report_command.h"
 #include "host/signals.h"
@@ -21,6 +22,10 @@ int main(int argc, char** argv) {
   try {
     if (argc > 1 && std::string_view(argv[1]) == "report") {
       runReport(argc - 1, argv + 1);
+      return kDone;
+    }
+    if (argc > 1 && std::string_view(argv[1]) == "export") {
+      runExport(argc - 1, argv + 1);
       return kDone;
     }
     installSignalHandlers();

@@ -1,0 +1,86 @@
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "host/export/csv_field.h"
+#include "host/export/export_formats.h"
+
+namespace pelagrim_host {
+namespace {
+
+const char* modeText(const Listening& listening) {
+  constexpr double kNarrowHz = 15000.0;
+  switch (listening.mode) {
+    case ListeningMode::kNone:
+      return "Auto";
+    case ListeningMode::kCw:
+      return "CW";
+    case ListeningMode::kUsb:
+      return "USB";
+    case ListeningMode::kLsb:
+      return "LSB";
+    case ListeningMode::kAm:
+      return "AM";
+    case ListeningMode::kNfm:
+      return listening.bandwidth_hz <= kNarrowHz ? "NFM" : "FM";
+    case ListeningMode::kWfm:
+      return "WFM";
+  }
+  return "Auto";
+}
+
+struct Tuned {
+  double hz;
+  double step_khz;
+};
+
+double nearestMultiple(double hz, double step_hz) {
+  return step_hz * std::round(hz / step_hz);
+}
+
+Tuned nearestTuned(const Listening& listening) {
+  constexpr double kFineHz = 10.0;
+  constexpr double kStepHz = 5000.0;
+  constexpr double kOtherStepHz = 6250.0;
+  const double hz = listening.dial_hz;
+  const bool is_fine = listening.mode == ListeningMode::kCw ||
+                       listening.mode == ListeningMode::kUsb ||
+                       listening.mode == ListeningMode::kLsb;
+  if (is_fine) return {nearestMultiple(hz, kFineHz), 5.0};
+  const double at_5 = nearestMultiple(hz, kStepHz);
+  const double at_6 = nearestMultiple(hz, kOtherStepHz);
+  if (std::abs(at_6 - hz) < std::abs(at_5 - hz)) return {at_6, 6.25};
+  return {at_5, 5.0};
+}
+
+/// ASCII, which every radio and every version of CHIRP can take.
+std::string plainText(std::string_view text) {
+  std::string plain;
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte < 0x80) plain += character;
+    if (byte >= 0xC0) plain += '?';  // once for each character of several bytes
+  }
+  return plain;
+}
+
+}  // namespace
+
+std::string chirpMemories(const ExportedChannels& channels) {
+  std::string text =
+      "Location,Name,Frequency,Duplex,Offset,Tone,rToneFreq,cToneFreq,DtcsCode,DtcsPolarity,Mode,"
+      "TStep,Skip,Comment,URCALL,RPT1CALL,RPT2CALL\n";
+  int location = 0;
+  for (const ExportedChannel& channel : channels) {
+    const Tuned tuned = nearestTuned(channel.listening);
+    const auto comment =
+        fmt::format("{} {:.1f} kHz wide, seen {} of {}", channel.seen.kind,
+                    channel.seen.width_hz / 1e3, channel.seen.hits, channel.seen.looks);
+    text += fmt::format("{},{},{:.6f},off,0.000000,,88.5,88.5,023,NN,{},{:.2f},,{},,,\n",
+                        ++location, csvField(plainText(channel.name)), tuned.hz / 1e6,
+                        modeText(channel.listening), tuned.step_khz, csvField(comment));
+  }
+  return text;
+}
+
+}  // namespace pelagrim_host

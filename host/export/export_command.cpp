@@ -1,0 +1,156 @@
+#include "host/export/export_command.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "host/export/export_formats.h"
+#include "host/options.h"
+#include "host/text_output.h"
+
+namespace pelagrim_host {
+namespace {
+
+struct ExportOptions {
+  std::string survey;
+  std::string format;
+  std::string output = "-";
+  ExportSelection selection;
+};
+
+std::vector<std::string> kindNames() {
+  return {signalKinds().begin(), signalKinds().end()};
+}
+
+/// "NFM" for "NFM?", whatever the case; as it is when there is no such kind.
+std::string kindNamed(const std::string& text) {
+  const auto folded = [](std::string name) {
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return name;
+  };
+  for (const std::string& kind : kindNames()) {
+    if (folded(text) == folded(kind) || folded(text) + "?" == folded(kind)) return kind;
+  }
+  return text;
+}
+
+std::string formatsText() {
+  std::string text = "Formats for --to:\n";
+  for (const ExportFormat& format : exportFormats()) {
+    text += fmt::format("  {:8}{}\n", format.name, format.what);
+  }
+  return text + fmt::format("Kinds for --kind, with or without the question mark:\n  {}",
+                            fmt::join(signalKinds(), ", "));
+}
+
+/// Reads the command line; nothing when it asked for the help text alone, which is printed.
+std::optional<ExportOptions> parseExportOptions(int argc, const char* const* argv) {
+  ExportOptions options;
+  CLI::App app("Writes the channels of a survey for another program.", "pelagrim-survey export");
+  app.add_option("SURVEY", options.survey,
+                 "A survey directory or its survey.csv; without it $ORVANE_SURVEY_DIR,\n"
+                 "else ~/.orvane/pelagrim, where the receiver's plug-in keeps its own")
+      ->type_name("");
+  std::vector<std::string> names;
+  for (const ExportFormat& format : exportFormats()) names.emplace_back(format.name);
+  app.add_option("--to", options.format, "What to write, see below")
+      ->type_name("FORMAT")
+      ->required()
+      ->check(CLI::IsMember(names));
+  app.add_option("-o,--output", options.output, "Where to write it; - for standard output")
+      ->type_name("FILE")
+      ->capture_default_str();
+  app.add_option("--min-activity", options.selection.min_activity,
+                 "Only channels seen in at least this share of looks, 0 to 1")
+      ->type_name("SHARE")
+      ->check(CLI::Validator(
+          [](const std::string& text) {
+            const auto share = parseQuantity(text);
+            const bool fits = share && *share >= 0.0 && *share <= 1.0;
+            return fits ? std::string() : fmt::format("'{}' is not a share from 0 to 1", text);
+          },
+          ""));
+  app.add_option("--min-hits", options.selection.min_hits, "Only channels seen in N dwells or more")
+      ->type_name("N");
+  app.add_option("--kind", options.selection.kinds,
+                 "Only channels of these kinds, with commas between them")
+      ->type_name("KIND")
+      ->delimiter(',')
+      ->transform(kindNamed)
+      ->check(CLI::IsMember(kindNames()));
+  app.footer(formatsText());
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    TextOutput(stdout).write(app.help());
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(fmt::format("{}; see pelagrim-survey export --help", error.what()));
+  }
+  return options;
+}
+
+void writeTo(const std::filesystem::path& path, const std::string& text) {
+  std::ofstream file(path, std::ios::binary);
+  file << text;
+  file.close();
+  if (!file) throw std::runtime_error(fmt::format("cannot write {}", path.string()));
+}
+
+/// Replaces a file in one step, so that a full disk does not take away the last one. What is there
+/// and is no file, as a pipe, is written to.
+void writeWhole(const std::filesystem::path& path, const std::string& text) {
+  std::error_code error;
+  const auto there = std::filesystem::status(path, error);
+  if (std::filesystem::exists(there) && !std::filesystem::is_regular_file(there)) {
+    writeTo(path, text);
+    return;
+  }
+  auto fresh_path = path;
+  fresh_path += ".new";
+  writeTo(fresh_path, text);
+  std::filesystem::rename(fresh_path, path, error);
+  if (error) {
+    throw std::runtime_error(fmt::format("cannot write {}: {}", path.string(), error.message()));
+  }
+}
+
+}  // namespace
+
+void runExport(int argc, const char* const* argv) {
+  const auto options = parseExportOptions(argc, argv);
+  if (!options) return;
+  const SurveyFiles survey = readSurveyFiles(surveyPlace(options->survey));
+  TextOutput complaints(stderr);
+  for (const std::string& remark : surveyRemarks(survey)) {
+    complaints.write(fmt::format("pelagrim-survey: {}\n", remark));
+  }
+  const auto channels = selectChannels(survey, options->selection);
+  const auto format = std::find_if(
+      exportFormats().begin(), exportFormats().end(),
+      [&](const ExportFormat& candidate) { return candidate.name == options->format; });
+  const std::string text = format->write(channels);
+  if (options->output == "-") {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
+        std::fflush(stdout) != 0) {
+      throw std::runtime_error("cannot write to standard output");
+    }
+    return;
+  }
+  writeWhole(options->output, text);
+  TextOutput(stdout).write(fmt::format("{}: {} of {} channels\n", options->output, channels.size(),
+                                       survey.rows.channels.size()));
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,104 @@
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <chrono>
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+#include "host/export/csv_field.h"
+#include "host/export/export_formats.h"
+
+namespace pelagrim_host {
+namespace {
+
+std::string_view modeText(ListeningMode mode) {
+  switch (mode) {
+    case ListeningMode::kNone:
+      break;
+    case ListeningMode::kCw:
+      return "CW";
+    case ListeningMode::kUsb:
+      return "USB";
+    case ListeningMode::kLsb:
+      return "LSB";
+    case ListeningMode::kAm:
+      return "AM";
+    case ListeningMode::kNfm:
+      return "NFM";
+    case ListeningMode::kWfm:
+      return "WFM";
+  }
+  return "";
+}
+
+/// "2026-01-01T00:00:00Z"; nothing for 0 (no clock) and for what is beyond the year 9999.
+std::string moment(int64_t unix_ms) {
+  constexpr int64_t kLatestMs = 253402300799999;
+  if (unix_ms <= 0 || unix_ms > kLatestMs) return "";
+  const auto seconds = static_cast<std::time_t>(unix_ms / 1000);
+  return fmt::format("{:%Y-%m-%dT%H:%M:%S}Z", fmt::gmtime(seconds));
+}
+
+nlohmann::ordered_json orNull(const std::string& text) {
+  return text.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(text);
+}
+
+/// Text that no spreadsheet takes for a formula.
+std::string harmless(const std::string& text) {
+  const bool is_formula =
+      !text.empty() && std::string_view("=+-@").find(text.front()) != std::string_view::npos;
+  return is_formula ? "'" + text : text;
+}
+
+}  // namespace
+
+std::string frequencyList(const ExportedChannels& channels) {
+  std::string text;
+  long long last = 0;
+  for (const ExportedChannel& channel : channels) {
+    const long long hz = std::llround(channel.seen.centre_hz);
+    if (hz != last) text += fmt::format("{}\n", hz);
+    last = hz;
+  }
+  return text;
+}
+
+std::string jsonLines(const ExportedChannels& channels) {
+  std::string text;
+  for (const ExportedChannel& channel : channels) {
+    const SurveyedChannel& seen = channel.seen;
+    const nlohmann::ordered_json row = {
+        {"centre_hz", std::llround(seen.centre_hz)},
+        {"width_hz", std::llround(seen.width_hz)},
+        {"min_width_hz", std::llround(seen.min_width_hz)},
+        {"max_width_hz", std::llround(seen.max_width_hz)},
+        {"peak_db", seen.peak_db},
+        {"floor_db", seen.floor_db},
+        {"hits", seen.hits},
+        {"looks", seen.looks},
+        {"first_seen", orNull(moment(seen.first_unix_ms))},
+        {"last_seen", orNull(moment(seen.last_unix_ms))},
+        {"guess", std::string(seen.kind)},
+        {"band", orNull(channel.band)},
+        {"mode", orNull(std::string(modeText(channel.listening.mode)))},
+        {"bandwidth_hz", std::llround(channel.listening.bandwidth_hz)}};
+    text += row.dump() + "\n";
+  }
+  return text;
+}
+
+std::string readableCsv(const ExportedChannels& channels) {
+  std::string text =
+      "Frequency MHz,Width kHz,Guess,Over floor dB,Seen %,Hits,Looks,First seen,Last seen,Band\n";
+  for (const ExportedChannel& channel : channels) {
+    const SurveyedChannel& seen = channel.seen;
+    text += fmt::format("{:.6f},{:.3f},{},{:.1f},{:.0f},{},{},{},{},{}\n", seen.centre_hz / 1e6,
+                        seen.width_hz / 1e3, seen.kind, seen.peak_db - seen.floor_db,
+                        100.0 * seen.activity(), seen.hits, seen.looks, moment(seen.first_unix_ms),
+                        moment(seen.last_unix_ms), csvField(harmless(channel.band)));
+  }
+  return text;
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <utility>
+
+#include "host/export/export_formats.h"
+
+using namespace pelagrim_host;
+
+namespace {
+
+constexpr const char* kSurvey =
+    "145012900,12000,10000,14000,-62.3,-98.1,17,20,1731760000000,1731763600000,NFM?\n"
+    "144300400,2400,2000,2900,-70.0,-98.0,4,20,0,0,SSB/CW?\n"
+    "3700000,2400,2000,2900,-70.0,-98.0,20,20,1731760000000,1731763600000,SSB/CW?\n"
+    "90000000,60000,60000,60000,-70.0,-98.0,1,4,1731760000000,1731763600000,?\n";
+
+SurveyFiles survey(const std::string& band_plan = "144 146 Amateur 2 m\n") {
+  SurveyFiles files;
+  files.rows = parseSurveyRows(kSurvey);
+  files.band_plan = parseBandPlan(band_plan);
+  return files;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+}  // namespace
+
+TEST(Export, EveryFormatIsWrittenAsItsProgramWritesIt) {
+  const auto channels = selectChannels(survey(), {});
+  EXPECT_EQ(
+      gqrxBookmarks(channels),
+      "# Tag name          ;  color\n"
+      "Amateur 2 m         ; #c0c0c0\n"
+      "Untagged            ; #c0c0c0\n"
+      "\n"
+      "# Frequency ; Name                     ; Modulation          ;  Bandwidth; Tags\n"
+      "     3701400; 3.7000 MHz               ; LSB                 ;       2800; Untagged\n"
+      "    90000000; 90.0000 MHz              ; Raw I/Q             ;      60000; Untagged\n"
+      "   144299000; Amateur 2 m 144.3004 MHz ; USB                 ;       2800; Amateur 2 m\n"
+      "   145012900; Amateur 2 m 145.0129 MHz ; Narrow FM           ;      12500; Amateur 2 m\n");
+  const auto bookmarks = nlohmann::json::parse(sdrppBookmarks(channels)).at("bookmarks");
+  EXPECT_EQ(bookmarks.at("Amateur 2 m 145.0129 MHz").dump(),
+            R"({"bandwidth":12500.0,"frequency":145012900.0,"mode":0})");
+  EXPECT_EQ(bookmarks.at("3.7000 MHz").at("mode"), 6);
+  const auto memories = linesOf(chirpMemories(channels));
+  EXPECT_EQ(memories.at(4),
+            "4,Amateur 2 m 145.0129 MHz,145.012500,off,0.000000,,88.5,88.5,023,NN,NFM,6.25,,"
+            "\"NFM? 12.0 kHz wide, seen 17 of 20\",,,");
+  EXPECT_EQ(frequencyList(channels), "3700000\n90000000\n144300400\n145012900\n");
+  EXPECT_EQ(linesOf(jsonLines(channels)).at(2),
+            R"({"centre_hz":144300400,"width_hz":2400,"min_width_hz":2000,"max_width_hz":2900,)"
+            R"("peak_db":-70.0,"floor_db":-98.0,"hits":4,"looks":20,"first_seen":null,)"
+            R"("last_seen":null,"guess":"SSB/CW?","band":"Amateur 2 m","mode":"USB",)"
+            R"("bandwidth_hz":2800})");
+  EXPECT_EQ(linesOf(readableCsv(channels)).at(4),
+            "145.012900,12.000,NFM?,35.8,85,17,20,2024-11-16T12:26:40Z,2024-11-16T13:26:40Z,"
+            "Amateur 2 m");
+}
+
+TEST(Export, SelectionByActivityHitsAndKind) {
+  const std::pair<ExportSelection, std::string> cases[] = {
+      {{.min_activity = 0.85}, "3700000\n145012900\n"},
+      {{.min_hits = 4}, "3700000\n144300400\n145012900\n"},
+      {{.kinds = {"NFM?", "?"}}, "90000000\n145012900\n"},
+      {{.min_activity = 0.5, .kinds = {"?"}}, ""}};
+  for (const auto& [selection, frequencies] : cases) {
+    EXPECT_EQ(frequencyList(selectChannels(survey(), selection)), frequencies);
+  }
+}
+
+TEST(Export, OddNamesBreakNoFormat) {
+  auto files = survey("145 146 =a;b,\"c\"\x01\xFF\n144 145  \xC3\xA9;,\n3 4 #\n90 90 @x\n");
+  files.rows.channels.push_back(files.rows.channels.front());  // two of one name
+  const auto channels = selectChannels(files, {});
+  for (const std::string& line : linesOf(gqrxBookmarks(channels))) {
+    const auto parts = std::count(line.begin(), line.end(), ';');
+    EXPECT_TRUE(line.empty() || parts == 1 || parts == 4) << line;
+  }
+  EXPECT_EQ(nlohmann::json::parse(sdrppBookmarks(channels)).at("bookmarks").size(), 5U);
+  EXPECT_EQ(linesOf(chirpMemories(channels)).at(4).substr(0, 41),
+            "4,\"=a;b,\"\"c\"\"?? 145.0129 MHz\",145.012500,");
+  const auto row = linesOf(readableCsv(channels)).at(4);
+  EXPECT_EQ(row.substr(row.find("Z,\"") + 2), "\"'=a;b,\"\"c\"\"\xE2\x90\x81\xEF\xBF\xBD\"");
+}
