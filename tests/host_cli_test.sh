@@ -28,6 +28,10 @@ expect 0 "repeater" --list-stations
 expect 2 "--bogus" --bogus
 expect 2 "--band: '146M:144M' is not a range such as" --band 146M:144M
 expect 1 "cannot load the plug-in" --plugin ./missing.so
+expect 2 "--gain requires --device" --gain 30
+expect 2 "excludes --device" --device driver=nothing noise.cu8
+expect 1 "pelagrim-survey: " --device driver=nothing
+expect 1 "less than 0.500 MHz" --lo-offset 500k
 head -c 16387 /dev/urandom > noise.cu8
 : > empty.cs16
 expect 2 "give --sample-rate" noise.cu8
