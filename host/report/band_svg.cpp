@@ -140,8 +140,7 @@ class Drawing {
       return report_.channels[left].channel.width_hz > report_.channels[right].channel.width_hz;
     });
     for (const size_t index : order) {
-      const SurveyedChannel& channel = report_.channels[index].channel;
-      const Change change = report_.channels[index].change;
+      const auto& [channel, change, old_hits, old_looks] = report_.channels[index];
       const ChannelMark& mark = report_.layout.marks[index];
       const double half_hz = 0.5 * std::max(channel.width_hz, 0.0);
       const double low = xOf(channel.centre_hz - half_hz);
@@ -223,10 +222,9 @@ class Drawing {
       const double low = xOf(channel.centre_hz - half_hz);
       const double high = xOf(channel.centre_hz + half_hz);
       if (high - low > at_.wide_mark) continue;
-      const auto first = static_cast<size_t>(std::max(low - 1.0, 0.0));
-      const auto last = static_cast<size_t>(std::min(high + 1.0, kWidth));
-      for (size_t x = first; x <= last; ++x) {
-        skyline[x] = std::min(skyline[x], report_.layout.marks[index].top);
+      for (double x = std::max(low - 1.0, 0.0); x <= std::min(high + 1.0, kWidth); x += 1.0) {
+        double& top = skyline[static_cast<size_t>(x)];
+        top = std::min(top, report_.layout.marks[index].top);
       }
     }
     return skyline;
