@@ -414,7 +414,7 @@
     { title: 'Frequency', unit: 'MHz', key: 'centre', width: 10, text: (c) => mhz(c.centre) },
     { title: 'Width', unit: 'kHz', key: 'width', width: 7, text: (c) => khz(c.width), hint: (c) => `from ${khz(c.min_width)} to ${khz(c.max_width)} kHz` },
     { title: 'Kind', unit: 'by width', key: 'kind', width: 8, text: (c) => c.kindText, isText: true },
-    { title: 'Over floor', unit: 'relative dB', key: 'over', width: 9, isDown: true, text: (c) => decibel(c.over) },
+    { title: 'Over floor', unit: 'relative dB', key: 'over', width: 10, isDown: true, text: (c) => decibel(c.over) },
     { title: 'Peak', unit: 'relative dB', key: 'peak', width: 9, isDown: true, text: (c) => decibel(c.peak) },
     { title: 'Seen', unit: 'of looks', key: 'activity', width: 13, isDown: true, text: (c) => `${c.hits}/${c.looks}` },
     { title: 'First seen', unit: zoneText, key: 'first', width: 16, isDown: true, text: (c) => timeText(c.first) },
