@@ -24,7 +24,7 @@ foreach(target fault_test reliability_test)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/include)
   target_link_libraries(${target} PRIVATE GTest::gtest_main ${CMAKE_DL_LIBS})
   add_dependencies(${target} pelagrim_plugin)
-  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60)
+  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)  # a hang fails, too
 endforeach()
 
 # The boundary's tests once more under a locale that writes 0,5 for a half, made for them alone.
