@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <span>
 
 #include "host/frame_line.h"
@@ -12,7 +13,6 @@
 namespace pelagrim_host {
 namespace {
 
-constexpr size_t kNarrowColumns = 60;      // below that, words give way to signs
 constexpr size_t kLeastTableColumns = 40;  // of one part of a table that stands in several
 constexpr size_t kLeastSaidColumns = 44;   // of what was said, beside the table
 constexpr size_t kPartGap = 4;             // between two parts side by side
@@ -33,7 +33,6 @@ class Frame {
   size_t left() const { return window_.rows - lines_.size(); }
   size_t columns() const { return window_.columns; }
   bool roomy() const { return window_.rows >= kRoomyRows; }
-  bool narrow() const { return window_.columns < kNarrowColumns; }
   bool unicode() const { return style_.unicode; }
 
   std::vector<std::string> finish() {
@@ -66,11 +65,11 @@ void addTitle(Frame& frame, const ViewState& state) {
 /// "Dwell ━━━━━━────── 3.1 of 5 s".
 void addBar(Frame& frame, const std::string& label, double part, const std::string& text) {
   constexpr size_t kLabelColumns = 7;
-  const size_t text_columns = frame.narrow() ? 18 : 30;
-  const size_t spare = frame.columns() - std::min(frame.columns(), kLabelColumns + text_columns);
+  constexpr size_t kTextColumns = 30;
+  const size_t spare = frame.columns() - std::min(frame.columns(), kLabelColumns + kTextColumns);
   const size_t width = std::clamp<size_t>(spare, 8, 48);
   const auto filled =
-      static_cast<size_t>(std::clamp(part, 0.0, 1.0) * static_cast<double>(width) + 0.5);
+      static_cast<size_t>(std::lround(std::clamp(part, 0.0, 1.0) * static_cast<double>(width)));
   FrameLine line = frame.line();
   line.add(label).padTo(kLabelColumns);
   line.add(repeated(frame.unicode() ? "━" : "#", filled), Ink::kBar);
@@ -81,8 +80,8 @@ void addBar(Frame& frame, const std::string& label, double part, const std::stri
 void addDwell(Frame& frame, const SurveyProgress& progress) {
   if (progress.dwell_length_seconds) {
     addBar(frame, "Dwell", progress.dwell_elapsed_seconds / *progress.dwell_length_seconds,
-           fmt::format("{:.1f}{}{:g} s", progress.dwell_elapsed_seconds,
-                       frame.narrow() ? "/" : " of ", *progress.dwell_length_seconds));
+           fmt::format("{:.1f} of {:g} s", progress.dwell_elapsed_seconds,
+                       *progress.dwell_length_seconds));
   } else {
     frame.add(frame.line().add("Dwell").padTo(7).add(
         fmt::format("{:.1f} s", progress.dwell_elapsed_seconds)));
@@ -100,10 +99,8 @@ void addPass(Frame& frame, const SurveyProgress& progress) {
   const uint32_t per_pass = progress.dwells->dwellsPerPass();
   const uint32_t passes_done = progress.dwells->dwells_done / per_pass;
   const uint32_t here = progress.dwells->dwells_done % per_pass;
-  const char* const of = frame.narrow() ? "/" : " of ";
-  std::string text = fmt::format("{}{}{}{}, pass {}", frame.narrow() ? "" : "slice ", here + 1, of,
-                                 per_pass, passes_done + 1);
-  if (progress.wanted_passes) text += fmt::format("{}{}", of, *progress.wanted_passes);
+  std::string text = fmt::format("slice {} of {}, pass {}", here + 1, per_pass, passes_done + 1);
+  if (progress.wanted_passes) text += fmt::format(" of {}", *progress.wanted_passes);
   addBar(frame, "Pass", (here + dwellPart(progress)) / per_pass, text);
 }
 
@@ -194,7 +191,7 @@ void addTable(Frame& frame, const Panel& panel, size_t room, std::span<const Sai
     heading.add(alignedCells(panel.columns, layout.columns, layout.gap), Ink::kHeading);
   }
   if (!beside.empty()) {
-    heading.padTo(part_width).add("Messages", Ink::kHeading);
+    heading.padTo(part_width).add("Messages").padTo(frame.columns());
   }
   frame.add(heading);
   for (size_t i = 0; i < std::max(height, std::min(beside.size(), body)); ++i) {
@@ -212,8 +209,8 @@ void addTable(Frame& frame, const Panel& panel, size_t room, std::span<const Sai
 
 void addFooter(Frame& frame, const ViewState& state, bool all_shown) {
   FrameLine line = frame.line();
-  if (state.offers_keys) line.add("r rescan   q end   ", Ink::kFaint);
-  if (!frame.narrow()) line.add("Ctrl-C end, twice: leave at once", Ink::kFaint);
+  line.add(state.offers_keys ? "r rescan   q end   Ctrl-C twice: leave at once" : "Ctrl-C end",
+           Ink::kFaint);
   if (!all_shown) line.addRight("  more in survey.csv", Ink::kFaint);
   while (frame.left() > 1) frame.add(frame.line());
   frame.add(line);

@@ -4,6 +4,7 @@
 #include <locale.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <string_view>
 
@@ -16,9 +17,9 @@ namespace {
 
 bool movesByAnsiSequences() {
   const char* const move = tigetstr("cup");
-  // The database says "none" by a null pointer and "no such capability" by -1.
-  return move != nullptr && move != reinterpret_cast<const char*>(-1) &&
-         std::string_view(move).starts_with("\x1b[");
+  // The database says "none" by a null pointer and "no such capability" by one of -1.
+  const bool known = move != nullptr && reinterpret_cast<intptr_t>(move) != -1;
+  return known && std::string_view(move).starts_with("\x1b[");
 }
 
 bool userReadsUnicode() {
