@@ -19,7 +19,7 @@ struct Options {
   std::optional<double> frequency_hz;
   std::string format;  ///< of raw samples; empty: as the file's extension says
   double offset_seconds = 0.0;
-  uint64_t plays = 1;  ///< of a recording; 0: without end
+  uint64_t plays = 1;   ///< of a recording; 0: without end
   bool verify = false;  ///< compare a recording with its checksum
   bool show_source_info = false;
   std::optional<int64_t> start_unix_ms;
