@@ -74,6 +74,10 @@ std::vector<PlanStretch> planStrip(const std::vector<BandRange>& band_plan,
     const BandRange* const at = findBandRange(near, edges[edge]);
     if (at != nullptr && at->low_hz == at->high_hz) add(edges[edge], edges[edge], edges[edge]);
   }
+  // Single frequencies last, so that they are drawn upon what surrounds them.
+  std::stable_partition(strip.begin(), strip.end(), [](const PlanStretch& stretch) {
+    return stretch.low_hz < stretch.high_hz;
+  });
   return strip;
 }
 

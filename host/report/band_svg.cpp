@@ -140,7 +140,8 @@ class Drawing {
       return report_.channels[left].channel.width_hz > report_.channels[right].channel.width_hz;
     });
     for (const size_t index : order) {
-      const auto& [channel, change, old_hits, old_looks] = report_.channels[index];
+      const SurveyedChannel& channel = report_.channels[index].channel;
+      const Change change = report_.channels[index].change;
       const ChannelMark& mark = report_.layout.marks[index];
       const double half_hz = 0.5 * std::max(channel.width_hz, 0.0);
       const double low = xOf(channel.centre_hz - half_hz);
@@ -176,7 +177,7 @@ class Drawing {
       line("axis", xOf(hz), at_.level_bottom, xOf(hz), at_.level_bottom + 5.0);
       text(xOf(hz), at_.level_bottom + 18.0, "middle", fmt::format("{:.{}f}", hz / 1e6, digits));
     }
-    text(at_.left - 6.0, at_.level_bottom + 18.0, "soft end", "MHz");
+    text(at_.left - 28.0, at_.level_bottom + 18.0, "soft end", "MHz");
   }
 
   /// Frequencies over the marks, the most active first: where no other label stands and no other
@@ -222,9 +223,10 @@ class Drawing {
       const double low = xOf(channel.centre_hz - half_hz);
       const double high = xOf(channel.centre_hz + half_hz);
       if (high - low > at_.wide_mark) continue;
-      for (double x = std::max(low - 1.0, 0.0); x <= std::min(high + 1.0, kWidth); x += 1.0) {
-        double& top = skyline[static_cast<size_t>(x)];
-        top = std::min(top, report_.layout.marks[index].top);
+      const auto first = static_cast<size_t>(std::max(low - 1.0, 0.0));
+      const auto last = static_cast<size_t>(std::min(high + 1.0, kWidth));
+      for (size_t x = first; x <= last; ++x) {
+        skyline[x] = std::min(skyline[x], report_.layout.marks[index].top);
       }
     }
     return skyline;

@@ -5,18 +5,21 @@
   const find = (id) => document.getElementById(id);
 
   // ---- Channels ----------------------------------------------------------------------------------
-  const channels = data.channels.map((values, index) => {
-    const channel = { index };
-    data.columns.forEach((name, column) => { channel[name] = values[column]; });
-    channel.low = channel.centre - Math.max(channel.width, 0) / 2;
-    channel.high = channel.centre + Math.max(channel.width, 0) / 2;
-    channel.activity = channel.hits / channel.looks;
-    channel.over = channel.peak === null || channel.floor === null ? null : channel.peak - channel.floor;
-    channel.kindText = data.kinds[channel.kind];
-    channel.bandText = channel.band < 0 ? '' : data.plan[channel.band];
-    channel.changeText = data.changes[channel.change];
-    return channel;
-  });
+  const channels = data.channels.map(([
+    centre, width, minWidth, maxWidth, peak, floor, hits, looks, first, last, kind, band, top, timeBegin, timeEnd,
+    shade, change, oldHits, oldLooks,
+  ]) => ({
+    centre, width, minWidth, maxWidth, peak, hits, looks, first, last, kind, band, top, timeBegin, timeEnd,
+    shade, change, oldHits, oldLooks,
+    low: centre - Math.max(width, 0) / 2,
+    high: centre + Math.max(width, 0) / 2,
+    activity: hits / looks,
+    over: peak === null || floor === null ? null : peak - floor,
+    kindText: data.kinds[kind],
+    bandText: band < 0 ? '' : data.plan[band],
+    changeText: data.changes[change],
+    row: null,  // once it is made
+  }));
   const byCentre = channels.slice().sort((a, b) => a.centre - b.centre);
 
   // ---- Text --------------------------------------------------------------------------------------
@@ -94,21 +97,9 @@
   const strip = layer();
   const marks = layer({ 'clip-path': 'url(#clip)' });
   const axis = layer();
+  const highlights = layer({ 'clip-path': 'url(#clip)' });
   const labels = layer();
   const brush = shape('rect', { class: 'brush', y: at.level_top, height: at.time_bottom - at.level_top, visibility: 'hidden' }, svg);
-
-  // The wide first, so that what lies upon them is drawn upon them.
-  const inDrawingOrder = channels.slice().sort((a, b) => b.width - a.width);
-  for (const channel of inDrawingOrder) {
-    const fill = data.shades[channel.shade];
-    channel.level = shape('rect', { class: 'mark', y: channel.top, height: at.level_bottom - channel.top, fill, stroke: fill }, marks);
-    channel.time = channel.time_end > 0
-      ? shape('rect', { class: 'mark', y: channel.time_begin, height: channel.time_end - channel.time_begin, fill, stroke: fill }, marks)
-      : null;
-    for (const mark of [channel.level, channel.time]) {
-      if (mark && ['new', 'gone'].includes(channel.changeText)) mark.classList.add(channel.changeText);
-    }
-  }
 
   function drawScales(width) {
     scales.replaceChildren();
@@ -166,7 +157,7 @@
       if (x + (text.length * at.character_width) / 2 > pictureWidth) continue;
       shape('text', { x, y: at.level_bottom + 18, 'text-anchor': 'middle' }, axis, text);
     }
-    shape('text', { x: at.left - 6, y: at.level_bottom + 18, 'text-anchor': 'end', class: 'soft' }, axis, 'MHz');
+    shape('text', { x: at.left - 28, y: at.level_bottom + 18, 'text-anchor': 'end', class: 'soft' }, axis, 'MHz');
   }
 
   function drawStrip() {
@@ -187,21 +178,44 @@
     });
   }
 
-  function placeMarks() {
+  function boxOf(channel) {
+    const [left, right] = [xOf(channel.low), xOf(channel.high)];
+    const width = Math.max(right - left, at.least_mark);
+    return { x: (left + right - width) / 2, width };
+  }
+  const outline = (x, y, width, height) => `M${x.toFixed(1)} ${y}h${width.toFixed(1)}v${height.toFixed(1)}h${(-width).toFixed(1)}z`;
+  function outlines(channel) {
+    const { x, width } = boxOf(channel);
+    return outline(x, channel.top, width, at.level_bottom - channel.top)
+      + (channel.timeEnd > 0 ? outline(x, channel.timeBegin, width, channel.timeEnd - channel.timeBegin) : '');
+  }
+
+  // Marks that look alike are one path, or thousands of them would keep the reader waiting. The wide
+  // come first, so that what lies upon them is drawn upon them, then by shade.
+  const widthSteps = [at.wide_mark, 12, 6, 3];
+  function drawMarks() {
+    const groups = new Map();
     for (const channel of channels) {
-      const isShown = isInView(channel);
-      const left = xOf(channel.low);
-      const right = xOf(channel.high);
-      const width = Math.max(right - left, at.least_mark);
-      const x = (left + right - width) / 2;
-      for (const mark of [channel.level, channel.time]) {
-        if (!mark) continue;
-        mark.style.display = isShown ? '' : 'none';
-        if (!isShown) continue;
-        mark.setAttribute('x', x.toFixed(2));
-        mark.setAttribute('width', width.toFixed(2));
-        mark.classList.toggle('wide', width > at.wide_mark);
-      }
+      if (!isInView(channel)) continue;
+      const { width } = boxOf(channel);
+      const step = widthSteps.findIndex((least) => width > least);
+      const state = `mark${step === 0 ? ' wide' : ''}${passes(channel) ? '' : ' left-out'}`
+        + (channel.changeText === 'new' || channel.changeText === 'gone' ? ` ${channel.changeText}` : '');
+      const order = (step < 0 ? widthSteps.length : step) * data.shades.length + channel.shade;
+      const key = `${order} ${state}`;
+      if (!groups.has(key)) groups.set(key, { order, state, shade: data.shades[channel.shade], parts: [] });
+      groups.get(key).parts.push(outlines(channel));
+    }
+    marks.replaceChildren();
+    for (const { state, shade, parts } of [...groups.values()].sort((a, b) => a.order - b.order)) {
+      shape('path', { class: state, fill: shade, stroke: shade, d: parts.join('') }, marks);
+    }
+  }
+  function drawHighlights() {
+    highlights.replaceChildren();
+    for (const channel of new Set([picked, hovered])) {
+      if (!channel || !isInView(channel)) continue;
+      shape('path', { class: 'highlight', fill: data.shades[channel.shade], d: outlines(channel) }, highlights);
     }
   }
 
@@ -243,7 +257,8 @@
     drawScales(pictureWidth);
     drawStrip();
     drawAxis();
-    placeMarks();
+    drawMarks();
+    drawHighlights();
     drawLabels();
     find('view').textContent = `${mhz(view.low)}–${mhz(view.high)} MHz`;
   }
@@ -269,35 +284,25 @@
   const showWhole = () => look(data.span[0], data.span[1]);
 
   // ---- Picture and table, joined -----------------------------------------------------------------
-  const elementsOf = (channel) => [channel.level, channel.time, channel.row].filter(Boolean);
   function hover(channel) {
     if (hovered === channel) return;
-    if (hovered) elementsOf(hovered).forEach((part) => part.classList.remove('hover'));
+    hovered?.row?.classList.remove('hover');
     hovered = channel;
-    if (hovered) elementsOf(hovered).forEach((part) => part.classList.add('hover'));
+    hovered?.row?.classList.add('hover');
     const shown = hovered ?? picked;
     find('readout').textContent = shown ? sentence(shown) : '\u00a0';
+    drawHighlights();
   }
   function pick(channel) {
-    if (picked) {
-      picked.level.classList.remove('picked');
-      picked.time?.classList.remove('picked');
-      picked.row?.removeAttribute('aria-current');
-    }
+    picked?.row?.removeAttribute('aria-current');
     picked = channel;
-    if (!picked) {
-      find('readout').textContent = '\u00a0';
-      drawLabels();
-      return;
-    }
-    picked.level.classList.add('picked');
-    picked.time?.classList.add('picked');
-    rowOf(picked).setAttribute('aria-current', 'true');
-    find('readout').textContent = sentence(picked);
-    if (picked.centre < view.low || picked.centre > view.high) {
+    if (picked) rowOf(picked).setAttribute('aria-current', 'true');
+    find('readout').textContent = picked ? sentence(picked) : '\u00a0';
+    if (picked && (picked.centre < view.low || picked.centre > view.high)) {
       const half = (view.high - view.low) / 2;
       look(picked.centre - half, picked.centre + half);
     } else {
+      drawHighlights();
       drawLabels();
     }
   }
@@ -326,7 +331,7 @@
       const distance = Math.max(xOf(channel.low) - x, x - xOf(channel.high), 0);
       if (distance > slack) continue;
       const isOnLevel = y >= channel.top - slack && y <= at.level_bottom;
-      const isOnTime = channel.time && y >= channel.time_begin - slack && y <= channel.time_end + slack;
+      const isOnTime = channel.timeEnd > 0 && y >= channel.timeBegin - slack && y <= channel.timeEnd + slack;
       if (!isOnLevel && !isOnTime) continue;
       const rank = channel.width + (distance * (view.high - view.low)) / plotWidth();
       if (rank < bestRank) [best, bestRank] = [channel, rank];
@@ -412,8 +417,8 @@
   // ---- Table -------------------------------------------------------------------------------------
   const columns = [
     { title: 'Frequency', unit: 'MHz', key: 'centre', width: 10, text: (c) => mhz(c.centre) },
-    { title: 'Width', unit: 'kHz', key: 'width', width: 7, text: (c) => khz(c.width), hint: (c) => `from ${khz(c.min_width)} to ${khz(c.max_width)} kHz` },
-    { title: 'Kind', unit: 'by width', key: 'kind', width: 8, text: (c) => c.kindText, isText: true },
+    { title: 'Width', unit: 'kHz', key: 'width', width: 7, text: (c) => khz(c.width), hint: (c) => `from ${khz(c.minWidth)} to ${khz(c.maxWidth)} kHz` },
+    { title: 'Kind', unit: 'by width', key: 'kind', width: 9, text: (c) => c.kindText, isText: true },
     { title: 'Over floor', unit: 'relative dB', key: 'over', width: 10, isDown: true, text: (c) => decibel(c.over) },
     { title: 'Peak', unit: 'relative dB', key: 'peak', width: 9, isDown: true, text: (c) => decibel(c.peak) },
     { title: 'Seen', unit: 'of looks', key: 'activity', width: 13, isDown: true, text: (c) => `${c.hits}/${c.looks}` },
@@ -422,9 +427,9 @@
     { title: 'Band', unit: 'band plan', key: 'bandText', width: 16, text: (c) => c.bandText, isText: true },
   ];
   if (data.compared) {
-    const was = (c) => (c.old_looks > 0 && c.changeText !== 'gone' ? `${c.changeText || 'as'} before: ${c.old_hits}/${c.old_looks}` : c.changeText);
-    const often = (c) => (c.changeText.endsWith('often') ? `${c.changeText}, was ${c.old_hits}/${c.old_looks}` : was(c));
-    columns.splice(1, 0, { title: 'Change', unit: 'since', key: 'change', width: 12, isDown: true, text: often, isText: true });
+    const was = (c) => (c.oldLooks > 0 && c.changeText !== 'gone' ? `${c.changeText || 'as'} before: ${c.oldHits}/${c.oldLooks}` : c.changeText);
+    const often = (c) => (c.changeText.endsWith('often') ? `${c.changeText}, was ${c.oldHits}/${c.oldLooks}` : was(c));
+    columns.splice(1, 0, { title: 'Change', unit: 'since', key: 'change', width: 13, isDown: true, text: often, isText: true });
   }
   let sortBy = { key: 'activity', isDown: true };
   const widths = columns.reduce((sum, column) => sum + column.width, 0);
@@ -512,11 +517,7 @@
     row.focus();
   }
   function applyFilters() {
-    for (const channel of channels) {
-      const isLeftOut = !passes(channel);
-      channel.level.classList.toggle('left-out', isLeftOut);
-      channel.time?.classList.toggle('left-out', isLeftOut);
-    }
+    drawMarks();
     drawLabels();
     fillTable();
   }
@@ -554,7 +555,6 @@
   }
   fit(picture.clientWidth);
   fillTable();
-  requestAnimationFrame(() => setTimeout(() => performance.mark('painted'), 0));
   new ResizeObserver(() => fit(picture.clientWidth)).observe(picture);
   window.addEventListener('beforeprint', () => {
     appendRows(Infinity);

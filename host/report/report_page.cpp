@@ -13,11 +13,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* kColumns[] = {"centre", "width",  "min_width", "max_width",  "peak",
-                                    "floor",  "hits",   "looks",     "first",      "last",
-                                    "kind",   "band",   "top",       "time_begin", "time_end",
-                                    "shade",  "change", "old_hits",  "old_looks"};
-
 /// A tenth of a pixel or of a decibel is as fine as anybody sees; more digits make the page large.
 json tenths(double value) {
   if (!std::isfinite(value)) return nullptr;
@@ -34,6 +29,7 @@ json moment(int64_t unix_ms) {
   return unix_ms > kLatest || unix_ms < 0 ? 0 : unix_ms;
 }
 
+/// The values that the script takes apart by their places.
 json rowOf(const ReportedChannel& reported, const ChannelMark& mark,
            const std::vector<BandRange>& band_plan) {
   const SurveyedChannel& channel = reported.channel;
@@ -87,7 +83,6 @@ json dataOf(const ReportData& report) {
   data["kinds"] = signalKinds();
   data["changes"] = {"", "new", "gone", "more often", "less often"};
   data["compared"] = report.is_compared;
-  data["columns"] = kColumns;
   for (const char* const list : {"settings", "remarks", "plan", "strip", "channels"}) {
     data[list] = json::array();
   }

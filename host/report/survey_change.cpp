@@ -64,6 +64,7 @@ Change changeOf(const SurveyedChannel& now, const SurveyedChannel& before) {
 
 std::vector<ReportedChannel> withoutComparison(const std::vector<SurveyedChannel>& channels) {
   std::vector<ReportedChannel> reported;
+  reported.reserve(channels.size());
   for (const SurveyedChannel& channel : channels) reported.push_back({channel});
   return reported;
 }

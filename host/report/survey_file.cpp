@@ -23,8 +23,7 @@ constexpr const char* kBandPlanName = "survey-labels.txt";
 constexpr std::string_view kFormatLine = "# survey.csv format 2";
 constexpr std::string_view kUnknownKind = "?";
 
-// The plug-in reads lines in pieces of this size and takes each for a line; so what it ignores of
-// a long one is ignored here.
+// The plug-in reads the band plan in pieces of at most this size and takes each for a line.
 constexpr size_t kLongestLine = 511;
 
 // Two numbers run together by a damaged file give a frequency that no radio has.
@@ -42,9 +41,9 @@ constexpr KindOfWidth kKindsOfWidth[] = {
     {260000.0, "WFM?"},     {std::numeric_limits<double>::infinity(), "wideband?"},
 };
 
-/// Takes the next line off the front of `text`, its line feed included.
-std::string takeLine(std::string_view& text) {
-  const size_t length = std::min({text.find('\n'), text.size() - 1, kLongestLine - 1}) + 1;
+/// Takes the next line, or `most` bytes of it, off the front of `text`, its line feed included.
+std::string takeLine(std::string_view& text, size_t most = std::string_view::npos) {
+  const size_t length = std::min({text.find('\n'), text.size() - 1, most - 1}) + 1;
   std::string line(text.substr(0, length));
   text.remove_prefix(length);
   return line;
@@ -164,7 +163,8 @@ SurveyRows parseSurveyRows(std::string_view text) {
 std::vector<BandRange> parseBandPlan(std::string_view text) {
   std::vector<BandRange> band_plan;
   while (!text.empty()) {
-    if (auto range = bandRangeOf(takeLine(text))) band_plan.push_back(*std::move(range));
+    if (auto range = bandRangeOf(takeLine(text, kLongestLine)))
+      band_plan.push_back(*std::move(range));
   }
   return band_plan;
 }
