@@ -101,7 +101,8 @@ void measureCarriers(const std::filesystem::path& dir) {
       {"on a bin", 100.0}, {"between bins", 100.5}, {"centre spike (DC)", 0.0}};
   for (const auto& [name, place] : kPlaces) {
     Series series{name, {}};
-    for (double db = 0.0; db <= 80.0; db += 2.0) {
+    for (int level_db = 0; level_db <= 80; level_db += 2) {
+      const double db = level_db;
       NoisyBand band(kRateHz, 61);
       band.add(steadyCarrier(place, db));
       const auto all = findDetections(band.listen(0, kFrames), band.slice(), kThresholdDb);

@@ -106,7 +106,8 @@ void measureFullBands(const std::filesystem::path& dir) {
   for (const double db : {15.0, 20.0, 30.0, 40.0}) {
     Series floor{fmt::format("{:g} dB over the floor", db), {}};
     Series seen = floor;
-    for (double percent = 60.0; percent <= 99.0; percent += 1.5) {
+    for (int step = 0; step <= 26; ++step) {
+      const double percent = 60.0 + 1.5 * step;
       const double width_bins = 0.01 * percent * kSpacingBins;
       const Signal at_0 = flatBand(0.0, width_bins, db, 13);
       NoisyBand band(kRateHz, 91);
