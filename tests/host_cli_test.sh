@@ -42,6 +42,9 @@ expect 1 "no samples" empty.cs16 --sample-rate 1M --frequency 1M
 expect 1 "behind its end" noise.cu8 --sample-rate 1M --frequency 1M --offset 1
 expect 0 "last 1 of its bytes" noise.cu8 --sample-rate 1M --frequency 433M --loop 3
 check grep -q "sweep = no" noise.survey/survey.cfg
+expect 1 "there is no survey at gone; name" report gone
+expect 2 "ends in .html or .svg" report noise.survey -o band.pdf
+expect 0 "band.html: " report noise.survey -o band.html
 expect 0 "nothing will be kept" noise.cu8 --sample-rate 1M --frequency 433M --sweep --band 1M:2M
 
 # Two runs agree; a third one resumes, and a reader that leaves early does not harm it.

@@ -78,7 +78,7 @@
   document.title = `${title} – band survey`;
   find('time-span').textContent = data.times[0] > 0
     ? `Seen from ${timeText(data.times[0])} to ${timeText(data.times[1])} (${zoneText})`
-    : 'The survey had no clock, so nothing is known about times.';
+    : channels.length > 0 ? 'The survey had no clock, so nothing is known about times.' : 'Nothing was found yet.';
   for (const [name, value] of data.settings) {
     const pair = element('div', {}, undefined, find('settings'));
     element('dt', {}, name, pair);

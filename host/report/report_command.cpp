@@ -104,7 +104,7 @@ void writeWhole(const std::filesystem::path& path, const std::string& text) {
     std::ofstream file(fresh_path, std::ios::binary);
     file << text;
     file.close();
-    if (!file) throw std::runtime_error(fmt::format("cannot write {}", fresh_path.string()));
+    if (!file) throw std::runtime_error(fmt::format("cannot write {}", path.string()));
   }
   std::error_code error;
   std::filesystem::rename(fresh_path, path, error);
