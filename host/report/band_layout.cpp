@@ -15,6 +15,11 @@ FrequencyRange extent(const SurveyedChannel& channel) {
   return {channel.centre_hz - half_hz, channel.centre_hz + half_hz};
 }
 
+bool hasTimes(const SurveyedChannel& channel) {
+  return channel.first_unix_ms > 0 && channel.last_unix_ms >= channel.first_unix_ms &&
+         channel.last_unix_ms <= kLatestUnixMs;
+}
+
 void widen(FrequencyRange& range, const FrequencyRange& other) {
   range.low_hz = std::min(range.low_hz, other.low_hz);
   range.high_hz = std::max(range.high_hz, other.high_hz);
@@ -104,7 +109,7 @@ BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
   for (const auto& [channel, change, old_hits, old_looks] : channels) {
     widen(layout.span, extent(channel));
     top_db = std::max(top_db, overFloorDb(channel));
-    if (channel.first_unix_ms <= 0 || channel.last_unix_ms < channel.first_unix_ms) continue;
+    if (!hasTimes(channel)) continue;
     const bool is_first = layout.first_unix_ms == 0;
     layout.first_unix_ms =
         is_first ? channel.first_unix_ms : std::min(layout.first_unix_ms, channel.first_unix_ms);
@@ -129,7 +134,7 @@ BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
     ChannelMark mark;
     const double height = overFloorDb(channel) / layout.top_db * (at.level_bottom - at.level_top);
     mark.top = at.level_bottom - std::max(height, at.least_mark);
-    if (channel.first_unix_ms > 0 && channel.last_unix_ms >= channel.first_unix_ms) {
+    if (hasTimes(channel)) {
       mark.time_begin = time_y(channel.first_unix_ms);
       mark.time_end = time_y(channel.last_unix_ms) + at.least_mark;
     }

@@ -64,6 +64,9 @@ struct BandLayout {
 /// hues in OKLCH (Ottosson, 2020).
 const std::vector<std::string>& activityShades();
 
+/// The latest time that a page's script can tell; what lies behind it counts as unknown.
+constexpr int64_t kLatestUnixMs = 8'640'000'000'000'000;
+
 /// The level of a channel over its floor, at least 0; 0 when either is not a number.
 double overFloorDb(const SurveyedChannel& channel);
 

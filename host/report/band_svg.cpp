@@ -106,13 +106,20 @@ class Drawing {
     const auto& [first_unix_ms, last_unix_ms] =
         std::pair(report_.layout.first_unix_ms, report_.layout.last_unix_ms);
     if (first_unix_ms == 0) return;
+    const bool is_short = last_unix_ms - first_unix_ms < 10'000;  // the seconds would all be one
     const int most_halves = first_unix_ms == last_unix_ms ? 0 : 2;
     for (int halves = 0; halves <= most_halves; ++halves) {
       const double y = at_.time_top + 0.5 * halves * (at_.time_bottom - at_.time_top);
-      const std::tm local = localTime(first_unix_ms + (last_unix_ms - first_unix_ms) / 2 * halves);
+      const int64_t unix_ms = halves == 2
+                                  ? last_unix_ms
+                                  : first_unix_ms + halves * ((last_unix_ms - first_unix_ms) / 2);
+      const std::tm local = localTime(unix_ms);
+      const std::string date = fmt::format("{:%Y-%m-%d}", local);
+      const std::string clock = fmt::format("{:%H:%M:%S}", local);
       line("grid", at_.left, y, right, y);
-      text(at_.left - 6.0, y - 1.0, "soft end", fmt::format("{:%Y-%m-%d}", local));
-      text(at_.left - 6.0, y + 11.0, "soft end", fmt::format("{:%H:%M:%S}", local));
+      text(at_.left - 6.0, y - 1.0, "soft end", is_short ? clock : date);
+      text(at_.left - 6.0, y - 1.0 + at_.label_height, "soft end",
+           is_short ? fmt::format(".{:03} s", unix_ms % 1000) : clock);
     }
   }
 

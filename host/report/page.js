@@ -120,9 +120,12 @@
       const y = at.time_top + part * (at.time_bottom - at.time_top);
       const date = new Date(data.times[0] + part * (data.times[1] - data.times[0]));
       shape('line', { class: 'grid', x1: at.left, x2: right, y1: y, y2: y }, scales);
-      shape('text', { x: at.left - 6, y: y - 1, 'text-anchor': 'end', class: 'soft' }, scales, dateText(date));
-      shape('text', { x: at.left - 6, y: y + 11, 'text-anchor': 'end', class: 'soft' }, scales,
-        clockText(date) + (isShort ? `.${String(date.getMilliseconds()).padStart(3, '0')}` : ''));
+      const lines = isShort
+        ? [clockText(date), `.${String(date.getMilliseconds()).padStart(3, '0')} s`]
+        : [dateText(date), clockText(date)];
+      lines.forEach((text, line) => {
+        shape('text', { x: at.left - 6, y: y - 1 + line * at.label_height, 'text-anchor': 'end', class: 'soft' }, scales, text);
+      });
     }
   }
 

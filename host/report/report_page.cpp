@@ -23,10 +23,8 @@ json whole(double value) {
   return static_cast<int64_t>(std::llround(value));
 }
 
-/// Also what cannot be written as a number of milliseconds for a script counts as no time.
 json moment(int64_t unix_ms) {
-  constexpr int64_t kLatest = 8'640'000'000'000'000;
-  return unix_ms > kLatest || unix_ms < 0 ? 0 : unix_ms;
+  return unix_ms > kLatestUnixMs || unix_ms < 0 ? 0 : unix_ms;
 }
 
 /// The values that the script takes apart by their places.
