@@ -14,6 +14,13 @@
 
 namespace pelagrim_host {
 
+/// Something known of a source, for the user's eyes: "rate", "250 kS/s", "the file name".
+struct SourceFact {
+  std::string what;
+  std::string value;
+  std::string origin;  ///< where it was taken from; empty where that goes without saying
+};
+
 /// What a survey listens to: a recording, a simulated band, a live receiver.
 ///
 /// One thread uses a source. Failures are thrown as SourceError with a line that names the file or
@@ -37,6 +44,10 @@ class IqSource {
 
   /// Unix time in milliseconds of the first sample, where it is known.
   virtual std::optional<int64_t> startUnixMs() const { return std::nullopt; }
+
+  /// What is known of the source as it was opened: format, rate, centre, start, length and what
+  /// else there is. Empty: rate and centre, which go without saying.
+  virtual std::vector<SourceFact> facts() const { return {}; }
 
   /// True for a receiver whose samples arrive by the clock on the wall; the host's clock is then
   /// that clock. False: the host's clock follows the samples.

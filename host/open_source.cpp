@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "host/offset_tuned_source.h"
+#include "host/open_recording.h"
 #include "host/replayed_source.h"
 #include "host/signals.h"
 #include "host/soapy_receiver.h"
@@ -26,41 +27,10 @@ bool isStandardInput(const Options& options) {
   return options.source == "-";
 }
 
-/// The format of a raw recording: as told, else as the extension says.
-const SampleFormat& chooseFormat(const Options& options) {
-  std::string name = options.format;
-  if (name.empty()) {
-    const std::string extension = std::filesystem::path(options.source).extension().string();
-    if (!extension.empty()) name = extension.substr(1);
-  }
-  const SampleFormat* const format = findSampleFormat(name);
-  if (format != nullptr) return *format;
-  if (!options.format.empty()) {
-    throw UsageError(
-        fmt::format("--format {} is not known; there are {}", name, sampleFormatNames()));
-  }
-  throw UsageError(fmt::format("{}: the format of the samples is not known; give --format with {}",
-                               options.source, sampleFormatNames()));
-}
-
-/// A recording without a header. Metadata in names and headers joins in here.
-std::unique_ptr<IqSource> openRaw(const Options& options, RemarkSink remark) {
-  const SampleFormat& format = chooseFormat(options);
-  if (!options.sample_rate_hz) {
-    throw UsageError(fmt::format("{}: the sample rate is not known; give --sample-rate, e.g. 2.4M",
-                                 options.source));
-  }
-  if (!options.frequency_hz) {
-    throw UsageError(
-        fmt::format("{}: the centre is not known; give --frequency, e.g. 145.5M", options.source));
-  }
-  return std::make_unique<RawRecording>(options.source, format, *options.sample_rate_hz,
-                                        *options.frequency_hz, std::move(remark));
-}
-
 std::unique_ptr<IqSource> openSimulatedBand(const Options& options, const std::string& settings) {
-  if (!options.format.empty() || options.plays != 1 || options.offset_seconds != 0.0) {
-    throw UsageError("--format, --loop and --offset are for a recording; name one");
+  if (!options.format.empty() || options.plays != 1 || options.offset_seconds != 0.0 ||
+      options.verify) {
+    throw UsageError("--format, --loop, --offset and --verify are for a recording; name one");
   }
   return std::make_unique<SimulatedBand>(simulatedBandConfig(options, settings));
 }
@@ -121,7 +91,7 @@ std::unique_ptr<IqSource> openSource(const Options& options, const std::string& 
   if (options.lo_offset_hz != 0.0) {
     throw UsageError("--lo-offset: a recording cannot be tuned; leave the option out");
   }
-  if (options.plays == 1 && options.offset_seconds == 0.0) return openRaw(options, remark);
+  if (options.plays == 1 && options.offset_seconds == 0.0) return openRecording(options, remark);
   if (options.plays != 1 && isStandardInput(options)) {
     throw UsageError("--loop: standard input cannot be played again; name a file");
   }
@@ -132,20 +102,27 @@ std::unique_ptr<IqSource> openSource(const Options& options, const std::string& 
   };
   const auto shared_remark = std::make_shared<RemarkSink>(remark_once);
   return std::make_unique<ReplayedSource>(
-      [options, shared_remark] {
-        return openRaw(options,
-                       [shared_remark](const std::string& line) { (*shared_remark)(line); });
+      [options = Options(options), shared_remark]() mutable {
+        auto source = openRecording(
+            options, [shared_remark](const std::string& line) { (*shared_remark)(line); });
+        options.verify = false;  // once is enough
+        return source;
       },
       options.plays, options.offset_seconds);
 }
 
-int64_t startTimeMs(const Options& options, const IqSource& source) {
+StartTime startTime(const Options& options, const IqSource& source) {
   const auto offset_ms = static_cast<int64_t>(options.offset_seconds * 1000.0);
-  if (options.start_unix_ms) return *options.start_unix_ms + offset_ms;
-  if (const auto start_ms = source.startUnixMs()) return *start_ms;
+  if (options.start_unix_ms) return {*options.start_unix_ms + offset_ms, "the command line"};
+  if (const auto start_ms = source.startUnixMs()) return {*start_ms, "the recording"};
   struct stat status = {};
-  if (isStandardInput(options) || stat(options.source.c_str(), &status) != 0) return wallClockMs();
-  return int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000 + offset_ms;
+  if (options.source.empty() || isStandardInput(options) ||
+      stat(options.source.c_str(), &status) != 0) {
+    return {wallClockMs(), "the clock"};
+  }
+  const int64_t file_ms =
+      int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000;
+  return {file_ms + offset_ms, "the age of its file"};
 }
 
 std::filesystem::path liveSurveyDirectory(const char* home) {

@@ -6,7 +6,7 @@
 
 #include "host/iq_source.h"
 #include "host/options.h"
-#include "host/raw_recording.h"
+#include "host/recording.h"
 #include "host/simulated_band.h"
 
 namespace pelagrim_host {
@@ -21,9 +21,14 @@ SimulatedBandConfig simulatedBandConfig(const Options& options, const std::strin
 std::unique_ptr<IqSource> openSource(const Options& options, const std::string& settings,
                                      const RemarkSink& remark);
 
-/// Unix time in milliseconds at which the source's first sample is taken to have been received: as
-/// the command line says, as the source knows, the age of a recording's file, else now.
-int64_t startTimeMs(const Options& options, const IqSource& source);
+struct StartTime {
+  int64_t unix_ms;
+  std::string origin;
+};
+
+/// When the source's first sample is taken to have been received: as the command line says, as the
+/// source knows, the age of a recording's file, else now.
+StartTime startTime(const Options& options, const IqSource& source);
 
 /// Where a survey by a live receiver is kept: the directory that the plug-in has by itself, so that
 /// this host and a receiver with a screen go on with the same survey. `home`: HOME, null when

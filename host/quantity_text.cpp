@@ -90,6 +90,16 @@ std::optional<int64_t> parseMoment(std::string_view text) {
   return moment.time_since_epoch().count();
 }
 
+std::string formatMoment(int64_t unix_ms) {
+  const std::chrono::sys_time<std::chrono::milliseconds> moment{std::chrono::milliseconds(unix_ms)};
+  const auto day = std::chrono::floor<std::chrono::days>(moment);
+  const std::chrono::year_month_day date(day);
+  const std::chrono::hh_mm_ss time(std::chrono::floor<std::chrono::seconds>(moment - day));
+  return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(date.year()),
+                     static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                     time.hours().count(), time.minutes().count(), time.seconds().count());
+}
+
 std::string formatFrequency(double hz) {
   const bool whole_khz = std::fmod(hz, 1000.0) == 0.0;
   return fmt::format("{:.{}f} MHz", hz / 1e6, whole_khz ? 3 : 6);

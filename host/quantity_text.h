@@ -25,6 +25,9 @@ std::optional<FrequencyRange> parseFrequencyRange(std::string_view text);
 /// and the Z may be absent), or the milliseconds themselves.
 std::optional<int64_t> parseMoment(std::string_view text);
 
+/// A moment in UTC to the second, as parseMoment takes it: "2024-11-16T12:34:56Z".
+std::string formatMoment(int64_t unix_ms);
+
 /// "145.500 MHz"; six decimals where the frequency is no multiple of a kilohertz.
 std::string formatFrequency(double hz);
 

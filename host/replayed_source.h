@@ -20,6 +20,7 @@ class ReplayedSource final : public IqSource {
   double sampleRateHz() const override { return source_->sampleRateHz(); }
   double centreHz() const override { return source_->centreHz(); }
   std::optional<int64_t> startUnixMs() const override;
+  std::vector<SourceFact> facts() const override { return source_->facts(); }
   size_t read(std::span<std::complex<float>> block) override;
 
  private:

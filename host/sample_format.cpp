@@ -1,5 +1,6 @@
 #include "host/sample_format.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -24,11 +25,14 @@ void convertSigned(const std::byte* in, size_t count, float* out) {
   for (size_t i = 0; i < count; ++i) out[i] = static_cast<float>(load<Component>(in, i)) * kScale;
 }
 
-void convertUnsigned8(const std::byte* in, size_t count, float* out) {
+template <typename Component, typename Wider>
+void convertUnsigned(const std::byte* in, size_t count, float* out) {
+  constexpr Wider kCodes = Wider{1} << (8 * sizeof(Component));
+  constexpr float kScale = 1.0F / static_cast<float>(kCodes);
   for (size_t i = 0; i < count; ++i) {
-    // By way of int, which processors convert to float faster than they do unsigned.
-    const int centred_twice = 2 * static_cast<int>(load<uint8_t>(in, i)) - 255;
-    out[i] = static_cast<float>(centred_twice) * (1.0F / 256.0F);
+    // By way of signed numbers, which processors convert to float faster than unsigned ones.
+    const Wider centred_twice = 2 * static_cast<Wider>(load<Component>(in, i)) - (kCodes - 1);
+    out[i] = static_cast<float>(centred_twice) * kScale;
   }
 }
 
@@ -38,9 +42,12 @@ void convertFloating(const std::byte* in, size_t count, float* out) {
 }
 
 constexpr std::array kFormats = {
-    SampleFormat{"cu8", 1, convertUnsigned8},
+    SampleFormat{"cu8", 1, convertUnsigned<uint8_t, int32_t>},
     SampleFormat{"cs8", 1, convertSigned<int8_t>},
+    SampleFormat{"cu16", 2, convertUnsigned<uint16_t, int32_t>},
     SampleFormat{"cs16", 2, convertSigned<int16_t>},
+    SampleFormat{"cu32", 4, convertUnsigned<uint32_t, int64_t>},
+    SampleFormat{"cs32", 4, convertSigned<int32_t>},
     SampleFormat{"cf32", 4, convertFloating<float>},
     SampleFormat{"cf64", 8, convertFloating<double>},
 };
@@ -56,6 +63,12 @@ const SampleFormat* findSampleFormat(std::string_view name) {
     if (format.name == name) return &format;
   }
   return nullptr;
+}
+
+void reverseComponents(std::span<std::byte> bytes, size_t component_bytes) {
+  for (; bytes.size() >= component_bytes; bytes = bytes.subspan(component_bytes)) {
+    std::reverse(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(component_bytes));
+  }
 }
 
 std::string sampleFormatNames() {

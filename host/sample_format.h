@@ -27,6 +27,10 @@ std::span<const SampleFormat> sampleFormats();
 /// The format of that name ("cs16"), or null.
 const SampleFormat* findSampleFormat(std::string_view name);
 
+/// Turns the bytes of every component around, in place: from big-endian to the little-endian order
+/// that the formats have.
+void reverseComponents(std::span<std::byte> bytes, size_t component_bytes);
+
 /// "cu8, cs8, ...": for messages.
 std::string sampleFormatNames();
 

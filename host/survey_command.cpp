@@ -22,6 +22,7 @@
 #include "host/quantity_text.h"
 #include "host/signals.h"
 #include "host/soapy_receiver.h"
+#include "host/source_info.h"
 #include "host/survey_clock.h"
 #include "host/survey_session.h"
 #include "host/survey_settings_file.h"
@@ -104,6 +105,18 @@ SessionSettings sessionSettings(const Options& options, const std::filesystem::p
   return session;
 }
 
+void showSourceInfo(const Options& options) {
+  const auto survey_dir =
+      chooseSurveyDirectory(options, std::getenv(kDirectoryVariable), surveyDirectoryName(options));
+  const std::string settings =
+      withSettings(readSettings(survey_dir).value_or(""), settingsAsked(options));
+  TextOutput errors(stderr);
+  const auto source = openSource(options, settings, [&errors](const std::string& line) {
+    errors.write(fmt::format("pelagrim-survey: {}\n", line));
+  });
+  TextOutput(stdout).write(sourceTable(*source, startTime(options, *source)));
+}
+
 void survey(const Options& options, const PluginLibrary& plugin) {
   const auto shown = makeReport(options);
   SurveyReport& report = *shown;
@@ -120,14 +133,16 @@ void survey(const Options& options, const PluginLibrary& plugin) {
     edits.insert(edits.end(), further.begin(), further.end());
     settings = withSettings(settings, further);
   }
+  const StartTime start = startTime(options, *source);
   report.opened({source->name(), source->centreHz(), source->sampleRateHz()});
+  if (!source->facts().empty()) report.note(sourceLine(*source, start));
   prepareDirectory(survey_dir, edits, report);
   if (const auto mismatch = bandMismatch(settings, *source)) report.warning(*mismatch);
   setenv(kDirectoryVariable, survey_dir.c_str(), 1);
 
-  SurveyClock clock = source->isLive() ? SurveyClock::onTheWall()
-                                       : SurveyClock::ofSamples(startTimeMs(options, *source),
-                                                                source->sampleRateHz());
+  SurveyClock clock = source->isLive()
+                          ? SurveyClock::onTheWall()
+                          : SurveyClock::ofSamples(start.unix_ms, source->sampleRateHz());
   const SessionSettings session_settings = sessionSettings(options, survey_dir);
   if (session_settings.passes && !options.passes) {
     report.note(fmt::format("ends after {} passes; --passes or --duration set another end",
@@ -174,6 +189,10 @@ void runCommand(const Options& options) {
                                                   surveyDirectoryName(options));
     const auto old_settings = readSettings(survey_dir);
     listStations(options, withSettings(old_settings.value_or(""), settingsAsked(options)));
+    return;
+  }
+  if (options.show_source_info) {
+    showSourceInfo(options);
     return;
   }
   const PluginLibrary plugin(options.plugin.empty() ? findDefaultPlugin()

@@ -7,6 +7,7 @@ target_include_directories(fake_plugin PRIVATE ${PROJECT_SOURCE_DIR}/include)
 
 add_executable(host_test
   host_export_test.cpp
+  host_recordings_test.cpp
   host_session_test.cpp
   host_text_test.cpp
   host_view_test.cpp

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <span>
+
+namespace pelagrim_host {
+
+/// Bytes that are read once from front to back: a file, a pipe, the member of an archive. One
+/// thread uses a stream. Failures are thrown as SourceError, naming the file.
+class ByteStream {
+ public:
+  virtual ~ByteStream() = default;
+  ByteStream() = default;
+  ByteStream(const ByteStream&) = delete;
+  ByteStream& operator=(const ByteStream&) = delete;
+
+  /// Fills `bytes` as far as the stream goes and returns how many came: fewer only at the end.
+  virtual size_t read(std::span<std::byte> bytes) = 0;
+
+  /// Passes over `count` bytes and returns how many there were: fewer only at the end.
+  virtual uint64_t skip(uint64_t count);
+
+  /// The length of the whole stream in bytes, where it is known beforehand.
+  virtual std::optional<uint64_t> size() const = 0;
+};
+
+/// Opens a file, a pipe by its name, or standard input for "-". Waiting for a pipe ends, as if it
+/// had ended, when the user asks for the end.
+std::unique_ptr<ByteStream> openFileBytes(const std::filesystem::path& path);
+
+}  // namespace pelagrim_host
