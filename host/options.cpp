@@ -67,6 +67,11 @@ std::function<std::optional<Number>(const std::string&)> countBetween(Number lea
   };
 }
 
+/// An unset variable of a script must not turn into the default.
+std::string notEmpty(const std::string& value) {
+  return value.empty() ? "an empty text was given; name one or leave it out" : "";
+}
+
 void addSourceOptions(CLI::App& app, Options& options) {
   constexpr const char* kFrequency = "a frequency such as 145.5M";
   constexpr const char* kTime = "a time in seconds such as 2.5";
@@ -74,7 +79,8 @@ void addSourceOptions(CLI::App& app, Options& options) {
   app.add_option("SOURCE", options.source,
                  "A recording (SigMF, WAV or raw samples), or - for standard input;\n"
                  "without it a simulated band")
-      ->type_name("");
+      ->type_name("")
+      ->check(notEmpty);
   addParsed(app, "--sample-rate", parsePositive, options.sample_rate_hz,
             "a sample rate such as 2.4M", "Samples per second")
       ->type_name("RATE");
@@ -124,8 +130,8 @@ void addReceiverOptions(CLI::App& app, Options& options) {
       app.add_option("--device", options.device,
                      "Survey with a live receiver, e.g. driver=rtlsdr (see --list-devices)")
           ->type_name("ARGS");
-  for (const char* ruled_out :
-       {"SOURCE", "--format", "--offset", "--loop", "--start-time", "--simulate", "--seed"}) {
+  for (const char* ruled_out : {"SOURCE", "--format", "--offset", "--loop", "--verify",
+                                "--start-time", "--simulate", "--seed"}) {
     device->excludes(app.get_option(ruled_out));
   }
   app.add_flag("--list-devices", options.list_devices, "List the receivers found and end");
@@ -164,7 +170,8 @@ void addSurveyOptions(CLI::App& app, Options& options) {
   app.add_option("--dir", options.survey_dir,
                  "Directory of survey.cfg and survey.csv; else $ORVANE_SURVEY_DIR,\n"
                  "else one here that is named after the source")
-      ->type_name("DIR");
+      ->type_name("DIR")
+      ->check(notEmpty);
   addParsed(app, "--band", parseFrequencyRange, options.band, kRange, "Band to survey")
       ->type_name("LOW:HIGH");
   addParsed(app, "--dwell", parsePositive, options.dwell_seconds, "a time in seconds such as 20",
@@ -207,7 +214,8 @@ void addProgramOptions(CLI::App& app, Options& options) {
   app.add_option("--plugin", options.plugin,
                  "Plug-in to load; else pelagrim_plugin.so beside the program or in\n"
                  "lib/pelagrim")
-      ->type_name("PATH");
+      ->type_name("PATH")
+      ->check(notEmpty);
   app.add_flag("--plugin-info", options.show_plugin_info, "Say what the plug-in is and end");
   app.add_flag("--list-stations", options.list_stations,
                "List the stations of the simulated band and end");
