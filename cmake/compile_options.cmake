@@ -26,6 +26,6 @@ add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 if(PELAGRIM_SANITIZE)
   add_compile_options(-fsanitize=${PELAGRIM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
     # The instrumented code of the standard library's headers draws false warnings of this kind.
-    -Wno-maybe-uninitialized)
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${PELAGRIM_SANITIZE})
 endif()
