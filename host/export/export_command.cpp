@@ -17,6 +17,7 @@
 #include "host/export/export_formats.h"
 #include "host/options.h"
 #include "host/text_output.h"
+#include "host/whole_file.h"
 
 namespace pelagrim_host {
 namespace {
@@ -99,31 +100,6 @@ std::optional<ExportOptions> parseExportOptions(int argc, const char* const* arg
     throw UsageError(fmt::format("{}; see pelagrim-survey export --help", error.what()));
   }
   return options;
-}
-
-void writeTo(const std::filesystem::path& path, const std::string& text) {
-  std::ofstream file(path, std::ios::binary);
-  file << text;
-  file.close();
-  if (!file) throw std::runtime_error(fmt::format("cannot write {}", path.string()));
-}
-
-/// Replaces a file in one step, so that a full disk does not take away the last one. What is there
-/// and is no file, as a pipe, is written to.
-void writeWhole(const std::filesystem::path& path, const std::string& text) {
-  std::error_code error;
-  const auto there = std::filesystem::status(path, error);
-  if (std::filesystem::exists(there) && !std::filesystem::is_regular_file(there)) {
-    writeTo(path, text);
-    return;
-  }
-  auto fresh_path = path;
-  fresh_path += ".new";
-  writeTo(fresh_path, text);
-  std::filesystem::rename(fresh_path, path, error);
-  if (error) {
-    throw std::runtime_error(fmt::format("cannot write {}: {}", path.string(), error.message()));
-  }
 }
 
 }  // namespace

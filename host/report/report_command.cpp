@@ -15,6 +15,7 @@
 #include "host/report/report_data.h"
 #include "host/report/report_page.h"
 #include "host/text_output.h"
+#include "host/whole_file.h"
 
 namespace pelagrim_host {
 namespace {
@@ -94,23 +95,6 @@ ReportData gather(const ReportOptions& options) {
   }
   report.layout = layOutBand(report.channels, report.band_plan, survey.settings);
   return report;
-}
-
-/// Replaces the file in one step, so that a full disk does not take away the last one.
-void writeWhole(const std::filesystem::path& path, const std::string& text) {
-  auto fresh_path = path;
-  fresh_path += ".new";
-  {
-    std::ofstream file(fresh_path, std::ios::binary);
-    file << text;
-    file.close();
-    if (!file) throw std::runtime_error(fmt::format("cannot write {}", path.string()));
-  }
-  std::error_code error;
-  std::filesystem::rename(fresh_path, path, error);
-  if (error) {
-    throw std::runtime_error(fmt::format("cannot write {}: {}", path.string(), error.message()));
-  }
 }
 
 }  // namespace
