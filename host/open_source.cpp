@@ -9,12 +9,12 @@
 #include <set>
 #include <utility>
 
-#include "host/offset_tuned_source.h"
-#include "host/open_recording.h"
-#include "host/replayed_source.h"
+#include "host/session/survey_clock.h"
 #include "host/signals.h"
-#include "host/soapy_receiver.h"
-#include "host/survey_clock.h"
+#include "host/sources/offset_tuned_source.h"
+#include "host/sources/open_recording.h"
+#include "host/sources/replayed_source.h"
+#include "host/sources/soapy_receiver.h"
 #include "host/survey_settings_file.h"
 
 namespace pelagrim_host {

@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
-#include "host/iq_source.h"
 #include "host/options.h"
-#include "host/recording.h"
-#include "host/simulated_band.h"
+#include "host/simulation/simulated_band.h"
+#include "host/sources/iq_source.h"
+#include "host/sources/recording.h"
 
 namespace pelagrim_host {
 

@@ -9,7 +9,7 @@
 #include <memory>
 #include <system_error>
 
-#include "host/sample_format.h"
+#include "host/sources/sample_format.h"
 
 namespace pelagrim_host {
 namespace {

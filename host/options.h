@@ -6,8 +6,8 @@
 #include <string>
 #include <variant>
 
-#include "host/gain_setting.h"
 #include "host/quantity_text.h"
+#include "host/sources/gain_setting.h"
 
 namespace pelagrim_host {
 

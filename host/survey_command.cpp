@@ -13,21 +13,21 @@
 #include <string>
 #include <system_error>
 
-#include "host/console_report.h"
-#include "host/host_services.h"
-#include "host/json_report.h"
-#include "host/live_view.h"
 #include "host/open_source.h"
-#include "host/plugin_library.h"
 #include "host/quantity_text.h"
+#include "host/session/host_services.h"
+#include "host/session/plugin_library.h"
+#include "host/session/survey_clock.h"
+#include "host/session/survey_session.h"
 #include "host/signals.h"
-#include "host/soapy_receiver.h"
-#include "host/source_info.h"
-#include "host/survey_clock.h"
-#include "host/survey_session.h"
+#include "host/sources/soapy_receiver.h"
+#include "host/sources/source_info.h"
 #include "host/survey_settings_file.h"
 #include "host/survey_setup.h"
-#include "host/terminal_kind.h"
+#include "host/view/console_report.h"
+#include "host/view/json_report.h"
+#include "host/view/live_view.h"
+#include "host/view/terminal_kind.h"
 
 namespace pelagrim_host {
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "host/iq_source.h"
 #include "host/options.h"
+#include "host/sources/iq_source.h"
 #include "host/survey_settings_file.h"
 
 namespace pelagrim_host {

@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "host/soapy_receiver.h"
+#include "host/sources/soapy_receiver.h"
 #include "scripted_device.h"
 
 namespace pelagrim_host {

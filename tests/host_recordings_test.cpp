@@ -5,10 +5,10 @@
 #include <cstring>
 #include <vector>
 
-#include "host/open_recording.h"
-#include "host/recording_name.h"
-#include "host/sigmf_meta.h"
-#include "host/wav_recording.h"
+#include "host/sources/open_recording.h"
+#include "host/sources/recording_name.h"
+#include "host/sources/sigmf_meta.h"
+#include "host/sources/wav_recording.h"
 #include "temporary_dir.h"
 
 namespace pelagrim_host {

@@ -7,10 +7,10 @@
 
 #include "host/report/band_layout.h"
 #include "host/report/band_svg.h"
-#include "host/report/display_text.h"
 #include "host/report/report_page.h"
 #include "host/report/survey_change.h"
-#include "host/report/survey_file.h"
+#include "host/results/display_text.h"
+#include "host/results/survey_file.h"
 
 namespace pelagrim_host {
 namespace {

@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <vector>
 
-#include "host/host_services.h"
-#include "host/plugin_library.h"
-#include "host/survey_session.h"
+#include "host/session/host_services.h"
+#include "host/session/plugin_library.h"
+#include "host/session/survey_session.h"
 #include "temporary_dir.h"
 
 namespace pelagrim_host {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "host/quantity_text.h"
-#include "host/sample_format.h"
-#include "host/survey_clock.h"
+#include "host/session/survey_clock.h"
+#include "host/sources/sample_format.h"
 #include "host/survey_settings_file.h"
 
 namespace pelagrim_host {

@@ -1,4 +1,4 @@
-#include "host/offset_tuned_source.h"
+#include "host/sources/offset_tuned_source.h"
 
 #include <gtest/gtest.h>
 

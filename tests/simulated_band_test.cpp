@@ -1,4 +1,4 @@
-#include "host/simulated_band.h"
+#include "host/simulation/simulated_band.h"
 
 #include <gtest/gtest.h>
 

@@ -6,9 +6,9 @@
 #include <span>
 #include <vector>
 
-#include "host/simulated_station.h"
-#include "host/station_signal.h"
-#include "host/white_noise.h"
+#include "host/simulation/simulated_station.h"
+#include "host/simulation/station_signal.h"
+#include "host/simulation/white_noise.h"
 #include "survey/channel.h"
 #include "survey/slice.h"
 

@@ -8,7 +8,7 @@
 #include <set>
 #include <string_view>
 
-#include "host/report/display_text.h"
+#include "host/results/display_text.h"
 
 namespace pelagrim_host {
 namespace {

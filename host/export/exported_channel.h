@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/report/survey_file.h"
+#include "host/results/survey_file.h"
 
 namespace pelagrim_host {
 

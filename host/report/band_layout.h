@@ -7,7 +7,7 @@
 
 #include "host/quantity_text.h"
 #include "host/report/survey_change.h"
-#include "host/report/survey_file.h"
+#include "host/results/survey_file.h"
 
 namespace pelagrim_host {
 

@@ -10,7 +10,7 @@
 #include <numeric>
 #include <string_view>
 
-#include "host/report/display_text.h"
+#include "host/results/display_text.h"
 
 namespace pelagrim_host {
 namespace {

@@ -1,0 +1,158 @@
+#include "host/session/panel_table.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+#include "host/view/text_width.h"
+
+namespace pelagrim_host {
+namespace {
+
+constexpr size_t kFirstRoom = 256;       // rows polled at once at first
+constexpr size_t kMostRows = 1'000'000;  // 264 MB
+
+std::string cellText(const char (&cell)[WENDLE_CELL_BYTES]) {
+  return withoutControls(std::string(cell, strnlen(cell, WENDLE_CELL_BYTES)));
+}
+
+bool looksNumeric(std::string_view text) {
+  return !text.empty() && ((text[0] >= '0' && text[0] <= '9') || text[0] == '-' || text[0] == '+');
+}
+
+std::optional<uint32_t> wholeNumber(const char (&cell)[WENDLE_CELL_BYTES]) {
+  const char* const end = cell + strnlen(cell, WENDLE_CELL_BYTES);
+  uint32_t value = 0;
+  const auto [stop, error] = std::from_chars(cell, end, value);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return value;
+}
+
+}  // namespace
+
+PanelReader::PanelReader(const WendlePanelApi* api) : api_(api) {
+  if (api_ == nullptr) return;
+  handle_ = api_->create();
+  std::array<char[WENDLE_CELL_BYTES], WENDLE_PANEL_CELLS> titles = {};
+  const int count = api_->columns(handle_, titles.data());
+  for (int i = 0; i < std::clamp(count, 0, WENDLE_PANEL_CELLS); ++i) {
+    columns_.push_back(cellText(titles[static_cast<size_t>(i)]));
+  }
+}
+
+PanelReader::~PanelReader() {
+  if (api_ != nullptr) api_->destroy(handle_);
+}
+
+Panel PanelReader::read(size_t most) {
+  Panel panel;
+  if (api_ == nullptr) return panel;
+  panel.title = withoutControls(api_->title == nullptr ? "" : api_->title);
+  panel.columns = columns_;
+  // The panel does not say how many rows it has, only that it filled all the room there was.
+  most = std::min(most, kMostRows);
+  size_t room = std::min(most, kFirstRoom);
+  size_t count = poll(room);
+  while (count == room && room < most) {
+    room = std::min(most, 4 * room);
+    count = poll(room);
+  }
+  for (const WendlePanelRow& polled : std::span(rows_).first(count)) {
+    PanelRow& row = panel.rows.emplace_back();
+    row.kind = polled.kind;
+    for (size_t i = 0; i < columns_.size(); ++i) row.cells.push_back(cellText(polled.cells[i]));
+  }
+  return panel;
+}
+
+std::optional<DwellCount> PanelReader::countDwells() {
+  if (api_ == nullptr || poll(1) != 1 || rows_[0].kind != kRowSummary) return std::nullopt;
+  const auto slices = wholeNumber(rows_[0].cells[2]);
+  const auto dwells_done = wholeNumber(rows_[0].cells[4]);
+  if (!slices || !dwells_done) return std::nullopt;
+  return DwellCount{*dwells_done, *slices, cellText(rows_[0].cells[1]) != "fixed"};
+}
+
+/// Polls into rows_, which gets room for `most` rows, and returns how many came.
+size_t PanelReader::poll(size_t most) {
+  rows_.resize(std::max(rows_.size(), most));
+  const auto count = api_->poll_rows(handle_, rows_.data(), static_cast<unsigned int>(most));
+  return std::min<size_t>(count, most);
+}
+
+bool isTableRow(const PanelRow& row) {
+  return row.kind != kRowSummary && row.kind != kRowWarning;
+}
+
+std::vector<TableColumn> tableColumns(const Panel& panel) {
+  std::vector<TableColumn> columns;
+  for (const std::string& title : panel.columns) columns.push_back({textWidth(title)});
+  for (const PanelRow& row : panel.rows) {
+    if (!isTableRow(row)) continue;
+    for (size_t i = 0; i < std::min(columns.size(), row.cells.size()); ++i) {
+      columns[i].width = std::max(columns[i].width, textWidth(row.cells[i]));
+      columns[i].numeric =
+          columns[i].numeric && (row.cells[i].empty() || looksNumeric(row.cells[i]));
+    }
+  }
+  return columns;
+}
+
+std::string alignedCells(const std::vector<std::string>& cells,
+                         const std::vector<TableColumn>& columns, size_t gap) {
+  std::string line;
+  for (size_t i = 0; i < columns.size(); ++i) {
+    const auto cell = fitText(i < cells.size() ? cells[i] : "", columns[i].width);
+    const std::string padding(columns[i].width - cell.columns, ' ');
+    if (i > 0) line += std::string(gap, ' ');
+    line += columns[i].numeric ? padding + cell.text : cell.text + padding;
+  }
+  return line;
+}
+
+std::string joinCells(const PanelRow& row) {
+  const auto isDigit = [](char byte) { return byte >= '0' && byte <= '9'; };
+  std::string line;
+  bool after_number = false;
+  for (const std::string& cell : row.cells) {
+    if (cell.empty()) continue;
+    if (!line.empty()) line += after_number ? " " : "  ";
+    line += cell;
+    after_number = std::all_of(cell.begin(), cell.end(), isDigit);
+  }
+  return line;
+}
+
+std::string formatPanel(const Panel& panel) {
+  constexpr size_t kGap = 2;
+  std::string text;
+  for (const PanelRow& row : panel.rows) {
+    if (row.kind == kRowSummary) text += joinCells(row) + "\n";
+    if (row.kind == kRowWarning) text += "! " + joinCells(row) + "\n";
+  }
+  const auto columns = tableColumns(panel);
+  const auto add = [&](const std::vector<std::string>& cells) {
+    std::string line = alignedCells(cells, columns, kGap);
+    line.erase(line.find_last_not_of(' ') + 1);
+    text += line + "\n";
+  };
+  text += "\n";
+  add(panel.columns);
+  for (const PanelRow& row : panel.rows) {
+    if (isTableRow(row)) add(row.cells);
+  }
+  return text;
+}
+
+std::string withoutControls(std::string text) {
+  for (char& byte : text) {
+    const auto code = static_cast<unsigned char>(byte);
+    if (code < 0x20 || code == 0x7F) byte = '?';
+  }
+  return text;
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,33 @@
+#include "host/session/survey_clock.h"
+
+#include <chrono>
+
+namespace pelagrim_host {
+
+SurveyClock SurveyClock::onTheWall() {
+  return {};
+}
+
+SurveyClock SurveyClock::ofSamples(int64_t start_unix_ms, double rate_hz) {
+  SurveyClock clock;
+  clock.start_unix_ms_ = start_unix_ms;
+  clock.rate_hz_ = rate_hz;
+  return clock;
+}
+
+int64_t SurveyClock::nowMs() const {
+  if (rate_hz_ == 0.0) return wallClockMs();
+  // The 64-bit mantissa of a long double holds samples * 1000 exactly for thousands of years, and
+  // then the quotient truncates as whole numbers would; a rate with a fraction works as well.
+  const long double elapsed_ms =
+      static_cast<long double>(samples_) * 1000.0L / static_cast<long double>(rate_hz_);
+  const int64_t now_ms = start_unix_ms_ + static_cast<int64_t>(elapsed_ms);
+  return now_ms == 0 ? 1 : now_ms;
+}
+
+int64_t wallClockMs() {
+  const auto since_epoch = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(since_epoch).count();
+}
+
+}  // namespace pelagrim_host

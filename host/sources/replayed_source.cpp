@@ -1,0 +1,43 @@
+#include "host/sources/replayed_source.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <utility>
+
+namespace pelagrim_host {
+
+ReplayedSource::ReplayedSource(Open open, uint64_t plays, double offset_seconds)
+    : open_(std::move(open)), plays_(plays), offset_seconds_(offset_seconds) {
+  start();
+}
+
+std::optional<int64_t> ReplayedSource::startUnixMs() const {
+  const auto start_ms = source_->startUnixMs();
+  if (!start_ms) return start_ms;
+  return *start_ms + static_cast<int64_t>(offset_seconds_ * 1000.0);
+}
+
+size_t ReplayedSource::read(std::span<std::complex<float>> block) {
+  size_t got = source_->read(block);
+  // A play without samples ends the replay too: an endless one of an empty file would never return.
+  if (got == 0 && (plays_ == 0 || plays_begun_ < plays_)) {
+    start();
+    got = source_->read(block);
+  }
+  return got;
+}
+
+void ReplayedSource::start() {
+  source_ = open_();
+  ++plays_begun_;
+  const auto wanted = static_cast<uint64_t>(std::llround(offset_seconds_ * sampleRateHz()));
+  const uint64_t skipped = source_->skip(wanted);
+  if (skipped < wanted) {
+    throw SourceError(
+        fmt::format("{}: it is only {:.3f} s long, so --offset {} lies behind its end", name(),
+                    static_cast<double>(skipped) / sampleRateHz(), offset_seconds_));
+  }
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "host/sources/iq_source.h"
+
+namespace pelagrim_host {
+
+/// A recording played several times over, each time from its `offset` on: the samples of one play
+/// follow those of the one before, and the clock runs on.
+class ReplayedSource final : public IqSource {
+ public:
+  using Open = std::function<std::unique_ptr<IqSource>()>;
+
+  /// `open` gives the recording afresh. `plays` 0: without end.
+  ReplayedSource(Open open, uint64_t plays, double offset_seconds);
+
+  std::string name() const override { return source_->name(); }
+  double sampleRateHz() const override { return source_->sampleRateHz(); }
+  double centreHz() const override { return source_->centreHz(); }
+  std::optional<int64_t> startUnixMs() const override;
+  std::vector<SourceFact> facts() const override { return source_->facts(); }
+  size_t read(std::span<std::complex<float>> block) override;
+
+ private:
+  void start();
+
+  Open open_;
+  uint64_t plays_;
+  double offset_seconds_;
+  uint64_t plays_begun_ = 0;
+  std::unique_ptr<IqSource> source_;
+};
+
+}  // namespace pelagrim_host

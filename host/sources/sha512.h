@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "host/sources/byte_stream.h"
+
+namespace pelagrim_host {
+
+/// The SHA-512 of the rest of a stream, in lower-case hexadecimal digits. Ends early, with the sum
+/// of what was read, when the user asks for the end.
+std::string sha512Of(ByteStream& stream);
+
+}  // namespace pelagrim_host

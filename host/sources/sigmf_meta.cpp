@@ -1,0 +1,195 @@
+#include "host/sources/sigmf_meta.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "host/quantity_text.h"
+
+namespace pelagrim_host {
+namespace {
+
+using nlohmann::json;
+
+constexpr int kMostDepth = 32;
+constexpr size_t kMostValues = 1'000'000;
+
+/// Parses what matters, global and captures, and drops the rest while it is read: annotations may
+/// be many.
+json parseJson(std::string_view text) {
+  if (text.size() > kMostSigmfMetaBytes) {
+    throw SigmfError(fmt::format("its metadata are longer than {} bytes", kMostSigmfMetaBytes));
+  }
+  bool wanted = true;
+  size_t values = 0;
+  const auto keep = [&](int depth, json::parse_event_t event, const json& value) {
+    if (depth > kMostDepth) throw SigmfError("its metadata are nested too deeply");
+    if (depth == 1 && event == json::parse_event_t::key) {
+      wanted = value == "global" || value == "captures";
+    }
+    if (depth > 0 && wanted && ++values > kMostValues) {
+      throw SigmfError("its metadata hold too many values");
+    }
+    return wanted || depth == 0;
+  };
+  try {
+    return json::parse(text.begin(), text.end(), keep);
+  } catch (const json::parse_error& error) {
+    throw SigmfError(fmt::format("its metadata are not JSON (at byte {})", error.byte));
+  } catch (const json::exception&) {  // a number out of range
+    throw SigmfError("its metadata are not JSON that can be read");
+  }
+}
+
+/// The member of `object`, or null when it is missing.
+const json* find(const json& object, const char* key) {
+  const auto found = object.find(key);
+  return found == object.end() ? nullptr : &*found;
+}
+
+std::optional<double> numberIn(const json& object, const char* key) {
+  const json* const value = find(object, key);
+  if (value == nullptr) return std::nullopt;
+  if (!value->is_number() || !std::isfinite(value->get<double>())) {
+    throw SigmfError(fmt::format("{} is not a number", key));
+  }
+  return value->get<double>();
+}
+
+uint64_t countIn(const json& object, const char* key, uint64_t otherwise) {
+  const json* const value = find(object, key);
+  if (value == nullptr) return otherwise;
+  if (!value->is_number_unsigned()) {
+    throw SigmfError(fmt::format("{} is not a whole number from 0 on", key));
+  }
+  return value->get<uint64_t>();
+}
+
+std::string textIn(const json& object, const char* key) {
+  const json* const value = find(object, key);
+  if (value == nullptr) return "";
+  if (!value->is_string()) throw SigmfError(fmt::format("{} is not text", key));
+  return value->get<std::string>();
+}
+
+/// ci16_le and its like.
+void readDatatype(const std::string& datatype, SigmfMeta& meta) {
+  if (datatype.empty()) throw SigmfError("it has no core:datatype");
+  std::string_view rest = datatype;
+  const bool is_real = rest.starts_with('r');
+  const bool has_order = rest.ends_with("_le") || rest.ends_with("_be");
+  meta.big_endian = rest.ends_with("_be");
+  if (has_order) rest.remove_suffix(3);
+  rest.remove_prefix(1);
+  // SigMF writes i for signed where the raw formats write s.
+  std::string name = fmt::format("c{}", rest);
+  if (name.size() > 1 && name[1] == 'i') {
+    name[1] = 's';
+  } else if (name.size() > 1 && name[1] == 's') {
+    name[1] = '?';
+  }
+  meta.format = findSampleFormat(name);
+  if ((!is_real && datatype[0] != 'c') || meta.format == nullptr) {
+    throw SigmfError("its core:datatype is none that is known");
+  }
+  meta.datatype = datatype;
+  if (is_real) {
+    throw SigmfError(fmt::format(
+        "its samples are real ({}), not complex, so they are no I/Q recording", datatype));
+  }
+  if (has_order == (meta.format->component_bytes == 1)) {
+    throw SigmfError(fmt::format("its core:datatype {} {}", datatype,
+                                 has_order ? "has a byte order, which single bytes have not"
+                                           : "lacks the byte order, _le or _be"));
+  }
+}
+
+std::string readSha512(const json& global) {
+  std::string sha512 = textIn(global, "core:sha512");
+  const auto is_hex = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
+  if (!sha512.empty() &&
+      (sha512.size() != 128 || !std::all_of(sha512.begin(), sha512.end(), is_hex))) {
+    throw SigmfError("its core:sha512 is not 128 hexadecimal digits");
+  }
+  for (char& c : sha512) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return sha512;
+}
+
+SigmfCapture readCapture(const json& object) {
+  if (!object.is_object()) throw SigmfError("one of its captures is not an object");
+  SigmfCapture capture;
+  capture.sample_start = countIn(object, "core:sample_start", 0);
+  capture.header_bytes = countIn(object, "core:header_bytes", 0);
+  capture.frequency_hz = numberIn(object, "core:frequency");
+  const std::string start = textIn(object, "core:datetime");
+  if (start.find('T') != std::string::npos) capture.start_unix_ms = parseMoment(start);
+  return capture;
+}
+
+}  // namespace
+
+SigmfMeta parseSigmfMeta(std::string_view text) {
+  const json root = parseJson(text);
+  const json* const global = root.is_object() ? find(root, "global") : nullptr;
+  if (global == nullptr || !global->is_object()) {
+    throw SigmfError("its metadata have no \"global\" object");
+  }
+  SigmfMeta meta;
+  readDatatype(textIn(*global, "core:datatype"), meta);
+  const uint64_t channels = countIn(*global, "core:num_channels", 1);
+  if (channels != 1) {
+    throw SigmfError(fmt::format("it has {} channels; only one can be surveyed", channels));
+  }
+  const json* const metadata_only = find(*global, "core:metadata_only");
+  if (metadata_only != nullptr && *metadata_only != false) {
+    throw SigmfError("it is metadata alone (core:metadata_only), without samples");
+  }
+  meta.sample_rate_hz = numberIn(*global, "core:sample_rate");
+  meta.sha512 = readSha512(*global);
+  meta.dataset = textIn(*global, "core:dataset");
+  meta.offset = countIn(*global, "core:offset", 0);
+  meta.trailing_bytes = countIn(*global, "core:trailing_bytes", 0);
+  if (const json* const captures = find(root, "captures")) {
+    if (!captures->is_array()) throw SigmfError("its captures are not a list");
+    for (const json& capture : *captures) meta.captures.push_back(readCapture(capture));
+  }
+  if (meta.captures.empty()) meta.captures.emplace_back().sample_start = meta.offset;
+  return meta;
+}
+
+std::vector<SigmfSegment> sigmfSegments(const SigmfMeta& meta, uint64_t data_bytes) {
+  const uint64_t sample_bytes = meta.format->sampleBytes();
+  const uint64_t usable = data_bytes - std::min(data_bytes, meta.trailing_bytes);
+  const auto pastTheEnd = [](size_t index) {
+    return SigmfError(fmt::format("capture {} reaches past the end of the data", index + 1));
+  };
+  std::vector<SigmfSegment> segments;
+  uint64_t headers = 0;  // passed over so far; with the samples before, never more than usable
+  std::optional<double> centre_hz;
+  for (size_t i = 0; i < meta.captures.size(); ++i) {
+    const SigmfCapture& capture = meta.captures[i];
+    const bool is_last = i + 1 == meta.captures.size();
+    if (capture.sample_start < meta.offset ||
+        (!is_last && meta.captures[i + 1].sample_start < capture.sample_start)) {
+      throw SigmfError("its captures are not in the order of their samples");
+    }
+    const uint64_t index = capture.sample_start - meta.offset;
+    if (index > (usable - headers) / sample_bytes ||
+        capture.header_bytes > usable - headers - index * sample_bytes) {
+      throw pastTheEnd(i);
+    }
+    headers += capture.header_bytes;
+    if (capture.frequency_hz) centre_hz = capture.frequency_hz;
+    const uint64_t first_byte = headers + index * sample_bytes;
+    const uint64_t waiting = (usable - first_byte) / sample_bytes;
+    const uint64_t samples =
+        is_last ? waiting : meta.captures[i + 1].sample_start - capture.sample_start;
+    if (samples > waiting) throw pastTheEnd(i + 1);
+    segments.push_back({first_byte, samples, centre_hz});
+  }
+  return segments;
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,161 @@
+#include "host/sources/sigmf_recording.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+#include "host/quantity_text.h"
+#include "host/signals.h"
+#include "host/sources/sha512.h"
+#include "host/sources/sigmf_archive.h"
+
+namespace pelagrim_host {
+namespace {
+
+constexpr const char* kMetadata = "the metadata";
+
+std::string readMetaFile(const std::filesystem::path& path) {
+  const auto stream = openFileBytes(path);
+  std::string text(std::min<uint64_t>(stream->size().value_or(0), kMostSigmfMetaBytes + 1), '\0');
+  text.resize(stream->read(std::as_writable_bytes(std::span(text))));
+  return text;
+}
+
+std::filesystem::path dataFile(const std::filesystem::path& meta_path, const SigmfMeta& meta) {
+  if (meta.dataset.empty()) {
+    auto path = meta_path;
+    path.replace_extension(".sigmf-data");
+    if (!std::filesystem::exists(path)) {
+      throw SigmfError(
+          fmt::format("it is metadata alone: there is no {} beside it", path.filename().string()));
+    }
+    return path;
+  }
+  // Another name is one in the same directory; anything else is not the recording's to choose.
+  if (std::filesystem::path(meta.dataset).filename() != meta.dataset || meta.dataset == "..") {
+    throw SigmfError("its core:dataset is not the name of a file beside it");
+  }
+  return std::filesystem::absolute(meta_path).replace_filename(meta.dataset);
+}
+
+}  // namespace
+
+SigmfRecording::SigmfRecording(const std::filesystem::path& path, const RecordingFacts& told,
+                               bool verify, RemarkSink remark)
+    : Recording(path.filename().string()), remark_(std::move(remark)) {
+  const bool is_archive = path.extension() == ".sigmf";
+  const auto meta_path = std::filesystem::path(path).replace_extension(".sigmf-meta");
+  try {
+    meta_ = parseSigmfMeta(is_archive ? sigmfArchiveMeta(path) : readMetaFile(meta_path));
+    const auto data_path = is_archive ? path : dataFile(meta_path, meta_);
+    const auto openData = [&] {
+      return is_archive ? openSigmfArchiveData(data_path) : openFileBytes(data_path);
+    };
+    data_ = openData();
+    if (!data_->size()) throw SigmfError("its samples are in no plain file");
+    segments_ = sigmfSegments(meta_, *data_->size());
+    if (verify) {
+      if (meta_.sha512.empty()) throw SigmfError("it has no core:sha512 for --verify to check");
+      if (sha512Of(*openData()) != meta_.sha512 && !stopRequested()) {
+        throw SigmfError("its samples do not agree with its core:sha512: they were changed");
+      }
+    }
+  } catch (const SigmfError& error) {
+    throw SourceError(fmt::format("{}: {}", name(), error.what()));
+  }
+
+  const SigmfCapture& first = meta_.captures.front();
+  RecordingFacts facts;
+  facts.format = {fmt::format("SigMF {}", meta_.datatype), kMetadata};
+  if (meta_.sample_rate_hz) facts.rate_hz = {*meta_.sample_rate_hz, kMetadata};
+  if (first.frequency_hz) facts.centre_hz = {*first.frequency_hz, kMetadata};
+  if (first.start_unix_ms) facts.start_unix_ms = {*first.start_unix_ms, kMetadata};
+  facts = firstKnown(told, facts);
+  setFacts(firstKnown(facts, factsOfName(name())));
+  for (SigmfSegment& segment : segments_) {
+    if (told.centre_hz || !segment.centre_hz) segment.centre_hz = known().centre_hz->value;
+    RecordingFacts here = known();
+    here.centre_hz->value = *segment.centre_hz;
+    requireKnown(name(), here);
+  }
+  if (segments_.front().first_byte > first.header_bytes) {
+    remark_(fmt::format("{}: the samples before its first capture are dropped", name()));
+  }
+  const uint64_t left_over =
+      (*data_->size() -
+       std::min(*data_->size(), segments_.back().first_byte + meta_.trailing_bytes)) %
+      meta_.format->sampleBytes();
+  if (left_over != 0) {
+    remark_(fmt::format("{}: the last {} of its bytes make no whole {} sample and are dropped",
+                        name(), left_over, meta_.datatype));
+  }
+  std::erase_if(segments_, [](const SigmfSegment& segment) { return segment.samples == 0; });
+  if (!segments_.empty()) left_in_segment_ = segments_.front().samples;
+}
+
+double SigmfRecording::centreHz() const {
+  return segment_ < segments_.size() ? *segments_[segment_].centre_hz : Recording::centreHz();
+}
+
+size_t SigmfRecording::read(std::span<std::complex<float>> block) {
+  if (segment_ == segments_.size()) return 0;
+  const uint64_t first_byte =
+      segments_[segment_].first_byte +
+      (segments_[segment_].samples - left_in_segment_) * meta_.format->sampleBytes();
+  position_bytes_ += data_->skip(first_byte - position_bytes_);
+  const auto wanted = static_cast<size_t>(std::min<uint64_t>(block.size(), left_in_segment_));
+  bytes_.resize(wanted * meta_.format->sampleBytes());
+  const size_t got = data_->read(bytes_);
+  position_bytes_ += got;
+  const size_t samples = got / meta_.format->sampleBytes();
+  if (samples < wanted && !stopRequested()) {
+    throw SourceError(fmt::format("{}: its samples end early: the file has changed", name()));
+  }
+  if (meta_.big_endian) reverseComponents(bytes_, meta_.format->component_bytes);
+  meta_.format->convert(bytes_.data(), 2 * samples, reinterpret_cast<float*>(block.data()));
+  left_in_segment_ -= samples;
+  if (left_in_segment_ == 0) enterNextSegment();
+  return samples;
+}
+
+uint64_t SigmfRecording::skip(uint64_t samples) {
+  uint64_t skipped = 0;
+  while (skipped < samples && segment_ < segments_.size()) {
+    const uint64_t here = std::min(samples - skipped, left_in_segment_);
+    skipped += here;
+    left_in_segment_ -= here;
+    if (left_in_segment_ == 0) enterNextSegment();
+  }
+  return skipped;
+}
+
+void SigmfRecording::enterNextSegment() {
+  ++segment_;
+  if (segment_ < segments_.size()) left_in_segment_ = segments_[segment_].samples;
+}
+
+std::vector<SourceFact> SigmfRecording::facts() const {
+  constexpr size_t kMostLines = 20;
+  auto facts = Recording::facts();
+  if (segments_.size() < 2) return facts;
+  for (size_t i = 0; i < segments_.size() && i < kMostLines; ++i) {
+    facts.push_back({fmt::format("segment {}", i + 1),
+                     fmt::format("{}, {} samples", formatFrequency(*segments_[i].centre_hz),
+                                 segments_[i].samples),
+                     ""});
+  }
+  if (segments_.size() > kMostLines) {
+    facts.push_back({"segments", fmt::format("{} in all", segments_.size()), ""});
+  }
+  return facts;
+}
+
+std::optional<uint64_t> SigmfRecording::lengthSamples() const {
+  uint64_t samples = 0;
+  for (const SigmfSegment& segment : segments_) samples += segment.samples;
+  return samples;
+}
+
+}  // namespace pelagrim_host

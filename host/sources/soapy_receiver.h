@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/sources/gain_setting.h"
+#include "host/sources/iq_source.h"
+
+namespace pelagrim_host {
+
+/// A receiver and how to set it up. What is unset stays as the driver has it.
+struct ReceiverConfig {
+  std::string device;  ///< which one, as SoapySDR writes it: "driver=rtlsdr,serial=77"
+  double sample_rate_hz = 0.0;
+  double centre_hz = 0.0;
+  std::optional<GainSetting> gain{};
+  std::string antenna{};
+  double ppm = 0.0;  ///< how far the device's crystal runs fast, in millionths
+  std::optional<double> bandwidth_hz{};
+  double settle_seconds = 0.05;        ///< of samples to drop after a tune
+  double stall_timeout_seconds = 5.0;  ///< without samples, after which the device counts as gone
+  std::function<bool()> stop{};  ///< ends a wait for samples; polled ten times a second or oftener
+};
+
+/// Opens a live receiver by way of SoapySDR and starts its stream.
+///
+/// Samples are taken as floats where the driver offers them, else in its native format, and scaled
+/// so that the device's full scale is 1.0. After a tune, and at the start, settle() drops what the
+/// driver has waiting, the one buffer that was being filled, and `settle_seconds` more; a read that
+/// comes first does so too. The centre is what the device says that it tuned to. read returns 0
+/// only when `stop` says so.
+///
+/// Throws SourceError, also from read, settle and tune: a rate, frequency, gain or bandwidth that
+/// the device does not offer (with its ranges), a driver that fails, a tune that the device
+/// refuses, a device without samples for longer than the stall timeout.
+std::unique_ptr<IqSource> openReceiver(const ReceiverConfig& config);
+
+/// The receivers that SoapySDR finds, one to a line as --device takes them; what to do when there
+/// are none.
+std::string listReceivers();
+
+}  // namespace pelagrim_host

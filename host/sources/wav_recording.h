@@ -1,0 +1,45 @@
+#pragma once
+
+#include <sndfile.h>
+
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "host/sources/recording.h"
+
+namespace pelagrim_host {
+
+/// What the auxi chunk of a receiver's WAV file says: little-endian, the start as eight 16-bit
+/// numbers (year, month, day of the week, day, hour, minute, second, millisecond; UTC) at byte 0,
+/// the centre in Hz as 32 bits at byte 32. A chunk may end before either.
+struct AuxiChunk {
+  std::optional<int64_t> start_unix_ms;
+  std::optional<double> centre_hz;
+};
+
+/// Reads an auxi chunk; what makes no sense counts as not there.
+AuxiChunk parseAuxi(std::span<const std::byte> chunk);
+
+/// I/Q in a two-channel WAV or RF64 file, I on the left. Integers are scaled to one as those of raw
+/// samples are; floats pass unscaled. Headers that lack the length, as streaming writers leave
+/// them, are good.
+class WavRecording final : public Recording {
+ public:
+  /// What is `told` stands over the header, the header over the file's name.
+  WavRecording(const std::filesystem::path& path, const RecordingFacts& told);
+  ~WavRecording() override;
+
+  size_t read(std::span<std::complex<float>> block) override;
+  uint64_t skip(uint64_t samples) override;
+
+ private:
+  std::optional<uint64_t> lengthSamples() const override;
+
+  int file_ = -1;
+  SF_INFO info_ = {};
+  std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> sound_;
+};
+
+}  // namespace pelagrim_host

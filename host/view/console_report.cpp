@@ -1,0 +1,40 @@
+#include "host/view/console_report.h"
+
+#include <fmt/format.h>
+
+#include "host/quantity_text.h"
+
+namespace pelagrim_host {
+
+ConsoleReport::ConsoleReport(bool quiet) : quiet_(quiet), output_(stdout), errors_(stderr) {}
+
+void ConsoleReport::opened(const SourceFacts& source) {
+  print(fmt::format("source {}: centre {}, {}\n", source.name, formatFrequency(source.centre_hz),
+                    formatSampleRate(source.rate_hz)));
+}
+
+void ConsoleReport::note(const std::string& line) {
+  print(line + "\n");
+}
+
+void ConsoleReport::message(const std::string& line) {
+  print(line + "\n");
+}
+
+void ConsoleReport::warning(const std::string& line) {
+  errors_.write(fmt::format("pelagrim-survey: {}\n", line));
+}
+
+void ConsoleReport::tuned(const TuneRequest& request, double) {
+  if (const auto line = refusals_.news(request)) warning(*line);
+}
+
+void ConsoleReport::finished(const Panel& panel) {
+  if (!panel.columns.empty()) print("\n" + formatPanel(panel) + "\n");
+}
+
+void ConsoleReport::print(const std::string& text) {
+  if (!quiet_) output_.write(text);
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "host/session/survey_report.h"
+#include "host/session/tune_text.h"
+#include "host/text_output.h"
+
+namespace pelagrim_host {
+
+/// Shows a run as lines on standard output. Warnings go to standard error, each with the program's
+/// name before it.
+class ConsoleReport final : public SurveyReport {
+ public:
+  /// `quiet`: nothing but warnings.
+  explicit ConsoleReport(bool quiet);
+
+  void opened(const SourceFacts& source) override;
+  void note(const std::string& line) override;
+  void warning(const std::string& line) override;
+  void message(const std::string& line) override;
+  void dwellDone(const SurveyProgress&) override {}
+  void tuned(const TuneRequest& request, double centre_hz) override;
+  void progress(const SurveyProgress&, PanelReader&) override {}
+  void finished(const Panel& panel) override;
+
+ private:
+  void print(const std::string& text);
+
+  bool quiet_;
+  TextOutput output_;
+  TextOutput errors_;
+  RefusalWords refusals_;
+};
+
+}  // namespace pelagrim_host

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "host/session/survey_report.h"
+#include "host/view/terminal_screen.h"
+
+namespace pelagrim_host {
+
+/// A line that was said during the run.
+struct SaidLine {
+  std::string text;
+  bool is_warning = false;
+};
+
+/// What the live view shows.
+struct ViewState {
+  SourceFacts source{};
+  SurveyProgress progress{};
+  double wall_seconds = 0.0;     ///< since the beginning
+  Panel panel{};                 ///< as many rows as channelRoom says, where there are so many
+  std::vector<SaidLine> said{};  ///< the oldest first
+  bool offers_keys = false;
+};
+
+/// How the terminal may be drawn on.
+struct FrameStyle {
+  bool colours = false;
+  bool unicode = false;
+};
+
+/// How many rows of the panel can possibly be shown in a window, and one to see that there are
+/// more.
+size_t channelRoom(WindowSize window);
+
+/// The picture: a line for every row of the window, each exactly as wide as the window, marked up
+/// with the sequences that set attributes (SGR of ECMA-48) and no others.
+///
+/// From the top: the source, its rate and centre; the dwell and the pass in progress; the samples;
+/// the panel's summary and warnings; its table; what was said last; the keys. A small window loses
+/// the keys, then what was said, then rows from the end of the table; a narrow one loses columns
+/// from the table's end. A wide one has what was said beside the table, or the table in several
+/// parts side by side.
+std::vector<std::string> composeFrame(const ViewState& state, WindowSize window, FrameStyle style);
+
+}  // namespace pelagrim_host

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "host/session/survey_report.h"
+#include "host/view/console_report.h"
+#include "host/view/live_frame.h"
+#include "host/view/terminal_screen.h"
+
+namespace pelagrim_host {
+
+/// Shows a run on a terminal as a picture that is redrawn in place, four times a second.
+///
+/// The picture has a screen of its own, which opens when the run has lasted for half a second: a
+/// short one leaves its lines alone. When it closes, the last of what was said in the meantime is
+/// said again as lines, and the final table follows. Key r rescans, key q ends.
+class LiveView final : public SurveyReport {
+ public:
+  explicit LiveView(FrameStyle style);
+  ~LiveView() override;
+
+  void opened(const SourceFacts& source) override;
+  void note(const std::string& line) override;
+  void warning(const std::string& line) override;
+  void message(const std::string& line) override;
+  void dwellDone(const SurveyProgress&) override {}
+  void tuned(const TuneRequest& request, double centre_hz) override;
+  void progress(const SurveyProgress& progress, PanelReader& panel) override;
+  void finished(const Panel& panel) override;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void say(const SaidLine& line);
+  void takeKeys();
+  void close();
+
+  FrameStyle style_;
+  ConsoleReport lines_;
+  RefusalWords refusals_;
+  ViewState state_;
+  std::vector<SaidLine> unsaid_;  ///< since the screen was opened, not yet said as lines
+  size_t said_before_ = 0;        ///< of those, how many were too many to keep
+  std::optional<Clock::time_point> begun_;
+  Clock::time_point next_draw_;
+  std::unique_ptr<TerminalScreen> screen_;
+};
+
+}  // namespace pelagrim_host
