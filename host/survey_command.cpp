@@ -175,6 +175,7 @@ void survey(const Options& options, const PluginLibrary& plugin) {
                     "has room and the file can be written",
                     results_path.string()));
   }
+  if (const auto damage = source->damage()) throw SourceError(*damage);
 }
 
 }  // namespace

@@ -40,11 +40,12 @@ expect 2 "give --format with cu8, " noise.bin --sample-rate 1M --frequency 1M
 expect 1 "cannot open gone.cu8: No such file" gone.cu8 --sample-rate 1M --frequency 1M
 expect 1 "no samples" empty.cs16 --sample-rate 1M --frequency 1M
 expect 1 "behind its end" noise.cu8 --sample-rate 1M --frequency 1M --offset 1
-expect 0 "last 1 of its bytes" noise.cu8 --sample-rate 1M --frequency 433M --loop 3
+expect 1 "last 1 of its bytes" noise.cu8 --sample-rate 1M --frequency 433M --loop 3
 check grep -q "sweep = no" noise.survey/survey.cfg
 expect 1 "there is no survey at gone; name" report gone
 expect 2 "ends in .html or .svg" report noise.survey -o band.pdf
 expect 0 "band.html: " report noise.survey -o band.html
+truncate -s -1 noise.cu8
 expect 0 "nothing will be kept" noise.cu8 --sample-rate 1M --frequency 433M --sweep --band 1M:2M
 
 # Two runs agree; a third one resumes, and a reader that leaves early does not harm it.
@@ -58,8 +59,33 @@ before=$(stat -c %y a/survey.csv)
 check [ "${PIPESTATUS[0]}" = 0 ]
 check [ "$before" != "$(stat -c %y a/survey.csv)" ]
 
-# The same samples from a pipe give the same survey; the first signal ends a run in order.
+# The same samples as raw, WAV and SigMF give the same survey.
 time=(--sample-rate 1M --frequency 433M --start-time 2024-01-01T00:00:00Z)
+for _ in {1..4000}; do printf '\xc0\x80\x80\xc0\x40\x80\x80\x40'; done > tone.cu8
+{ printf 'RIFF\x24\x7d\0\0WAVEfmt \x10\0\0\0\1\0\2\0\x40\x42\x0f\0\x80\x84\x1e\0\2\0\x08\0'
+  printf 'data\0\x7d\0\0'; cat tone.cu8; } > tone.wav
+cp tone.cu8 tone.sigmf-data
+echo '{"global":{"core:datatype":"cu8","core:sample_rate":1e6,"core:version":"1.0.0"},
+  "captures":[{"core:sample_start":0,"core:frequency":433e6}],"annotations":[]}' > tone.sigmf-meta
+tar cf packed.sigmf tone.sigmf-meta tone.sigmf-data
+expect 0 "known after 1 dwell" tone.cu8 --dir raw "${time[@]}"
+check grep -q "^[0-9]" raw/survey.csv
+for source in tone.wav tone.sigmf-meta tone.sigmf-data packed.sigmf; do
+  expect 0 "known after 1 dwell" $source --dir ${source/./-} "${time[@]:2}"
+  check cmp raw/survey.csv ${source/./-}/survey.csv
+done
+
+# Damage: what is there is surveyed, and the run says what was wrong and fails.
+head -c 30000 tone.wav > cut.wav
+expect 1 "promises 32000 bytes of samples, 29956 are there" cut.wav --frequency 433M
+check grep -q "^[0-9]" cut.survey/survey.csv
+{ printf '{"global":'; head -c 1000000 /dev/zero | tr '\0' '['; } > bomb.sigmf-meta
+expect 1 "nested too deeply" bomb.sigmf-meta
+tar cf hostile.sigmf -P --transform 's,^,../,' tone.sigmf-meta tone.sigmf-data
+expect 1 "leads out of the archive" hostile.sigmf
+expect 1 "makes no sense; give --sample-rate" tone.cu8 --frequency 433M --sample-rate 1e300
+
+# The same samples from a pipe give the same survey; the first signal ends a run in order.
 expect 0 "" noise.cu8 --dir file "${time[@]}"
 "$program" - --format cu8 --dir pipe "${time[@]}" < <(cat noise.cu8) > /dev/null 2>&1
 check cmp file/survey.csv pipe/survey.csv

@@ -93,7 +93,7 @@ class Recordings : public ::testing::Test {
     options.source = (dir_.path() / name).string();
     options.frequency_hz = centre_hz;
     options.verify = verify;
-    return openRecording(options, [this](const std::string& line) { remarks_ += line; });
+    return openRecording(options, [](const std::string&) {});
   }
 
   static Samples readAll(IqSource& source) {
@@ -114,8 +114,48 @@ class Recordings : public ::testing::Test {
     return "";
   }
 
+  /// `wav`: a whole file of 100 samples of 16 bits, which are `samples`.
+  void expectLengthsAreFollowed(const std::string& wav, const Samples& samples) {
+    const auto number = [](uint32_t value) {
+      return std::string(reinterpret_cast<const char*>(&value), 4);
+    };
+    constexpr size_t kAllByte = 4;
+    constexpr size_t kDataByte = 40;
+    struct Case {
+      uint32_t all_bytes, data_bytes;
+      std::string more;
+      const char* damage;
+    };
+    const Case cases[] = {{UINT32_MAX, UINT32_MAX, "", ""},  // streamed
+                          {0x7FFFFFFF, 0x7FFFFFFF - 36, "", ""},
+                          {0, 0, "", ""},  // never closed
+                          {36, 0, "", ""},
+                          {436, 401, "?", "last 1 of its bytes"},
+                          {436, 900, "", "promises 900 bytes of samples, 400 are there"},
+                          {1, 400, "JUNK", ""}};
+    for (const Case& c : cases) {
+      std::string file = wav;
+      file.replace(kAllByte, 4, number(c.all_bytes)).replace(kDataByte, 4, number(c.data_bytes));
+      dir_.write("y_100M.wav", file + c.more);
+      const auto source = open("y_100M.wav");
+      EXPECT_EQ(readAll(*source), samples) << c.all_bytes << " " << c.data_bytes;
+      const std::string damage = source->damage().value_or("");
+      EXPECT_NE(damage.find(c.damage), std::string::npos) << damage;
+      EXPECT_EQ(damage.empty(), *c.damage == '\0') << damage;
+    }
+    const std::pair<std::string, const char*> refused[] = {
+        {wav.substr(0, 30), "cannot be read as WAV"},
+        {std::string(wav).replace(16, 4, number(4)), "cannot be read as WAV"},  // header's size
+        {std::string(wav).replace(16, 4, number(1U << 31U)), "cannot be read as WAV"},
+        {std::string(wav).replace(22, 2, "\1\0", 2), "1 channel; I/Q takes two"},
+        {std::string(wav).replace(24, 4, number(0)), "cannot be read as WAV"}};  // rate
+    for (const auto& [bytes, words] : refused) {
+      dir_.write("z_100M.wav", bytes);
+      EXPECT_NE(refusal("z_100M.wav").find(words), std::string::npos) << refusal("z_100M.wav");
+    }
+  }
+
   TemporaryDir dir_;
-  std::string remarks_;
 };
 
 TEST_F(Recordings, GiveTheSameFloatsAsRawWavAndSigmf) {
@@ -151,12 +191,7 @@ TEST_F(Recordings, GiveTheSameFloatsAsRawWavAndSigmf) {
     EXPECT_EQ(wav->sampleRateHz(), 48000.0);
     EXPECT_EQ(readAll(*wav), raw) << std::hex << kind;
     if (kind != (SF_FORMAT_WAV | SF_FORMAT_PCM_16)) continue;
-    std::string unknown_length = dir_.read("x_100M.wav");
-    unknown_length.replace(4, 4, "\xFF\xFF\xFF\xFF").replace(40, 4, "\xFF\xFF\xFF\xFF");
-    dir_.write("y_100M.wav", unknown_length);
-    EXPECT_EQ(readAll(*open("y_100M.wav")), raw);
-    dir_.write("z_100M.wav", unknown_length.substr(0, 30));
-    EXPECT_NE(refusal("z_100M.wav").find("cannot be read as WAV"), std::string::npos);
+    expectLengthsAreFollowed(dir_.read("x_100M.wav"), raw);
   }
 }
 
@@ -169,7 +204,6 @@ TEST_F(Recordings, RetuneWhereSigmfCapturesDo) {
   dir_.write("x.sigmf-data", std::string(20, '\0') + "HEAD" + std::string(14, '\xFF') + "?");
   const auto source = open("x.sigmf-meta");
   EXPECT_EQ(source->startUnixMs(), 1000);
-  EXPECT_NE(remarks_.find("last 1 of its bytes"), std::string::npos) << remarks_;
   std::string centres;
   Samples block(8);
   for (;;) {
@@ -182,6 +216,7 @@ TEST_F(Recordings, RetuneWhereSigmfCapturesDo) {
     centres += std::to_string(static_cast<int>(centre_hz)) + "x" + std::to_string(got) + " ";
   }
   EXPECT_EQ(centres, "100x8 100x2 200x5 200x2 ");
+  EXPECT_NE(source->damage().value_or("").find("last 1 of its bytes"), std::string::npos);
   EXPECT_EQ(open("x.sigmf-meta", 300.0)->centreHz(), 300.0);  // the command line stands over it
   const auto skipped = open("x.sigmf-data");
   EXPECT_EQ(skipped->skip(12), 12u);

@@ -77,6 +77,10 @@ class IqSource {
     return skipped;
   }
 
+  /// What was wrong with the data that reads have come upon, in one line: a file that was cut short.
+  /// What there was of it has been delivered.
+  virtual std::optional<std::string> damage() const { return std::nullopt; }
+
   /// Moves the centre to `hz`. Accepted: samples still in flight from the old centre are dropped,
   /// by settle or else by the next read, which delivers samples from the new one. Refused, by its
   /// answer or by a SourceError that says why: the source goes on at centreHz, as a rule unchanged.

@@ -34,8 +34,7 @@ bool isOneOf(const std::string& extension, std::initializer_list<const char*> ex
   return std::find(extensions.begin(), extensions.end(), lower(extension)) != extensions.end();
 }
 
-std::unique_ptr<IqSource> openRaw(const Options& options, const RecordingFacts& told,
-                                  RemarkSink remark) {
+std::unique_ptr<IqSource> openRaw(const Options& options, const RecordingFacts& told) {
   const std::filesystem::path path(options.source);
   const bool has_name = options.source != "-";
   RecordingFacts facts = told;
@@ -46,12 +45,12 @@ std::unique_ptr<IqSource> openRaw(const Options& options, const RecordingFacts& 
     throw UsageError(
         fmt::format("--format {} is not known; there are {}", options.format, sampleFormatNames()));
   }
-  return std::make_unique<RawRecording>(path, *format, std::move(facts), std::move(remark));
+  return std::make_unique<RawRecording>(path, *format, std::move(facts));
 }
 
 }  // namespace
 
-std::unique_ptr<IqSource> openRecording(const Options& options, RemarkSink remark) {
+std::unique_ptr<IqSource> openRecording(const Options& options, const RemarkSink& remark) {
   const std::filesystem::path path(options.source);
   const std::string extension = path.extension().string();
   const RecordingFacts told = factsTold(options);
@@ -63,7 +62,7 @@ std::unique_ptr<IqSource> openRecording(const Options& options, RemarkSink remar
         options.source));
   }
   if (!is_raw && isOneOf(extension, {".sigmf", ".sigmf-meta", ".sigmf-data"})) {
-    return std::make_unique<SigmfRecording>(path, told, options.verify, std::move(remark));
+    return std::make_unique<SigmfRecording>(path, told, options.verify, remark);
   }
   if (options.verify) {
     throw UsageError("--verify: only a SigMF recording has a checksum");
@@ -71,7 +70,7 @@ std::unique_ptr<IqSource> openRecording(const Options& options, RemarkSink remar
   if (!is_raw && isOneOf(extension, {".wav", ".wave", ".rf64"})) {
     return std::make_unique<WavRecording>(path, told);
   }
-  return openRaw(options, told, std::move(remark));
+  return openRaw(options, told);
 }
 
 }  // namespace pelagrim_host

@@ -12,6 +12,6 @@ namespace pelagrim_host {
 /// samples; the latter too when a format is given. Rate, centre and start are taken from the
 /// command line, else from the recording's metadata, else from its name. Throws UsageError where
 /// the command line has to say more, SourceError where the recording cannot be had.
-std::unique_ptr<IqSource> openRecording(const Options& options, RemarkSink remark);
+std::unique_ptr<IqSource> openRecording(const Options& options, const RemarkSink& remark);
 
 }  // namespace pelagrim_host

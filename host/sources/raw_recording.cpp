@@ -11,10 +11,8 @@
 namespace pelagrim_host {
 
 RawRecording::RawRecording(const std::filesystem::path& path, const SampleFormat& format,
-                           RecordingFacts facts, RemarkSink remark)
-    : Recording(path == "-" ? "standard input" : path.filename().string()),
-      format_(format),
-      remark_(std::move(remark)) {
+                           RecordingFacts facts)
+    : Recording(path == "-" ? "standard input" : path.filename().string()), format_(format) {
   setFacts(std::move(facts));
   stream_ = openFileBytes(path);
 }
@@ -24,10 +22,7 @@ size_t RawRecording::read(std::span<std::complex<float>> block) {
   const size_t got = stream_->read(bytes_);
   const size_t samples = got / format_.sampleBytes();
   const size_t left_over = got % format_.sampleBytes();
-  if (left_over != 0 && !stopRequested()) {
-    remark_(fmt::format("{}: the last {} of its bytes make no whole {} sample and are dropped",
-                        name(), left_over, format_.name));
-  }
+  if (left_over != 0 && !stopRequested()) setLeftOver(left_over, format_.name);
   // An array of complex numbers is an array of their parts.
   format_.convert(bytes_.data(), 2 * samples, reinterpret_cast<float*>(block.data()));
   return samples;

@@ -16,9 +16,8 @@ namespace pelagrim_host {
 class RawRecording final : public Recording {
  public:
   /// Opens `path`; "-" is standard input. `format` has to outlive the source. Bytes at the end that
-  /// make no whole sample are dropped and remarked on.
-  RawRecording(const std::filesystem::path& path, const SampleFormat& format, RecordingFacts facts,
-               RemarkSink remark);
+  /// make no whole sample are dropped, and are its damage().
+  RawRecording(const std::filesystem::path& path, const SampleFormat& format, RecordingFacts facts);
 
   /// Blocks are full but for the last, however the bytes arrive, so a survey of a pipe is cut into
   /// dwells like one of a file. Waiting for a pipe ends when the user asks for the end.
@@ -29,7 +28,6 @@ class RawRecording final : public Recording {
   std::optional<uint64_t> lengthSamples() const override;
 
   const SampleFormat& format_;
-  RemarkSink remark_;
   std::unique_ptr<ByteStream> stream_;
   std::vector<std::byte> bytes_;
 };

@@ -81,6 +81,13 @@ std::vector<SourceFact> Recording::facts() const {
   return facts;
 }
 
+void Recording::setLeftOver(uint64_t bytes, std::string_view format) {
+  setDamage(
+      fmt::format("the last {} of its bytes make no whole {} sample: it was cut short or is of "
+                  "another format; the samples before were surveyed",
+                  bytes, format));
+}
+
 void Recording::setFacts(RecordingFacts facts) {
   requireKnown(name_, facts);
   facts_ = std::move(facts);

@@ -47,6 +47,7 @@ class Recording : public IqSource {
   double centreHz() const override { return facts_.centre_hz->value; }
   std::optional<int64_t> startUnixMs() const override;
   std::vector<SourceFact> facts() const override;
+  std::optional<std::string> damage() const override { return damage_; }
 
  protected:
   /// `name`: as messages call it. setFacts has to follow before anything else is asked.
@@ -60,9 +61,16 @@ class Recording : public IqSource {
 
   const RecordingFacts& known() const { return facts_; }
 
+  /// For when the end has been read: `what` is wrong, such as "it was cut".
+  void setDamage(const std::string& what) { damage_ = name_ + ": " + what; }
+
+  /// The same for `bytes` at the end that are no whole sample of `format`.
+  void setLeftOver(uint64_t bytes, std::string_view format);
+
  private:
   std::string name_;
   RecordingFacts facts_;
+  std::optional<std::string> damage_;
 };
 
 }  // namespace pelagrim_host

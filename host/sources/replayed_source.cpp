@@ -18,6 +18,10 @@ std::optional<int64_t> ReplayedSource::startUnixMs() const {
   return *start_ms + static_cast<int64_t>(offset_seconds_ * 1000.0);
 }
 
+std::optional<std::string> ReplayedSource::damage() const {
+  return damage_ ? damage_ : source_->damage();
+}
+
 size_t ReplayedSource::read(std::span<std::complex<float>> block) {
   size_t got = source_->read(block);
   // A play without samples ends the replay too: an endless one of an empty file would never return.
@@ -29,6 +33,7 @@ size_t ReplayedSource::read(std::span<std::complex<float>> block) {
 }
 
 void ReplayedSource::start() {
+  if (source_) damage_ = damage();
   source_ = open_();
   ++plays_begun_;
   const auto wanted = static_cast<uint64_t>(std::llround(offset_seconds_ * sampleRateHz()));

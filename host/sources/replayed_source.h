@@ -21,6 +21,7 @@ class ReplayedSource final : public IqSource {
   double centreHz() const override { return source_->centreHz(); }
   std::optional<int64_t> startUnixMs() const override;
   std::vector<SourceFact> facts() const override { return source_->facts(); }
+  std::optional<std::string> damage() const override;
   size_t read(std::span<std::complex<float>> block) override;
 
  private:
@@ -31,6 +32,7 @@ class ReplayedSource final : public IqSource {
   double offset_seconds_;
   uint64_t plays_begun_ = 0;
   std::unique_ptr<IqSource> source_;
+  std::optional<std::string> damage_;  ///< of the plays before
 };
 
 }  // namespace pelagrim_host

@@ -43,8 +43,8 @@ std::filesystem::path dataFile(const std::filesystem::path& meta_path, const Sig
 }  // namespace
 
 SigmfRecording::SigmfRecording(const std::filesystem::path& path, const RecordingFacts& told,
-                               bool verify, RemarkSink remark)
-    : Recording(path.filename().string()), remark_(std::move(remark)) {
+                               bool verify, const RemarkSink& remark)
+    : Recording(path.filename().string()) {
   const bool is_archive = path.extension() == ".sigmf";
   const auto meta_path = std::filesystem::path(path).replace_extension(".sigmf-meta");
   try {
@@ -81,16 +81,11 @@ SigmfRecording::SigmfRecording(const std::filesystem::path& path, const Recordin
     requireKnown(name(), here);
   }
   if (segments_.front().first_byte > first.header_bytes) {
-    remark_(fmt::format("{}: the samples before its first capture are dropped", name()));
+    remark(fmt::format("{}: the samples before its first capture are dropped", name()));
   }
-  const uint64_t left_over =
-      (*data_->size() -
-       std::min(*data_->size(), segments_.back().first_byte + meta_.trailing_bytes)) %
-      meta_.format->sampleBytes();
-  if (left_over != 0) {
-    remark_(fmt::format("{}: the last {} of its bytes make no whole {} sample and are dropped",
-                        name(), left_over, meta_.datatype));
-  }
+  left_over_bytes_ = (*data_->size() - std::min(*data_->size(), segments_.back().first_byte +
+                                                                    meta_.trailing_bytes)) %
+                     meta_.format->sampleBytes();
   std::erase_if(segments_, [](const SigmfSegment& segment) { return segment.samples == 0; });
   if (!segments_.empty()) left_in_segment_ = segments_.front().samples;
 }
@@ -133,7 +128,11 @@ uint64_t SigmfRecording::skip(uint64_t samples) {
 
 void SigmfRecording::enterNextSegment() {
   ++segment_;
-  if (segment_ < segments_.size()) left_in_segment_ = segments_[segment_].samples;
+  if (segment_ < segments_.size()) {
+    left_in_segment_ = segments_[segment_].samples;
+  } else if (left_over_bytes_ != 0) {
+    setLeftOver(left_over_bytes_, meta_.datatype);
+  }
 }
 
 std::vector<SourceFact> SigmfRecording::facts() const {

@@ -18,7 +18,7 @@ class SigmfRecording final : public Recording {
   /// `path` ends in .sigmf-meta, .sigmf-data or .sigmf. What is `told` stands over the metadata,
   /// and a centre that is told holds for every capture. `verify`: compare core:sha512 first.
   SigmfRecording(const std::filesystem::path& path, const RecordingFacts& told, bool verify,
-                 RemarkSink remark);
+                 const RemarkSink& remark);
 
   double centreHz() const override;
   std::vector<SourceFact> facts() const override;
@@ -29,13 +29,13 @@ class SigmfRecording final : public Recording {
   std::optional<uint64_t> lengthSamples() const override;
   void enterNextSegment();
 
-  RemarkSink remark_;
   SigmfMeta meta_;
   std::unique_ptr<ByteStream> data_;
   std::vector<SigmfSegment> segments_;  ///< without empty ones; every centre is known
   size_t segment_ = 0;                  ///< that the next read delivers from
   uint64_t left_in_segment_ = 0;
   uint64_t position_bytes_ = 0;
+  uint64_t left_over_bytes_ = 0;  ///< at the end, which make no whole sample
   std::vector<std::byte> bytes_;
 };
 

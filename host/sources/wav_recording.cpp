@@ -1,13 +1,9 @@
 #include "host/sources/wav_recording.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
 #include <vector>
 
 #include "host/quantity_text.h"
@@ -25,38 +21,29 @@ uint32_t littleEndian(std::span<const std::byte> bytes) {
   return value;
 }
 
-/// The name of a sample format of WAV files that I/Q comes in, or null.
-const char* sampleKind(int format) {
+struct SampleKind {
+  const char* name;
+  size_t component_bytes;
+};
+
+/// Those that I/Q comes in.
+std::optional<SampleKind> sampleKind(int format) {
   switch (format & SF_FORMAT_SUBMASK) {
     case SF_FORMAT_PCM_U8:
-      return "8 bit";
+      return SampleKind{"8 bit", 1};
     case SF_FORMAT_PCM_16:
-      return "16 bit";
+      return SampleKind{"16 bit", 2};
     case SF_FORMAT_PCM_24:
-      return "24 bit";
+      return SampleKind{"24 bit", 3};
     case SF_FORMAT_PCM_32:
-      return "32 bit";
+      return SampleKind{"32 bit", 4};
     case SF_FORMAT_FLOAT:
-      return "32 bit float";
+      return SampleKind{"32 bit float", 4};
     case SF_FORMAT_DOUBLE:
-      return "64 bit float";
+      return SampleKind{"64 bit float", 8};
     default:
-      return nullptr;
+      return std::nullopt;
   }
-}
-
-AuxiChunk readAuxi(SNDFILE* sound) {
-  constexpr uint32_t kMostBytes = 4096;  // a usual one has 64 to 164
-  SF_CHUNK_INFO chunk = {};
-  std::memcpy(chunk.id, "auxi", 4);
-  chunk.id_size = 4;
-  SF_CHUNK_ITERATOR* const found = sf_get_chunk_iterator(sound, &chunk);
-  if (found == nullptr || sf_get_chunk_size(found, &chunk) != SF_ERR_NO_ERROR) return {};
-  std::vector<std::byte> bytes(std::min<uint32_t>(chunk.datalen, kMostBytes));
-  chunk.datalen = static_cast<uint32_t>(bytes.size());
-  chunk.data = bytes.data();
-  if (sf_get_chunk_data(found, &chunk) != SF_ERR_NO_ERROR) return {};
-  return parseAuxi(bytes);
 }
 
 }  // namespace
@@ -80,76 +67,74 @@ AuxiChunk parseAuxi(std::span<const std::byte> chunk) {
 }
 
 WavRecording::WavRecording(const std::filesystem::path& path, const RecordingFacts& told)
-    : Recording(path.filename().string()), sound_(nullptr, sf_close) {
-  file_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file_ < 0) {
-    throw SourceError(fmt::format("cannot open {}: {}", path.string(), std::strerror(errno)));
+    : Recording(path.filename().string()), file_(path, name()) {
+  const SF_INFO& info = file_.info();
+  const auto kind = sampleKind(info.format);
+  if (!kind) {
+    throw SourceError(
+        fmt::format("{}: its samples are coded in a way that I/Q is not; 8, 16, 24, 32 bit and "
+                    "float are read",
+                    name()));
   }
-  try {
-    sound_.reset(sf_open_fd(file_, SFM_READ, &info_, SF_FALSE));
-    if (!sound_) {
-      std::string reason = sf_strerror(nullptr);
-      while (!reason.empty() && (reason.back() == '.' || reason.back() == '\n')) reason.pop_back();
-      throw SourceError(fmt::format("{}: cannot be read as WAV: {}", name(), reason));
-    }
-    const char* const kind = sampleKind(info_.format);
-    if (kind == nullptr) {
-      throw SourceError(
-          fmt::format("{}: its samples are coded in a way that I/Q is not; 8, 16, 24, 32 bit and "
-                      "float are read",
-                      name()));
-    }
-    if (info_.channels != 2) {
-      throw SourceError(fmt::format("{}: it has {} channel{}; I/Q takes two", name(),
-                                    info_.channels, info_.channels == 1 ? "" : "s"));
-    }
-    RecordingFacts facts;
-    facts.format = {fmt::format("WAV {}", kind), kHeader};
-    facts.rate_hz = {static_cast<double>(info_.samplerate), kHeader};
-    const AuxiChunk auxi = readAuxi(sound_.get());
-    if (auxi.centre_hz) facts.centre_hz = {*auxi.centre_hz, kAuxi};
-    if (auxi.start_unix_ms) facts.start_unix_ms = {*auxi.start_unix_ms, kAuxi};
-    facts = firstKnown(told, facts);
-    setFacts(firstKnown(facts, factsOfName(name())));
-  } catch (...) {
-    sound_.reset();
-    close(file_);
-    throw;
+  if (info.channels != 2) {
+    throw SourceError(fmt::format("{}: it has {} channel{}; I/Q takes two", name(), info.channels,
+                                  info.channels == 1 ? "" : "s"));
   }
-}
-
-WavRecording::~WavRecording() {
-  sound_.reset();
-  close(file_);
+  sample_bytes_ = 2 * kind->component_bytes;
+  RecordingFacts facts;
+  facts.format = {fmt::format("WAV {}", kind->name), kHeader};
+  facts.rate_hz = {static_cast<double>(info.samplerate), kHeader};
+  const std::string auxi_bytes = file_.chunk("auxi").value_or("");
+  const AuxiChunk auxi = parseAuxi(std::as_bytes(std::span(auxi_bytes)));
+  if (auxi.centre_hz) facts.centre_hz = {*auxi.centre_hz, kAuxi};
+  if (auxi.start_unix_ms) facts.start_unix_ms = {*auxi.start_unix_ms, kAuxi};
+  facts = firstKnown(told, facts);
+  setFacts(firstKnown(facts, factsOfName(name())));
 }
 
 size_t WavRecording::read(std::span<std::complex<float>> block) {
   auto* const components = reinterpret_cast<float*>(block.data());
   const auto frames =
-      sf_readf_float(sound_.get(), components, static_cast<sf_count_t>(block.size()));
-  if (sf_error(sound_.get()) != SF_ERR_NO_ERROR) {
-    throw SourceError(fmt::format("cannot read {}: {}", name(), sf_strerror(sound_.get())));
+      sf_readf_float(file_.sound(), components, static_cast<sf_count_t>(block.size()));
+  if (sf_error(file_.sound()) != SF_ERR_NO_ERROR) {
+    throw SourceError(fmt::format("cannot read {}: {}", name(), sf_strerror(file_.sound())));
   }
   const auto samples = static_cast<size_t>(std::max<sf_count_t>(frames, 0));
-  if ((info_.format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_U8) {
+  if (samples < block.size()) checkLength();
+  if ((file_.info().format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_U8) {
     // Bytes have their zero between 127 and 128, as in raw cu8; the library puts it at 128.
     for (size_t i = 0; i < 2 * samples; ++i) components[i] += 0.5F / 128.0F;
   }
   return samples;
 }
 
+/// At the end: whether all of what the header promises has come.
+void WavRecording::checkLength() {
+  const auto promised = file_.promisedBytes();
+  if (!promised || *promised == 0) return;
+  const uint64_t there = *lengthSamples() * sample_bytes_;
+  if (*promised >= there + sample_bytes_) {
+    setDamage(
+        fmt::format("it was cut short: its header promises {} bytes of samples, {} are there "
+                    "and were surveyed",
+                    *promised, there));
+  } else if (*promised > there) {
+    setLeftOver(*promised - there, "WAV");
+  }
+}
+
 uint64_t WavRecording::skip(uint64_t samples) {
-  const sf_count_t here = sf_seek(sound_.get(), 0, SF_SEEK_CUR);
-  if (here < 0 || here > info_.frames) return Recording::skip(samples);
-  const uint64_t skipped = std::min(samples, static_cast<uint64_t>(info_.frames - here));
-  if (sf_seek(sound_.get(), static_cast<sf_count_t>(skipped), SF_SEEK_CUR) < 0) {
-    throw SourceError(fmt::format("cannot read {}: {}", name(), sf_strerror(sound_.get())));
+  const sf_count_t here = sf_seek(file_.sound(), 0, SF_SEEK_CUR);
+  if (here < 0 || here > file_.info().frames) return Recording::skip(samples);
+  const uint64_t skipped = std::min(samples, static_cast<uint64_t>(file_.info().frames - here));
+  if (sf_seek(file_.sound(), static_cast<sf_count_t>(skipped), SF_SEEK_CUR) < 0) {
+    throw SourceError(fmt::format("cannot read {}: {}", name(), sf_strerror(file_.sound())));
   }
   return skipped;
 }
 
 std::optional<uint64_t> WavRecording::lengthSamples() const {
-  return static_cast<uint64_t>(std::max<sf_count_t>(info_.frames, 0));
+  return static_cast<uint64_t>(std::max<sf_count_t>(file_.info().frames, 0));
 }
 
 }  // namespace pelagrim_host

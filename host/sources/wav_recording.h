@@ -1,13 +1,11 @@
 #pragma once
 
-#include <sndfile.h>
-
 #include <filesystem>
-#include <memory>
 #include <span>
 #include <string>
 
 #include "host/sources/recording.h"
+#include "host/sources/wav_file.h"
 
 namespace pelagrim_host {
 
@@ -29,7 +27,6 @@ class WavRecording final : public Recording {
  public:
   /// What is `told` stands over the header, the header over the file's name.
   WavRecording(const std::filesystem::path& path, const RecordingFacts& told);
-  ~WavRecording() override;
 
   size_t read(std::span<std::complex<float>> block) override;
   uint64_t skip(uint64_t samples) override;
@@ -37,9 +34,10 @@ class WavRecording final : public Recording {
  private:
   std::optional<uint64_t> lengthSamples() const override;
 
-  int file_ = -1;
-  SF_INFO info_ = {};
-  std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> sound_;
+  void checkLength();
+
+  WavFile file_;
+  size_t sample_bytes_ = 0;
 };
 
 }  // namespace pelagrim_host
