@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <system_error>
 
 /// Ends the run as a finding when the condition does not hold.
 #define FUZZ_EXPECT(condition)                                \
@@ -25,10 +27,8 @@ class ScratchDir {
     if (mkdtemp(path_) == nullptr) std::abort();
   }
   ~ScratchDir() {
-    for (const char* const name : {"survey.cfg", "survey-labels.txt", "survey.csv"}) {
-      unlink(pathOf(name).c_str());
-    }
-    rmdir(path_);
+    std::error_code error;
+    std::filesystem::remove_all(path_, error);
   }
   ScratchDir(const ScratchDir&) = delete;
   ScratchDir& operator=(const ScratchDir&) = delete;

@@ -62,10 +62,14 @@ std::optional<FrequencyRange> parseFrequencyRange(std::string_view text) {
 }
 
 std::optional<int64_t> parseMoment(std::string_view text) {
+  constexpr int64_t kFirstMs = -62'167'219'200'000;  // of the year 0
+  constexpr int64_t kLastMs = 253'402'300'799'999;   // of the year 9999
   int64_t unix_ms = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, unix_ms);
-  if (error == std::errc() && stop == end) return unix_ms;
+  if (error == std::errc() && stop == end) {
+    return unix_ms >= kFirstMs && unix_ms <= kLastMs ? std::optional(unix_ms) : std::nullopt;
+  }
 
   int year = 0;
   int month = 0;

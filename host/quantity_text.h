@@ -22,7 +22,7 @@ std::optional<double> parseQuantity(std::string_view text);
 std::optional<FrequencyRange> parseFrequencyRange(std::string_view text);
 
 /// A moment as Unix time in milliseconds: ISO 8601 in UTC ("2024-11-16T12:34:56.789Z"; the fraction
-/// and the Z may be absent), or the milliseconds themselves.
+/// and the Z may be absent), or the milliseconds themselves. The years are 0 to 9999.
 std::optional<int64_t> parseMoment(std::string_view text);
 
 /// A moment in UTC to the second, as parseMoment takes it: "2024-11-16T12:34:56Z".

@@ -62,6 +62,7 @@ TEST(SigmfMeta, RefusesWhatCannotBeSurveyedWithTheReason) {
       {metaText("\"core:datatype\":\"ri16_le\""), "real (ri16_le)"},
       {metaText("\"core:datatype\":\"cf32\""), "lacks the byte order"},
       {metaText("\"core:datatype\":\"cs16_le\""), "none that is known"},
+      {metaText("\"core:datatype\":\"_le\""), "none that is known"},
       {metaText(cu8 + ",\"core:num_channels\":2"), "2 channels"},
       {metaText(cu8 + ",\"core:metadata_only\":true"), "metadata alone"},
       {metaText(cu8 + ",\"core:sha512\":\"12\""), "128 hexadecimal"},

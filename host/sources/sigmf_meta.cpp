@@ -82,7 +82,7 @@ void readDatatype(const std::string& datatype, SigmfMeta& meta) {
   const bool has_order = rest.ends_with("_le") || rest.ends_with("_be");
   meta.big_endian = rest.ends_with("_be");
   if (has_order) rest.remove_suffix(3);
-  rest.remove_prefix(1);
+  rest = rest.substr(std::min<size_t>(rest.size(), 1));
   // SigMF writes i for signed where the raw formats write s.
   std::string name = fmt::format("c{}", rest);
   if (name.size() > 1 && name[1] == 'i') {

@@ -1,0 +1,39 @@
+// A survey directory's files as the headless host reads them: whatever they hold, what comes out
+// makes sense, and a setting that is written is read back.
+
+#include "files/labels_file.h"
+#include "host/results/display_text.h"
+#include "host/results/survey_file.h"
+#include "host/survey_settings_file.h"
+#include "input_file.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  using namespace pelagrim_host;
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  for (const SurveyedChannel& channel : parseSurveyRows(text).channels) {
+    FUZZ_EXPECT(channel.hits >= 1 && channel.activity() <= 1.0);
+    FUZZ_EXPECT(channel.width_hz >= 0.0 && !channel.kind.empty());
+  }
+
+  // A report names a channel as the panel does.
+  static const ScratchDir dir;
+  dir.write("survey-labels.txt", data, size);
+  const auto labels = pelagrim::loadLabels(dir.path())->labels;
+  const auto band_plan = parseBandPlan(text);
+  FUZZ_EXPECT(band_plan.size() == labels.size());
+  for (const BandRange& range : band_plan) {
+    for (const double hz : {range.low_hz, range.high_hz, 0.5 * (range.low_hz + range.high_hz)}) {
+      const auto* const label = pelagrim::lookupLabel(labels, hz);
+      const BandRange* const found = findBandRange(band_plan, hz);
+      FUZZ_EXPECT((label != nullptr) == (found != nullptr));
+      FUZZ_EXPECT(label == nullptr || label->name == found->name);
+    }
+    FUZZ_EXPECT(displayText(displayText(range.name)) == displayText(range.name));
+    FUZZ_EXPECT(markupText(displayText(range.name)).find_first_of("<>\"") == std::string::npos);
+  }
+  parseSurveySettings(text);
+  const std::string set = withSettings(text, {{"start", "123"}, {"sweep", "no"}});
+  FUZZ_EXPECT(findNumber(set, "start") == 123.0 && !asksToSweep(set));
+  FUZZ_EXPECT(withSettings(set, {{"start", "123"}, {"sweep", "no"}}) == set);
+  return 0;
+}
