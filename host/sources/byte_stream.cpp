@@ -28,6 +28,8 @@ bool waitForBytes(int file) {
   return false;
 }
 
+constexpr int kPipeBytes = 1 << 20;  // the most that is allowed to everybody
+
 class FileBytes final : public ByteStream {
  public:
   explicit FileBytes(const std::filesystem::path& path)
@@ -44,6 +46,8 @@ class FileBytes final : public ByteStream {
     }
     seekable_ = known && S_ISREG(status.st_mode);
     if (seekable_) size_ = static_cast<uint64_t>(status.st_size);
+    // More room for whoever writes while a dwell is evaluated; without it things go on, too.
+    if (known && S_ISFIFO(status.st_mode)) fcntl(file_, F_SETPIPE_SZ, kPipeBytes);
   }
   ~FileBytes() override { closeFile(); }
 
