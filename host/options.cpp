@@ -85,7 +85,7 @@ void addSourceOptions(CLI::App& app, Options& options) {
             "a sample rate such as 2.4M", "Samples per second")
       ->type_name("RATE");
   addParsed(app, "--frequency", parseNotNegative, options.frequency_hz, kFrequency,
-            "Centre of the recording, or where the simulated receiver starts.\n"
+            "Centre of the recording, or where the receiver starts.\n"
             "Else both as the recording or its name says")
       ->type_name("HZ");
   app.add_option("--format", options.format,
