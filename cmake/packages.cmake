@@ -8,7 +8,8 @@ if(PELAGRIM_HOST)
   list(APPEND CPACK_COMPONENTS_ALL survey)
   install(TARGETS pelagrim-survey RUNTIME DESTINATION bin COMPONENT survey)
   install(FILES LICENSE DESTINATION share/doc/pelagrim-survey RENAME copyright COMPONENT survey)
-  install(FILES docs/file-formats.md docs/surveying-well.md
+  install(FILES docs/exporting.md docs/file-formats.md docs/receivers.md docs/recordings.md
+      docs/surveying-well.md
     DESTINATION share/doc/pelagrim-survey COMPONENT survey)
   install(FILES docs/pelagrim-survey.service
     DESTINATION share/doc/pelagrim-survey/examples COMPONENT survey)
@@ -34,6 +35,7 @@ Moves the receiver across a band, finds the signals in it and keeps a list
 of what was heard where, how strong and how often.")
 set(CPACK_DEBIAN_SURVEY_PACKAGE_NAME pelagrim-survey)
 set(CPACK_DEBIAN_SURVEY_PACKAGE_DEPENDS "pelagrim-plugin (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_SURVEY_PACKAGE_SUGGESTS soapysdr-module-all)
 set(CPACK_COMPONENT_SURVEY_DESCRIPTION "survey a band from a terminal, a recording or a small box
 Runs the Pelagrim plug-in without the receiver's window: on recordings, on
 live receivers or on a simulated band, with a live view or JSON lines.")
