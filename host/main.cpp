@@ -12,6 +12,7 @@
 #include "host/signals.h"
 #include "host/survey_command.h"
 #include "host/text_output.h"
+#include "host/usage_error.h"
 
 int main(int argc, char** argv) {
   enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };

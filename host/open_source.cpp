@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <set>
 #include <utility>
 
 #include "host/session/survey_clock.h"
@@ -16,12 +15,25 @@
 #include "host/sources/replayed_source.h"
 #include "host/sources/soapy_receiver.h"
 #include "host/survey_settings_file.h"
+#include "host/usage_error.h"
 
 namespace pelagrim_host {
 namespace {
 
 constexpr double kSimulatedRateHz = 1e6;
 constexpr double kLiveRateHz = 2.4e6;  // what the usual receivers do, and a survey likes
+
+constexpr const char* kCommandLine = "the command line";
+
+RecordingRequest recordingAsked(const Options& options) {
+  RecordingRequest request{.source = options.source, .told = {}, .verify = options.verify};
+  RecordingFacts& told = request.told;
+  if (!options.format.empty()) told.format = {options.format, kCommandLine};
+  if (options.sample_rate_hz) told.rate_hz = {*options.sample_rate_hz, kCommandLine};
+  if (options.frequency_hz) told.centre_hz = {*options.frequency_hz, kCommandLine};
+  if (options.start_unix_ms) told.start_unix_ms = {*options.start_unix_ms, kCommandLine};
+  return request;
+}
 
 bool isStandardInput(const Options& options) {
   return options.source == "-";
@@ -91,21 +103,16 @@ std::unique_ptr<IqSource> openSource(const Options& options, const std::string& 
   if (options.lo_offset_hz != 0.0) {
     throw UsageError("--lo-offset: a recording cannot be tuned; leave the option out");
   }
-  if (options.plays == 1 && options.offset_seconds == 0.0) return openRecording(options, remark);
+  if (options.plays == 1 && options.offset_seconds == 0.0)
+    return openRecording(recordingAsked(options), remark);
   if (options.plays != 1 && isStandardInput(options)) {
     throw UsageError("--loop: standard input cannot be played again; name a file");
   }
-  // What a recording has to remark it would say again at every play.
-  const auto remark_once = [remark,
-                            said = std::set<std::string>()](const std::string& line) mutable {
-    if (said.insert(line).second) remark(line);
-  };
-  const auto shared_remark = std::make_shared<RemarkSink>(remark_once);
   return std::make_unique<ReplayedSource>(
-      [options = Options(options), shared_remark]() mutable {
-        auto source = openRecording(
-            options, [shared_remark](const std::string& line) { (*shared_remark)(line); });
-        options.verify = false;  // once is enough
+      [request = recordingAsked(options), remark = RemarkSink(remark)]() mutable {
+        auto source = openRecording(request, remark);
+        request.verify = false;  // once is enough, as it is of remarks
+        remark = [](const std::string&) {};
         return source;
       },
       options.plays, options.offset_seconds);

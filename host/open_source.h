@@ -16,8 +16,8 @@ namespace pelagrim_host {
 SimulatedBandConfig simulatedBandConfig(const Options& options, const std::string& settings);
 
 /// Opens what the command line names. Throws UsageError where the command line has to say more,
-/// SourceError where the source cannot be had. `remark` gets what the source has to say while it is
-/// read; it has to outlive the source.
+/// SourceError where the source cannot be had. `remark` gets what there is to say of it, before
+/// this returns.
 std::unique_ptr<IqSource> openSource(const Options& options, const std::string& settings,
                                      const RemarkSink& remark);
 

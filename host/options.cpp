@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "host/sources/sample_format.h"
+#include "host/usage_error.h"
 
 namespace pelagrim_host {
 namespace {

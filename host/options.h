@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <variant>
 
@@ -60,11 +59,6 @@ struct Options {
   bool list_devices = false;
 
   bool isSimulated() const { return source.empty() && device.empty(); }
-};
-
-/// A command line that cannot be carried out. The line names the option and says what to do.
-struct UsageError : std::runtime_error {
-  using std::runtime_error::runtime_error;
 };
 
 /// Reads the command line. The text instead when that is all that was asked for (--help,

@@ -90,11 +90,9 @@ class Recordings : public ::testing::Test {
  protected:
   std::unique_ptr<IqSource> open(const std::string& name, std::optional<double> centre_hz = {},
                                  bool verify = false) {
-    Options options;
-    options.source = (dir_.path() / name).string();
-    options.frequency_hz = centre_hz;
-    options.verify = verify;
-    return openRecording(options, [](const std::string&) {});
+    RecordingRequest request{.source = (dir_.path() / name).string(), .told = {}, .verify = verify};
+    if (centre_hz) request.told.centre_hz = {*centre_hz, "the command line"};
+    return openRecording(request, [](const std::string&) {});
   }
 
   static Samples readAll(IqSource& source) {

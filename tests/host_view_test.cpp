@@ -4,9 +4,9 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 
+#include "host/text_width.h"
 #include "host/view/json_report.h"
 #include "host/view/live_frame.h"
-#include "host/view/text_width.h"
 
 namespace pelagrim_host {
 namespace {

@@ -17,6 +17,7 @@
 #include "host/export/export_formats.h"
 #include "host/options.h"
 #include "host/text_output.h"
+#include "host/usage_error.h"
 #include "host/whole_file.h"
 
 namespace pelagrim_host {

@@ -15,6 +15,7 @@
 #include "host/report/report_data.h"
 #include "host/report/report_page.h"
 #include "host/text_output.h"
+#include "host/usage_error.h"
 #include "host/whole_file.h"
 
 namespace pelagrim_host {

@@ -7,7 +7,7 @@
 #include <span>
 #include <string_view>
 
-#include "host/view/text_width.h"
+#include "host/text_width.h"
 
 namespace pelagrim_host {
 namespace {

@@ -10,20 +10,10 @@
 #include "host/sources/sample_format.h"
 #include "host/sources/sigmf_recording.h"
 #include "host/sources/wav_recording.h"
+#include "host/usage_error.h"
 
 namespace pelagrim_host {
 namespace {
-
-constexpr const char* kCommandLine = "the command line";
-
-RecordingFacts factsTold(const Options& options) {
-  RecordingFacts told;
-  if (!options.format.empty()) told.format = {options.format, kCommandLine};
-  if (options.sample_rate_hz) told.rate_hz = {*options.sample_rate_hz, kCommandLine};
-  if (options.frequency_hz) told.centre_hz = {*options.frequency_hz, kCommandLine};
-  if (options.start_unix_ms) told.start_unix_ms = {*options.start_unix_ms, kCommandLine};
-  return told;
-}
 
 bool isOneOf(const std::string& extension, std::initializer_list<const char*> extensions) {
   const auto lower = [](std::string text) {
@@ -34,43 +24,42 @@ bool isOneOf(const std::string& extension, std::initializer_list<const char*> ex
   return std::find(extensions.begin(), extensions.end(), lower(extension)) != extensions.end();
 }
 
-std::unique_ptr<IqSource> openRaw(const Options& options, const RecordingFacts& told) {
-  const std::filesystem::path path(options.source);
-  const bool has_name = options.source != "-";
-  RecordingFacts facts = told;
+std::unique_ptr<IqSource> openRaw(const RecordingRequest& request) {
+  const std::filesystem::path path(request.source);
+  const bool has_name = request.source != "-";
+  RecordingFacts facts = request.told;
   if (has_name) facts = firstKnown(facts, factsOfName(path.filename().string()));
-  requireKnown(options.source, facts);
+  requireKnown(request.source, facts);
   const SampleFormat* const format = findSampleFormat(facts.format->value);
   if (format == nullptr) {
-    throw UsageError(
-        fmt::format("--format {} is not known; there are {}", options.format, sampleFormatNames()));
+    throw UsageError(fmt::format("--format {} is not known; there are {}", facts.format->value,
+                                 sampleFormatNames()));
   }
   return std::make_unique<RawRecording>(path, *format, std::move(facts));
 }
 
 }  // namespace
 
-std::unique_ptr<IqSource> openRecording(const Options& options, const RemarkSink& remark) {
-  const std::filesystem::path path(options.source);
+std::unique_ptr<IqSource> openRecording(const RecordingRequest& request, const RemarkSink& remark) {
+  const std::filesystem::path path(request.source);
   const std::string extension = path.extension().string();
-  const RecordingFacts told = factsTold(options);
-  const bool is_raw = !options.format.empty();
+  const bool is_raw = request.told.format.has_value();
   if (is_raw && isOneOf(extension, {".sigmf", ".sigmf-meta"})) {
     throw UsageError(fmt::format(
         "--format: {} is no file of samples; to read a recording's samples whatever its metadata "
         "say, name its .sigmf-data",
-        options.source));
+        request.source));
   }
   if (!is_raw && isOneOf(extension, {".sigmf", ".sigmf-meta", ".sigmf-data"})) {
-    return std::make_unique<SigmfRecording>(path, told, options.verify, remark);
+    return std::make_unique<SigmfRecording>(path, request.told, request.verify, remark);
   }
-  if (options.verify) {
+  if (request.verify) {
     throw UsageError("--verify: only a SigMF recording has a checksum");
   }
   if (!is_raw && isOneOf(extension, {".wav", ".wave", ".rf64"})) {
-    return std::make_unique<WavRecording>(path, told);
+    return std::make_unique<WavRecording>(path, request.told);
   }
-  return openRaw(options, told);
+  return openRaw(request);
 }
 
 }  // namespace pelagrim_host

@@ -4,9 +4,9 @@
 
 #include <utility>
 
-#include "host/options.h"
 #include "host/quantity_text.h"
 #include "host/sources/recording_name.h"
+#include "host/usage_error.h"
 
 namespace pelagrim_host {
 namespace {

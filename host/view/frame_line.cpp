@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/view/text_width.h"
+#include "host/text_width.h"
 
 namespace pelagrim_host {
 namespace {

@@ -7,8 +7,8 @@
 #include <span>
 
 #include "host/quantity_text.h"
+#include "host/text_width.h"
 #include "host/view/frame_line.h"
-#include "host/view/text_width.h"
 
 namespace pelagrim_host {
 namespace {

@@ -1,4 +1,4 @@
-#include "host/view/text_width.h"
+#include "host/text_width.h"
 
 #include <unistr.h>
 #include <uniwidth.h>

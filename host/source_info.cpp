@@ -1,4 +1,4 @@
-#include "host/sources/source_info.h"
+#include "host/source_info.h"
 
 #include <fmt/format.h>
 

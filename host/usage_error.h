@@ -1,0 +1,12 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace pelagrim_host {
+
+/// A command line that cannot be carried out. The line names the option and says what to do.
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace pelagrim_host
