@@ -72,7 +72,7 @@ std::optional<SurveyedChannel> channelOf(const std::string& line) {
       std::sscanf(line.c_str(), "%lld,%lld,%lld,%lld,%lf,%lf,%u,%u,%lld,%lld%n", &centre_hz,
                   &width_hz, &min_width_hz, &max_width_hz, &channel.peak_db, &channel.floor_db,
                   &channel.hits, &channel.looks, &first_unix_ms, &last_unix_ms, &end);
-  if (fields != 10 || centre_hz < 1 || channel.hits == 0) return std::nullopt;
+  if (fields != 10 || centre_hz < 1 || width_hz < 0 || channel.hits == 0) return std::nullopt;
   channel.centre_hz = static_cast<double>(centre_hz);
   if (channel.centre_hz > kHighestCentreHz) return std::nullopt;
   channel.width_hz = static_cast<double>(width_hz);
