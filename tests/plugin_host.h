@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <array>
 #include <cmath>
@@ -35,6 +36,17 @@ inline Samples band(size_t frames, const std::vector<int>& tone_bins) {
     }
   }
   return samples;
+}
+
+/// Descriptors that the process has open.
+inline size_t openFiles() {
+  return static_cast<size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                                           std::filesystem::directory_iterator()));
+}
+
+/// Bytes that the process has allocated and not freed.
+inline size_t heapBytes() {
+  return mallinfo2().uordblks;
 }
 
 /// A host with a scripted clock and scripted tune answers, around a freshly loaded plug-in whose

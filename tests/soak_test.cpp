@@ -1,7 +1,5 @@
 // A month of survey, the clock running ahead of the samples.
 
-#include <malloc.h>
-
 #include "plugin_host.h"
 
 namespace {
@@ -34,9 +32,9 @@ TEST(Soak, AMonthOfSurveyCountsRightAndGrowsNothing) {
     ASSERT_EQ(host.tuned_hz.size(), static_cast<size_t>(dwell) + 1) << "the dwell did not end";
     host.iq->retune(host.handle, host.tuned_hz.back());
     ASSERT_EQ(host.lines().size(), dwell == 0 ? 3U : 1U);
-    if (dwell == kDwellsPerDay / 2) heap_bytes = mallinfo2().uordblks;
+    if (dwell == kDwellsPerDay / 2) heap_bytes = heapBytes();
   }
-  EXPECT_LE(mallinfo2().uordblks, heap_bytes + 4096);
+  EXPECT_LE(heapBytes(), heap_bytes + 4096);
 
   const auto rows = host.rows();
   ASSERT_EQ(rows.size(), 3U);
