@@ -51,4 +51,33 @@ TEST(WantOfMemory, IsSurvivedWhereverItStrikes) {
   }
 }
 
+TEST(WantOfMemory, CostsADwellOrTheTimeUntilTheNextCreate) {
+#ifdef PELAGRIM_SANITIZED
+  GTEST_SKIP() << "as above";
+#endif
+  PluginHost host;
+  const faults::Plan no_memory = {.call = faults::Call::kAllocate, .first = 1, .count = 1'000'000};
+  const Samples station = band(1, {100});
+  const Samples visitor = band(1, {-200});
+  host.tuned_hz.reserve(8);  // the host's own memory does not fail
+  FaultScenario::fill(host);
+  host.create(1024000.0, 144.5e6);
+  const auto before = host.rows();
+  host.tune_answer = -1;
+  host.now_ms += 20'000;
+  faults::during(no_memory, [&] { host.process(visitor); });
+  host.processUntil(host.now_ms + 19'999, station);
+  EXPECT_EQ(host.rows(), before) << "counted in part, or the next dwell is not a whole one";
+  host.processUntil(host.now_ms + 1, station);
+  EXPECT_EQ(host.rows().size(), 5U) << "summary, refusal, two channels of the file, the station";
+
+  const std::string file = host.dir.read("survey.csv");
+  const size_t requests = host.tuned_hz.size();
+  faults::during(no_memory, [&] { host.create(1024000.0, 144.5e6); });
+  host.processUntil(host.now_ms + 20'000, visitor);
+  host.iq->destroy(host.handle);
+  EXPECT_EQ(host.tuned_hz.size(), requests) << "a survey that could not start sweeps";
+  EXPECT_EQ(host.dir.read("survey.csv"), file);
+}
+
 }  // namespace

@@ -63,7 +63,10 @@ std::FILE* fopen(const char* path, const char* mode) {
 }
 char* fgets(char* text, int size, std::FILE* file) {
   static auto* const next = faults::real<char*(char*, int, std::FILE*)>("fgets");
-  return strikes(Call::kRead) ? nullptr : next(text, size, file);
+  if (!strikes(Call::kRead)) return next(text, size, file);
+  std::fputc(0, file);  // refused by a file open for reading, and so marks it as failed
+  errno = faults::g_plan.error;
+  return nullptr;
 }
 size_t fwrite(const void* data, size_t size, size_t count, std::FILE* file) {
   static auto* const next = faults::real<size_t(const void*, size_t, size_t, std::FILE*)>("fwrite");

@@ -31,4 +31,15 @@ struct Armed {
   Armed& operator=(const Armed&) = delete;
 };
 
+/// Makes the call with the plan applied.
+template <typename Work>
+void during(const Plan& plan, Work&& work) {
+  set(plan);
+  {
+    const Armed armed;
+    work();
+  }
+  set({});
+}
+
 }  // namespace faults

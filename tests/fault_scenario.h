@@ -14,11 +14,12 @@ class FaultScenario {
       "144100000,12500,12500,12500,-20.0,-60.0,3,10,1,2,NFM?\n"
       "145900000,12500,12500,12500,-20.0,-60.0,3,10,1,2,NFM?\n";
 
-  /// Fills a new directory and plays the session there, with the planned faults in the plug-in's
-  /// calls alone.
+  /// Plays the session in the directory, with the planned faults in the plug-in's calls alone; it
+  /// leaves no file open.
   void play(PluginHost& host) {
     host.tuned_hz.reserve(64);  // the host's own memory does not fail
     lines_in_file_ = 0;
+    const size_t files_before = openFiles();
     host.now_ms = 1'000'000;
     host.tune_answer = -1;
     const auto dwell = [&](const Samples& samples) {
@@ -38,6 +39,7 @@ class FaultScenario {
     dwell(one_tone_);
     host.process(one_tone_);
     step(host, [&] { host.iq->destroy(host.handle); });
+    EXPECT_EQ(openFiles(), files_before);
   }
 
   /// The directory's files are the user's: survey.csv holds two channels, others as given.
@@ -58,6 +60,10 @@ class FaultScenario {
     EXPECT_LE(lines.size(), 32U);
     for (const std::string& line : lines) EXPECT_EQ(line.substr(0, 8), "survey: ");
     EXPECT_EQ(host.rows()[0][0], "Survey");
+  }
+
+  static bool remembersItsLastDwell(const PluginHost& host) {
+    return std::ranges::any_of(host.rows(), [](auto& row) { return row[0] == "145.4500 MHz"; });
   }
 
   /// Whether survey.csv may lose lines: when the disk does not take what is written, it does.
