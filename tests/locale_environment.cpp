@@ -17,6 +17,10 @@ class LocaleEnvironment : public testing::Environment {
     ASSERT_STREQ(std::localeconv()->decimal_point, ",");
     std::locale::global(std::locale(name));
   }
+  void TearDown() override {
+    if (std::getenv("PELAGRIM_TEST_LOCALE") == nullptr) return;
+    EXPECT_STREQ(std::localeconv()->decimal_point, ",") << "the host's locale was not left alone";
+  }
 };
 
 const auto* const g_environment = testing::AddGlobalTestEnvironment(new LocaleEnvironment);
