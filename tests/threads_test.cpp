@@ -96,34 +96,45 @@ TEST(Threads, ShareThePluginWithoutHarm) {
 }
 
 TEST(Threads, WaitForOneCallButNotWhereNoLockIsPromised) {
-  PluginHost host;
   struct Gate {
     PluginHost* plugin_host;
+    int calls_left;  // until the call of the host that blocks
     std::promise<void> entered, leave;
-  } gate{&host, {}, {}};
-  host.services.ctx = &gate;
-  host.services.now_ms = [](void* ctx) { return static_cast<Gate*>(ctx)->plugin_host->now_ms; };
-  host.services.tune = [](void* ctx, double) {
-    auto& [inside, entered, leave] = *static_cast<Gate*>(ctx);
-    char titles[8][WENDLE_CELL_BYTES];
-    // From inside tune, with the lock held: these would hang if they took it.
-    EXPECT_EQ(inside->panel->columns(inside->panel->create(), titles), 7);
-    inside->panel->destroy(inside->handle);
-    EXPECT_NE(inside->query(WENDLE_ABI_VERSION), nullptr);
-    entered.set_value();
-    leave.get_future().wait();
-    return 0;
+
+    void pass() {
+      if (--calls_left != 0) return;
+      char titles[8][WENDLE_CELL_BYTES];
+      // From inside the host, with the lock held: these would hang if they took it.
+      EXPECT_EQ(plugin_host->panel->columns(plugin_host->panel->create(), titles), 7);
+      plugin_host->panel->destroy(plugin_host->handle);
+      EXPECT_NE(plugin_host->query(WENDLE_ABI_VERSION), nullptr);
+      entered.set_value();
+      leave.get_future().wait();
+    }
   };
-  host.create(kRateHz, 145e6);
-  const Samples samples = band(1, {100});
-  host.now_ms += 20'000;
-  auto process = std::async(std::launch::async, [&] { host.process(samples); });
-  gate.entered.get_future().wait();
-  auto poll = std::async(std::launch::async, [&] { return host.rows(); });
-  EXPECT_EQ(poll.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-  gate.leave.set_value();
-  EXPECT_EQ(poll.get()[0][4], "1") << "the whole dwell is seen";
-  process.get();
+  for (const int blocking_call : {1, 2, 3}) {  // clock, clock for the detections, tune
+    PluginHost host;
+    host.create(kRateHz, 145e6);
+    Gate gate{&host, blocking_call, {}, {}};
+    host.services.ctx = &gate;
+    host.services.now_ms = [](void* ctx) {
+      static_cast<Gate*>(ctx)->pass();
+      return static_cast<Gate*>(ctx)->plugin_host->now_ms;
+    };
+    host.services.tune = [](void* ctx, double) {
+      static_cast<Gate*>(ctx)->pass();
+      return 0;
+    };
+    const Samples samples = band(1, {100});
+    host.now_ms += 20'000;
+    auto process = std::async(std::launch::async, [&] { host.process(samples); });
+    gate.entered.get_future().wait();
+    auto poll = std::async(std::launch::async, [&] { return host.rows(); });
+    EXPECT_EQ(poll.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    gate.leave.set_value();
+    EXPECT_EQ(poll.get()[0][4], "1") << "the whole dwell is seen";
+    process.get();
+  }
 }
 
 /// No assertion: the figures go into docs/reliability.md.
