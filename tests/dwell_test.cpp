@@ -128,26 +128,4 @@ TEST(Dwell, WithoutAPositiveSampleRateFindsNothingButCounts) {
   }
 }
 
-TEST(Dwell, WithANonFiniteSampleFindsNothingAndTheNextIsSane) {
-  PluginHost host;
-  host.create(kRateHz, 145e6);
-  Samples samples = band(2, {100});
-  samples[700] = {INFINITY, 0.0F};
-  host.processUntil(1'020'000, samples);
-  EXPECT_EQ(host.lastLine(), "survey: 145.000 MHz, 0 here, 0 known after 1 dwell");
-  host.processUntil(1'040'000, band(2, {100}));
-  EXPECT_EQ(host.lastLine(), "survey: 145.000 MHz, 1 here, 1 known after 2 dwells");
-}
-
-TEST(Dwell, KeepsAnUnwritableSurveyInMemory) {
-  PluginHost host;
-  std::filesystem::create_directory(host.dir.path() / "survey.csv");
-  host.create(kRateHz, 145e6);
-  host.processUntil(1'020'000, band(2, {100}));
-  EXPECT_EQ(host.lastLine(), "survey: 145.000 MHz, 1 here, 1 known after 1 dwell");
-  std::filesystem::remove(host.dir.path() / "survey.csv");
-  host.processUntil(1'040'000, band(2, {100}));
-  EXPECT_NE(host.dir.read("survey.csv").find("145100000,3000,3000,3000"), std::string::npos);
-}
-
 }  // namespace

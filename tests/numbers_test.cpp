@@ -85,6 +85,9 @@ TEST(Numbers, InSamplesMayBeAnyFloat) {
       for (size_t i = 0; i < samples.size(); i += everywhere ? 1 : 700)
         samples[i] = {value, -value};
       host.processUntil(host.now_ms + 20'000, samples);
+      const std::string odd_dwell = host.lastLine();
+      EXPECT_TRUE(std::isfinite(value) || odd_dwell.find(" 0 here,") != std::string::npos)
+          << odd_dwell;
       host.processUntil(host.now_ms + 20'000, band(2, {100}));
       EXPECT_EQ(host.lastLine().substr(0, 36), "survey: 145.000 MHz, 1 here, 1 known") << value;
     }
