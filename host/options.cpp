@@ -68,11 +68,6 @@ std::function<std::optional<Number>(const std::string&)> countBetween(Number lea
   };
 }
 
-/// An unset variable of a script must not turn into the default.
-std::string notEmpty(const std::string& value) {
-  return value.empty() ? "an empty text was given; name one or leave it out" : "";
-}
-
 void addSourceOptions(CLI::App& app, Options& options) {
   constexpr const char* kFrequency = "a frequency such as 145.5M";
   constexpr const char* kTime = "a time in seconds such as 2.5";

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
@@ -9,11 +11,18 @@
 namespace pelagrim_host {
 namespace {
 
-void writeTo(const std::filesystem::path& path, const std::string& text) {
-  std::ofstream file(path, std::ios::binary);
+[[noreturn]] void fail(const std::filesystem::path& path, const std::string& reason) {
+  throw std::runtime_error(fmt::format("cannot write {}: {}", path.string(), reason));
+}
+
+/// Writes `file_path` for the sake of `path`, which is what the user has named.
+void writeTo(const std::filesystem::path& file_path, const std::filesystem::path& path,
+             const std::string& text) {
+  errno = 0;
+  std::ofstream file(file_path, std::ios::binary);
   file << text;
   file.close();
-  if (!file) throw std::runtime_error(fmt::format("cannot write {}", path.string()));
+  if (!file) fail(path, errno == 0 ? "write error" : std::strerror(errno));
 }
 
 }  // namespace
@@ -22,16 +31,14 @@ void writeWhole(const std::filesystem::path& path, const std::string& text) {
   std::error_code error;
   const auto there = std::filesystem::status(path, error);
   if (std::filesystem::exists(there) && !std::filesystem::is_regular_file(there)) {
-    writeTo(path, text);
+    writeTo(path, path, text);
     return;
   }
   auto fresh_path = path;
   fresh_path += ".new";
-  writeTo(fresh_path, text);
+  writeTo(fresh_path, path, text);
   std::filesystem::rename(fresh_path, path, error);
-  if (error) {
-    throw std::runtime_error(fmt::format("cannot write {}: {}", path.string(), error.message()));
-  }
+  if (error) fail(path, error.message());
 }
 
 }  // namespace pelagrim_host

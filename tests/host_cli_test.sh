@@ -45,6 +45,8 @@ check grep -q "sweep = no" noise.survey/survey.cfg
 expect 1 "there is no survey at gone; name" report gone
 expect 2 "ends in .html or .svg" report noise.survey -o band.pdf
 expect 0 "band.html: " report noise.survey -o band.html
+expect 2 "an empty text" report noise.survey --compare ""
+expect 2 "that is the survey itself" export noise.survey --to csv -o noise.survey/../noise.survey/survey.csv
 truncate -s -1 noise.cu8
 expect 0 "nothing will be kept" noise.cu8 --sample-rate 1M --frequency 433M --sweep --band 1M:2M
 

@@ -6,19 +6,16 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "host/export/export_formats.h"
 #include "host/options.h"
+#include "host/results/survey_arguments.h"
 #include "host/text_output.h"
 #include "host/usage_error.h"
-#include "host/whole_file.h"
 
 namespace pelagrim_host {
 namespace {
@@ -60,10 +57,7 @@ std::string formatsText() {
 std::optional<ExportOptions> parseExportOptions(int argc, const char* const* argv) {
   ExportOptions options;
   CLI::App app("Writes the channels of a survey for another program.", "pelagrim-survey export");
-  app.add_option("SURVEY", options.survey,
-                 "A survey directory or its survey.csv; without it $ORVANE_SURVEY_DIR,\n"
-                 "else ~/.orvane/pelagrim, where the receiver's plug-in keeps its own")
-      ->type_name("");
+  addSurveyArgument(app, options.survey);
   std::vector<std::string> names;
   for (const ExportFormat& format : exportFormats()) names.emplace_back(format.name);
   app.add_option("--to", options.format, "What to write, see below")
@@ -71,6 +65,7 @@ std::optional<ExportOptions> parseExportOptions(int argc, const char* const* arg
       ->required()
       ->check(CLI::IsMember(names));
   app.add_option("-o,--output", options.output, "Where to write it; - for standard output")
+      ->check(notEmpty)
       ->type_name("FILE")
       ->capture_default_str();
   app.add_option("--min-activity", options.selection.min_activity,
@@ -92,14 +87,7 @@ std::optional<ExportOptions> parseExportOptions(int argc, const char* const* arg
       ->transform(kindNamed)
       ->check(CLI::IsMember(kindNames()));
   app.footer(formatsText());
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    TextOutput(stdout).write(app.help());
-    return std::nullopt;
-  } catch (const CLI::ParseError& error) {
-    throw UsageError(fmt::format("{}; see pelagrim-survey export --help", error.what()));
-  }
+  if (!parseArguments(app, argc, argv)) return std::nullopt;
   return options;
 }
 
@@ -109,10 +97,7 @@ void runExport(int argc, const char* const* argv) {
   const auto options = parseExportOptions(argc, argv);
   if (!options) return;
   const SurveyFiles survey = readSurveyFiles(surveyPlace(options->survey));
-  TextOutput complaints(stderr);
-  for (const std::string& remark : surveyRemarks(survey)) {
-    complaints.write(fmt::format("pelagrim-survey: {}\n", remark));
-  }
+  sayRemarks(surveyRemarks(survey));
   const auto channels = selectChannels(survey, options->selection);
   const auto format = std::find_if(
       exportFormats().begin(), exportFormats().end(),
@@ -125,7 +110,7 @@ void runExport(int argc, const char* const* argv) {
     }
     return;
   }
-  writeWhole(options->output, text);
+  writeResult(options->output, text, survey);
   TextOutput(stdout).write(fmt::format("{}: {} of {} channels\n", options->output, channels.size(),
                                        survey.rows.channels.size()));
 }

@@ -5,18 +5,16 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <stdexcept>
+#include <optional>
 #include <string>
-#include <system_error>
 
 #include "host/options.h"
 #include "host/report/band_svg.h"
 #include "host/report/report_data.h"
 #include "host/report/report_page.h"
+#include "host/results/survey_arguments.h"
 #include "host/text_output.h"
 #include "host/usage_error.h"
-#include "host/whole_file.h"
 
 namespace pelagrim_host {
 namespace {
@@ -34,25 +32,16 @@ std::optional<ReportOptions> parseReportOptions(int argc, const char* const* arg
   ReportOptions options;
   CLI::App app("Draws a survey: a page with a picture of the band and a table of its channels.",
                "pelagrim-survey report");
-  app.add_option("SURVEY", options.survey,
-                 "A survey directory or its survey.csv; without it $ORVANE_SURVEY_DIR,\n"
-                 "else ~/.orvane/pelagrim, where the receiver's plug-in keeps its own")
-      ->type_name("");
+  addSurveyArgument(app, options.survey);
   app.add_option("-o,--output", options.output,
                  "What to write: NAME.html for the page, NAME.svg for the picture alone")
       ->type_name("FILE")
       ->capture_default_str();
   app.add_option("--compare", options.old_results,
                  "An earlier survey of the band; marks what is new, gone and changed")
+      ->check(notEmpty)
       ->type_name("OLD");
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    TextOutput(stdout).write(app.help());
-    return std::nullopt;
-  } catch (const CLI::ParseError& error) {
-    throw UsageError(fmt::format("{}; see pelagrim-survey report --help", error.what()));
-  }
+  if (!parseArguments(app, argc, argv)) return std::nullopt;
   return options;
 }
 
@@ -78,8 +67,18 @@ std::vector<std::pair<std::string, std::string>> readableSettings(const SurveyFi
   return readable;
 }
 
-ReportData gather(const ReportOptions& options) {
-  const SurveyFiles survey = readSurveyFiles(surveyPlace(options.survey));
+/// Takes away what is gone from outside the band that was surveyed now: nobody looked for it there.
+/// Returns how many.
+size_t dropUnlookedFor(std::vector<ReportedChannel>& channels, const SurveySettings& settings) {
+  if (!settings.start_hz || !settings.stop_hz) return 0;
+  return std::erase_if(channels, [&](const ReportedChannel& reported) {
+    const double centre_hz = reported.channel.centre_hz;
+    return reported.change == Change::kGone &&
+           (centre_hz < *settings.start_hz || centre_hz > *settings.stop_hz);
+  });
+}
+
+ReportData gather(const ReportOptions& options, const SurveyFiles& survey) {
   ReportData report;
   report.band_plan = survey.band_plan;
   report.settings = readableSettings(survey);
@@ -91,6 +90,11 @@ ReportData gather(const ReportOptions& options) {
     report.channels = compareSurveys(survey.rows.channels, old.rows.channels, raster_hz);
     report.settings.emplace_back("Compared with", old.results_path.string());
     for (std::string& remark : surveyRemarks(old)) report.remarks.push_back(std::move(remark));
+    if (const size_t dropped = dropUnlookedFor(report.channels, survey.settings); dropped > 0) {
+      report.remarks.push_back(
+          fmt::format("{}: left out {} channel{} outside the band of the newer survey",
+                      old.results_path.string(), dropped, dropped == 1 ? "" : "s"));
+    }
   } else {
     report.channels = withoutComparison(survey.rows.channels);
   }
@@ -109,12 +113,11 @@ void runReport(int argc, const char* const* argv) {
     throw UsageError(
         fmt::format("--output {}: give a name that ends in .html or .svg", output.string()));
   }
-  const ReportData report = gather(*options);
-  for (const std::string& remark : report.remarks) {
-    TextOutput(stderr).write(fmt::format("pelagrim-survey: {}\n", remark));
-  }
+  const SurveyFiles survey = readSurveyFiles(surveyPlace(options->survey));
+  const ReportData report = gather(*options, survey);
+  sayRemarks(report.remarks);
   const std::string text = is_page ? reportPage(report) : bandSvg(report);
-  writeWhole(output, text);
+  writeResult(options->output, text, survey);
   TextOutput(stdout).write(
       fmt::format("{}: {} channel{}, {} kB\n", output.string(), report.channels.size(),
                   report.channels.size() == 1 ? "" : "s", (text.size() + 999) / 1000));
