@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <cmath>
+#include <string_view>
 
 #include "host/export/csv_field.h"
 #include "host/export/export_formats.h"
@@ -8,25 +9,14 @@
 namespace pelagrim_host {
 namespace {
 
-const char* modeText(const Listening& listening) {
+constexpr ModeNames<std::string_view> kModes = {
+    .none = "Auto", .cw = "CW", .usb = "USB", .lsb = "LSB", .am = "AM", .nfm = "FM", .wfm = "WFM"};
+
+std::string_view modeOf(const Listening& listening) {
   constexpr double kNarrowHz = 15000.0;
-  switch (listening.mode) {
-    case ListeningMode::kNone:
-      return "Auto";
-    case ListeningMode::kCw:
-      return "CW";
-    case ListeningMode::kUsb:
-      return "USB";
-    case ListeningMode::kLsb:
-      return "LSB";
-    case ListeningMode::kAm:
-      return "AM";
-    case ListeningMode::kNfm:
-      return listening.bandwidth_hz <= kNarrowHz ? "NFM" : "FM";
-    case ListeningMode::kWfm:
-      return "WFM";
-  }
-  return "Auto";
+  const bool is_narrow =
+      listening.mode == ListeningMode::kNfm && listening.bandwidth_hz <= kNarrowHz;
+  return is_narrow ? "NFM" : kModes[listening.mode];
 }
 
 struct Tuned {
@@ -78,7 +68,7 @@ std::string chirpMemories(const ExportedChannels& channels) {
                     channel.seen.width_hz / 1e3, channel.seen.hits, channel.seen.looks);
     text += fmt::format("{},{},{:.6f},off,0.000000,,88.5,88.5,023,NN,{},{:.2f},,{},,,\n",
                         ++location, csvField(plainText(channel.name)), tuned.hz / 1e6,
-                        modeText(channel.listening), tuned.step_khz, csvField(comment));
+                        modeOf(channel.listening), tuned.step_khz, csvField(comment));
   }
   return text;
 }

@@ -42,7 +42,7 @@ bool isSelected(const SurveyedChannel& channel, const ExportSelection& selection
 Listening listeningTo(const SurveyedChannel& channel) {
   constexpr double kUpperSideBandFromHz = 10e6;
   constexpr double kStepHz = 100.0;
-  const double width_hz = kStepHz * std::ceil(channel.width_hz / kStepHz);
+  const double width_hz = kStepHz * std::max(std::ceil(channel.width_hz / kStepHz), 1.0);
   Listening listening{ListeningMode::kNone, channel.centre_hz, width_hz};
   const auto* const known =
       std::find_if(kModes.begin(), kModes.end(),

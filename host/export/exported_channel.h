@@ -12,6 +12,32 @@ namespace pelagrim_host {
 /// How a receiver would listen to a signal. kNone: nothing is known that would make it audible.
 enum class ListeningMode { kNone, kCw, kUsb, kLsb, kAm, kNfm, kWfm };
 
+/// What a format writes for each mode.
+template <typename Value>
+struct ModeNames {
+  Value none, cw, usb, lsb, am, nfm, wfm;
+
+  Value operator[](ListeningMode mode) const {
+    switch (mode) {
+      case ListeningMode::kNone:
+        return none;
+      case ListeningMode::kCw:
+        return cw;
+      case ListeningMode::kUsb:
+        return usb;
+      case ListeningMode::kLsb:
+        return lsb;
+      case ListeningMode::kAm:
+        return am;
+      case ListeningMode::kNfm:
+        return nfm;
+      case ListeningMode::kWfm:
+        return wfm;
+    }
+    return none;
+  }
+};
+
 /// What a receiver has to be set to.
 struct Listening {
   ListeningMode mode = ListeningMode::kNone;

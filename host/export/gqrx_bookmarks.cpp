@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <set>
+#include <string_view>
 
 #include "host/export/export_formats.h"
 
@@ -11,25 +12,13 @@ namespace {
 
 constexpr const char* kUntagged = "Untagged";  // gqrx's own name for it
 
-const char* modulation(ListeningMode mode) {
-  switch (mode) {
-    case ListeningMode::kNone:
-      return "Raw I/Q";
-    case ListeningMode::kCw:
-      return "CW-U";
-    case ListeningMode::kUsb:
-      return "USB";
-    case ListeningMode::kLsb:
-      return "LSB";
-    case ListeningMode::kAm:
-      return "AM";
-    case ListeningMode::kNfm:
-      return "Narrow FM";
-    case ListeningMode::kWfm:
-      return "WFM (mono)";
-  }
-  return "Demod Off";
-}
+constexpr ModeNames<std::string_view> kModulations = {.none = "Raw I/Q",
+                                                      .cw = "CW-U",
+                                                      .usb = "USB",
+                                                      .lsb = "LSB",
+                                                      .am = "AM",
+                                                      .nfm = "Narrow FM",
+                                                      .wfm = "WFM (mono)"};
 
 std::string without(std::string text, std::string_view unwanted) {
   for (char& character : text) {
@@ -57,7 +46,7 @@ std::string gqrxBookmarks(const ExportedChannels& channels) {
   for (const ExportedChannel& channel : channels) {
     const Listening& listening = channel.listening;
     text += fmt::format("{:>12}; {:<25}; {:<20}; {:>10}; {}\n", std::llround(listening.dial_hz),
-                        without(channel.name, ";"), modulation(listening.mode),
+                        without(channel.name, ";"), kModulations[listening.mode],
                         std::llround(listening.bandwidth_hz), tagOf(channel));
   }
   return text;

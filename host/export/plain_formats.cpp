@@ -12,25 +12,8 @@
 namespace pelagrim_host {
 namespace {
 
-std::string_view modeText(ListeningMode mode) {
-  switch (mode) {
-    case ListeningMode::kNone:
-      break;
-    case ListeningMode::kCw:
-      return "CW";
-    case ListeningMode::kUsb:
-      return "USB";
-    case ListeningMode::kLsb:
-      return "LSB";
-    case ListeningMode::kAm:
-      return "AM";
-    case ListeningMode::kNfm:
-      return "NFM";
-    case ListeningMode::kWfm:
-      return "WFM";
-  }
-  return "";
-}
+constexpr ModeNames<std::string_view> kModeTexts = {
+    .none = "", .cw = "CW", .usb = "USB", .lsb = "LSB", .am = "AM", .nfm = "NFM", .wfm = "WFM"};
 
 /// "2026-01-01T00:00:00Z"; nothing for 0 (no clock) and for what is beyond the year 9999.
 std::string moment(int64_t unix_ms) {
@@ -42,6 +25,11 @@ std::string moment(int64_t unix_ms) {
 
 nlohmann::ordered_json orNull(const std::string& text) {
   return text.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(text);
+}
+
+/// Nothing when it is not a number: a spreadsheet would take "nan" for a text.
+std::string levelText(double level_db) {
+  return std::isfinite(level_db) ? fmt::format("{:.1f}", level_db) : "";
 }
 
 /// Text that no spreadsheet takes for a formula.
@@ -81,7 +69,7 @@ std::string jsonLines(const ExportedChannels& channels) {
         {"last_seen", orNull(moment(seen.last_unix_ms))},
         {"guess", std::string(seen.kind)},
         {"band", orNull(channel.band)},
-        {"mode", orNull(std::string(modeText(channel.listening.mode)))},
+        {"mode", orNull(std::string(kModeTexts[channel.listening.mode]))},
         {"bandwidth_hz", std::llround(channel.listening.bandwidth_hz)}};
     text += row.dump() + "\n";
   }
@@ -93,8 +81,8 @@ std::string readableCsv(const ExportedChannels& channels) {
       "Frequency MHz,Width kHz,Guess,Over floor dB,Seen %,Hits,Looks,First seen,Last seen,Band\n";
   for (const ExportedChannel& channel : channels) {
     const SurveyedChannel& seen = channel.seen;
-    text += fmt::format("{:.6f},{:.3f},{},{:.1f},{:.0f},{},{},{},{},{}\n", seen.centre_hz / 1e6,
-                        seen.width_hz / 1e3, seen.kind, seen.peak_db - seen.floor_db,
+    text += fmt::format("{:.6f},{:.3f},{},{},{:.0f},{},{},{},{},{}\n", seen.centre_hz / 1e6,
+                        seen.width_hz / 1e3, seen.kind, levelText(seen.peak_db - seen.floor_db),
                         100.0 * seen.activity(), seen.hits, seen.looks, moment(seen.first_unix_ms),
                         moment(seen.last_unix_ms), csvField(harmless(channel.band)));
   }

@@ -5,26 +5,9 @@
 namespace pelagrim_host {
 namespace {
 
-/// The place in SDR++'s list of demodulators.
-int modeNumber(ListeningMode mode) {
-  switch (mode) {
-    case ListeningMode::kNfm:
-      return 0;
-    case ListeningMode::kWfm:
-      return 1;
-    case ListeningMode::kAm:
-      return 2;
-    case ListeningMode::kUsb:
-      return 4;
-    case ListeningMode::kCw:
-      return 5;
-    case ListeningMode::kLsb:
-      return 6;
-    case ListeningMode::kNone:
-      break;
-  }
-  return 7;  // raw
-}
+/// The place in SDR++'s list of demodulators; 7: raw.
+constexpr ModeNames<int> kModeNumbers = {
+    .none = 7, .cw = 5, .usb = 4, .lsb = 6, .am = 2, .nfm = 0, .wfm = 1};
 
 }  // namespace
 
@@ -33,7 +16,7 @@ std::string sdrppBookmarks(const ExportedChannels& channels) {
   for (const ExportedChannel& channel : channels) {
     bookmarks[channel.name] = {{"frequency", channel.listening.dial_hz},
                                {"bandwidth", channel.listening.bandwidth_hz},
-                               {"mode", modeNumber(channel.listening.mode)}};
+                               {"mode", kModeNumbers[channel.listening.mode]}};
   }
   constexpr int kIndent = 4;
   return nlohmann::json{{"bookmarks", bookmarks}}.dump(kIndent, ' ', true) + "\n";
