@@ -45,7 +45,9 @@ TEST(SurveyRows, TakesWhatIsAChannelAndCountsWhatIsNot) {
       {row.substr(0, 40) + "\n" + row + ",NFM?\n", 1, 1, "cut off in the middle"},
       {"145012500 ,1,1,1,1,1,1,1,1,1\n145012500, 1,1,1,1,1,1,1,1,1\n", 1, 1, "blank before, after"},
       {"0,1,1,1,1,1,1,1,1,1,?\n145012500,1,1,1,1,1,0,1,1,1,?\n", 0, 2, "no centre, no hits"},
-      {"145012500145012500,1,1,1,1,1,1,1,1,1,?\n", 0, 1, "two numbers run together"},
+      {"145012500145012500,1,1,1,1,1,1,1,1,1,?\n5,1000120001200012000,1,1,1,1,1,1,1,1,?\n", 0, 2,
+       "two numbers run together"},
+      {"145012500,-1,1,1,1,1,1,1,1,1,?\n", 0, 1, "a width below zero"},
       {row + "," + std::string(2000, 'x') + "\n" + row + "\n", 2, 0, "a line longer than any"},
       {std::string("\0\xff\x1b", 3) + "\n", 0, 1, "no text"},
   };
@@ -113,6 +115,30 @@ TEST(CompareSurveys, PairsNearestCentresAndTellsChanceFromChange) {
   }
   EXPECT_EQ(reported.back().channel.centre_hz, 145.1e6);
   EXPECT_EQ(compareSurveys(old, now, 5e3)[1].change, Change::kLessOften);
+}
+
+TEST(BandSvg, MarksEveryChangeAlsoWhereNoFrequencyHasRoom) {
+  ReportData report;
+  report.is_compared = true;
+  for (const Change change :
+       {Change::kNew, Change::kGone, Change::kMoreOften, Change::kLessOften}) {
+    const double step_hz = 30e3 * static_cast<double>(report.channels.size());
+    report.channels.push_back({channelAt(145e6 + step_hz, 3e3, 1, 1), change, 1, 1});
+  }
+  report.channels.push_back({channelAt(147e6, 3e3, 1, 1)});
+  report.layout = layOutBand(report.channels, {}, {});
+  const std::string svg = bandSvg(report);
+  for (const char* const symbol : {"+", "×", "▲", "▼"}) {
+    EXPECT_NE(svg.find(std::string("class=\"label\">") + symbol), std::string::npos) << symbol;
+  }
+}
+
+TEST(BandLayout, LevelsBeyondReasonMakeNoEndlessScale) {
+  auto rows = parseSurveyRows(
+      "145012500,1,1,1,1e300,-1e300,1,1,1,1,?\n145112500,1,1,1,900,-900,1,1,1,1,?\n");
+  const auto layout = layOutBand(withoutComparison(rows.channels), {}, {});
+  EXPECT_EQ(layout.top_db, 2000.0);
+  EXPECT_LE(layout.top_db / layout.level_step_db, 7.0);
 }
 
 TEST(Report, ShowsAnyNameWithoutTakingItForMarkup) {

@@ -2,13 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace pelagrim_host {
 namespace {
 
 constexpr double kLeastSpanHz = 20e3;
 constexpr double kMargin = 0.01;  // of the span, on either side
-constexpr double kLevelStepDb = 10.0;
+constexpr double kLevelStepsDb[] = {10.0, 20.0, 50.0, 100.0, 200.0, 500.0};
+constexpr double kMostLevelLines = 7.0;
 
 FrequencyRange extent(const SurveyedChannel& channel) {
   const double half_hz = 0.5 * std::max(channel.width_hz, 0.0);
@@ -105,7 +107,7 @@ BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
   BandLayout layout;
   layout.band = bandOf(channels, settings);
   layout.span = layout.band;
-  double top_db = 2.0 * kLevelStepDb;
+  double top_db = 20.0;
   for (const auto& [channel, change, old_hits, old_looks] : channels) {
     widen(layout.span, extent(channel));
     top_db = std::max(top_db, overFloorDb(channel));
@@ -115,14 +117,24 @@ BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
         is_first ? channel.first_unix_ms : std::min(layout.first_unix_ms, channel.first_unix_ms);
     layout.last_unix_ms = std::max(layout.last_unix_ms, channel.last_unix_ms);
   }
-  layout.top_db = kLevelStepDb * std::ceil(top_db / kLevelStepDb);
+  const auto* const step =
+      std::find_if(std::begin(kLevelStepsDb), std::end(kLevelStepsDb) - 1,
+                   [&](double step_db) { return top_db <= kMostLevelLines * step_db; });
+  layout.level_step_db = *step;
+  layout.top_db = layout.level_step_db * std::ceil(top_db / layout.level_step_db);
   const double width_hz = layout.span.high_hz - layout.span.low_hz;
   const double margin_hz = std::max(kMargin * width_hz, 0.5 * (kLeastSpanHz - width_hz));
-  layout.span.low_hz -= margin_hz;
+  layout.span.low_hz = std::max(layout.span.low_hz - margin_hz, 0.0);
   layout.span.high_hz += margin_hz;
   layout.strip = planStrip(band_plan, layout.span);
 
-  const PictureMeasures& at = layout.measures;
+  PictureMeasures& at = layout.measures;
+  // A recording shorter than a dwell has one moment, which needs no room to spread in.
+  if (layout.first_unix_ms == layout.last_unix_ms) {
+    const bool has_times = layout.first_unix_ms > 0;
+    at.time_bottom = at.time_top + (has_times ? at.label_height : 0.0);
+    at.height = has_times ? at.time_bottom + at.label_height : at.time_top - at.label_height;
+  }
   const double time_span =
       static_cast<double>(layout.last_unix_ms) - static_cast<double>(layout.first_unix_ms);
   const auto time_y = [&](int64_t unix_ms) {

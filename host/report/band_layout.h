@@ -23,7 +23,7 @@ struct PictureMeasures {
   double time_top = 290.0;
   double time_bottom = 390.0;
   double height = 408.0;
-  double least_mark = 3.0;       ///< a mark is at least so wide and so high
+  double least_mark = 4.0;       ///< a mark is at least so wide and so high, its edge included
   double wide_mark = 24.0;       ///< one that is wider is drawn translucent
   double character_width = 6.3;  ///< of the labels, about
   double label_height = 12.0;
@@ -50,10 +50,11 @@ struct ChannelMark {
 /// shows: the page, which zooms, and the plain picture are both drawn from it.
 struct BandLayout {
   PictureMeasures measures;
-  FrequencyRange band;        ///< what the title names
-  FrequencyRange span;        ///< the band with every signal whole, and a margin
-  double top_db = 0.0;        ///< the level over the floor at level_top
-  int64_t first_unix_ms = 0;  ///< both 0 when no channel has times
+  FrequencyRange band;         ///< what the title names
+  FrequencyRange span;         ///< the band with every signal whole, and a margin
+  double top_db = 0.0;         ///< the level over the floor at level_top
+  double level_step_db = 0.0;  ///< from line to line of the scale; top_db is a multiple
+  int64_t first_unix_ms = 0;   ///< both 0 when no channel has times
   int64_t last_unix_ms = 0;
   std::vector<PlanStretch> strip;
   std::vector<ChannelMark> marks;  ///< one for each channel, in their order

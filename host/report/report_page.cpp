@@ -76,6 +76,7 @@ json dataOf(const ReportData& report) {
   data["band"] = {whole(layout.band.low_hz), whole(layout.band.high_hz)};
   data["span"] = {whole(layout.span.low_hz), whole(layout.span.high_hz)};
   data["top_db"] = layout.top_db;
+  data["level_step_db"] = layout.level_step_db;
   data["times"] = {moment(layout.first_unix_ms), moment(layout.last_unix_ms)};
   data["shades"] = activityShades();
   data["kinds"] = signalKinds();

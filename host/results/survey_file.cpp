@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -26,8 +27,10 @@ constexpr std::string_view kUnknownKind = "?";
 // The plug-in reads the band plan in pieces of at most this size and takes each for a line.
 constexpr size_t kLongestLine = 511;
 
-// Two numbers run together by a damaged file give a frequency that no radio has.
-constexpr double kHighestCentreHz = 1e12;
+// Two numbers run together by a damaged file give a frequency that no radio has, or a level that
+// no sum of samples has.
+constexpr long long kHighestHz = 1'000'000'000'000;
+constexpr double kHighestLevelDb = 1000.0;
 
 struct KindOfWidth {
   double below_hz;
@@ -59,6 +62,11 @@ std::string_view kindOf(std::string_view written, double width_hz) {
   return known == kinds.end() ? guessSignalKind(width_hz) : *known;
 }
 
+double levelOrNone(double level_db) {
+  return std::abs(level_db) <= kHighestLevelDb ? level_db
+                                               : std::numeric_limits<double>::quiet_NaN();
+}
+
 std::optional<SurveyedChannel> channelOf(const std::string& line) {
   long long centre_hz = 0;
   long long width_hz = 0;
@@ -72,12 +80,15 @@ std::optional<SurveyedChannel> channelOf(const std::string& line) {
       std::sscanf(line.c_str(), "%lld,%lld,%lld,%lld,%lf,%lf,%u,%u,%lld,%lld%n", &centre_hz,
                   &width_hz, &min_width_hz, &max_width_hz, &channel.peak_db, &channel.floor_db,
                   &channel.hits, &channel.looks, &first_unix_ms, &last_unix_ms, &end);
-  if (fields != 10 || centre_hz < 1 || width_hz < 0 || channel.hits == 0) return std::nullopt;
+  if (fields != 10 || centre_hz < 1 || channel.hits == 0) return std::nullopt;
+  if (std::max({centre_hz, width_hz, min_width_hz, max_width_hz}) > kHighestHz) return std::nullopt;
+  if (std::min({width_hz, min_width_hz, max_width_hz}) < 0) return std::nullopt;
   channel.centre_hz = static_cast<double>(centre_hz);
-  if (channel.centre_hz > kHighestCentreHz) return std::nullopt;
   channel.width_hz = static_cast<double>(width_hz);
   channel.min_width_hz = static_cast<double>(min_width_hz);
   channel.max_width_hz = static_cast<double>(max_width_hz);
+  channel.peak_db = levelOrNone(channel.peak_db);
+  channel.floor_db = levelOrNone(channel.floor_db);
   channel.looks = std::max(channel.looks, channel.hits);
   channel.first_unix_ms = first_unix_ms;
   channel.last_unix_ms = last_unix_ms;
@@ -112,6 +123,10 @@ std::optional<BandRange> bandRangeOf(std::string line) {
 }
 
 std::string readText(const std::filesystem::path& path) {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) {
+    throw std::runtime_error(fmt::format("{} is a directory, not a file", path.string()));
+  }
   errno = 0;
   std::ifstream file(path, std::ios::binary);
   std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

@@ -10,8 +10,8 @@
 
 namespace pelagrim_host {
 
-/// One row of survey.csv. Levels are relative decibels and may be no numbers; times are Unix
-/// milliseconds, 0 where the survey had no clock.
+/// One row of survey.csv. Levels are relative decibels, not a number where the file has none or one
+/// beyond 1000; times are Unix milliseconds, 0 where the survey had no clock.
 struct SurveyedChannel {
   double centre_hz = 0.0;
   double width_hz = 0.0;  ///< the mean; the next two are the narrowest and the widest seen
