@@ -28,7 +28,7 @@ try {
     Buffer.from(`144 145 ${hostile}\n145.5 146 bad `), Buffer.from([0xff, 0x1b]), Buffer.from(' bytes\n')]));
   writeFileSync(join(dir, 'survey.cfg'), 'raster_hz = 5000\n');
   writeFileSync(join(dir, 'old.csv'), `${row(145300000, 3000, 20, 9, 9, 'SSB/CW?')}\n${row(145800000, 12000, 30, 1, 90, 'NFM?')}\n`);
-  const page = await browser.newPage({ viewport: { width: 1000, height: 1200 }, timezoneId: 'Europe/Berlin' });
+  const page = await browser.newPage({ viewport: { width: 1000, height: 1500 }, timezoneId: 'Europe/Berlin' });
   const troubles = [];
   page.on('pageerror', (error) => troubles.push(error.message));
   page.on('request', (request) => { if (!request.url().startsWith('file:')) troubles.push(request.url()); });

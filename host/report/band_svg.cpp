@@ -9,6 +9,7 @@
 #include <iterator>
 #include <numeric>
 #include <string_view>
+#include <tuple>
 
 #include "host/results/display_text.h"
 
@@ -23,7 +24,7 @@ constexpr const char* kStyle =
     "text{font:11.5px system-ui,'DejaVu Sans',sans-serif;fill:#1b1f24}"
     ".soft{fill:#59636e}.grid{stroke:#d1d9e0}.axis{stroke:#59636e}"
     ".plan{fill:#e7edf3;stroke:#8c959f;stroke-width:.75}.other{fill:#f6f1e4}"
-    ".mark{stroke-width:0}.wide{fill-opacity:.6;stroke-width:1.5}"
+    ".mark{stroke-width:.8}.wide{fill-opacity:.6;stroke-width:1.5}"
     ".new{stroke:#1b1f24;stroke-width:1.75}"
     ".gone{fill-opacity:0;stroke:#1b1f24;stroke-width:1.25;stroke-dasharray:3 2}"
     ".label{text-anchor:middle;paint-order:stroke;stroke:#fff;stroke-width:3px}"
@@ -34,6 +35,42 @@ std::tm localTime(int64_t unix_ms) {
   std::tm local = {};
   localtime_r(&seconds, &local);
   return local;
+}
+
+/// What stands before the frequency of a channel that has changed.
+std::string_view symbolOf(Change change) {
+  switch (change) {
+    case Change::kNone:
+      break;
+    case Change::kNew:
+      return "+";
+    case Change::kGone:
+      return "\u00d7";
+    case Change::kMoreOften:
+      return "\u25b2";
+    case Change::kLessOften:
+      return "\u25bc";
+  }
+  return "";
+}
+
+bool beginsCharacter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+}
+
+size_t characterCount(std::string_view text) {
+  return static_cast<size_t>(std::count_if(text.begin(), text.end(), beginsCharacter));
+}
+
+/// At most `room` characters of `text`, the last of them an ellipsis where it was longer.
+std::string shortened(const std::string& text, size_t room) {
+  if (characterCount(text) <= room) return text;
+  size_t kept = 0;
+  size_t end = 0;
+  for (; end < text.size(); ++end) {
+    if (beginsCharacter(text[end]) && ++kept == room) break;
+  }
+  return text.substr(0, end) + "\u2026";
 }
 
 class Drawing {
@@ -93,7 +130,7 @@ class Drawing {
   void drawScales() {
     const double right = kWidth - at_.right;
     const double top_db = report_.layout.top_db;
-    const double step_db = top_db > 60.0 ? 20.0 : 10.0;
+    const double step_db = report_.layout.level_step_db;
     for (int step = 0; step * step_db <= top_db; ++step) {
       const double db = step * step_db;
       const double y = at_.level_bottom - db / top_db * (at_.level_bottom - at_.level_top);
@@ -134,8 +171,9 @@ class Drawing {
           is_other ? " other" : "", left, at_.strip_top, width, at_.strip_bottom - at_.strip_top,
           markupText(name));
       is_other = !is_other;
-      if (static_cast<double>(name.size()) * at_.character_width > width - 10.0) continue;
-      text(left + 5.0, at_.strip_top + 15.0, "", name);
+      const double room = (width - 10.0) / at_.character_width;
+      if (room < 3.0) continue;
+      text(left + 5.0, at_.strip_top + 15.0, "", shortened(name, static_cast<size_t>(room)));
     }
   }
 
@@ -146,6 +184,8 @@ class Drawing {
     std::stable_sort(order.begin(), order.end(), [this](size_t left, size_t right) {
       return report_.channels[left].channel.width_hz > report_.channels[right].channel.width_hz;
     });
+    // A white edge parts narrow marks from what they lie upon, but of a crowd it would be all one saw.
+    const bool is_crowded = static_cast<double>(order.size()) > plotWidth();
     for (const size_t index : order) {
       const SurveyedChannel& channel = report_.channels[index].channel;
       const Change change = report_.channels[index].change;
@@ -154,14 +194,15 @@ class Drawing {
       const double low = xOf(channel.centre_hz - half_hz);
       const double high = xOf(channel.centre_hz + half_hz);
       const double width = std::max(high - low, at_.least_mark);
+      const std::string& shade = activityShades()[mark.shade];
       const auto rectangle = [&, left = 0.5 * (low + high - width)](double top, double bottom) {
         add(R"(<rect class="mark{}{}" x="{:.1f}" y="{:.1f}" width="{:.1f}" height="{:.1f}" fill="{}" stroke="{}"/>)",
             width > at_.wide_mark ? " wide" : "",
             change == Change::kNew    ? " new"
             : change == Change::kGone ? " gone"
                                       : "",
-            left, top, width, bottom - top, activityShades()[mark.shade],
-            activityShades()[mark.shade]);
+            left, top, width, bottom - top, shade,
+            width > at_.wide_mark || is_crowded ? shade : "#fff");
       };
       rectangle(mark.top, at_.level_bottom);
       if (mark.time_end > 0.0) rectangle(mark.time_begin, mark.time_end);
@@ -187,37 +228,64 @@ class Drawing {
     text(at_.left - 28.0, at_.level_bottom + 18.0, "soft end", "MHz");
   }
 
-  /// Frequencies over the marks, the most active first: where no other label stands and no other
-  /// mark rises behind.
+  struct Label {
+    size_t channel;
+    double x;
+    double y;
+    double half_width;
+  };
+
+  bool meetsAnother(const Label& label, const std::vector<Label>& placed) const {
+    return std::any_of(placed.begin(), placed.end(), [&](const Label& other) {
+      return other.channel != label.channel &&
+             std::abs(other.x - label.x) < other.half_width + label.half_width &&
+             std::abs(other.y - label.y) < at_.label_height;
+    });
+  }
+
+  /// Frequencies over the marks, what has changed and then the most active first: where no other
+  /// label stands and no other mark rises behind. Places for the symbols of what has changed are
+  /// kept free.
   void drawLabels() {
-    struct Label {
-      double x;
-      double y;
-      double half_width;
-    };
     std::vector<Label> placed;
     const std::vector<double> skyline = narrowMarksSkyline();
     std::vector<size_t> order(report_.channels.size());
     std::iota(order.begin(), order.end(), size_t{0});
-    std::stable_sort(order.begin(), order.end(), [this](size_t left, size_t right) {
-      return report_.channels[left].channel.activity() > report_.channels[right].channel.activity();
-    });
+    const auto rank = [this](size_t index) {
+      const auto& [channel, change, old_hits, old_looks] = report_.channels[index];
+      return std::tuple(change == Change::kNone, -channel.activity(), -overFloorDb(channel));
+    };
+    std::stable_sort(order.begin(), order.end(),
+                     [&](size_t left, size_t right) { return rank(left) < rank(right); });
+    const auto labelOf = [this](size_t index, size_t characters) {
+      const double half = 0.5 * static_cast<double>(characters) * at_.character_width + 2.0;
+      const double x = xOf(report_.channels[index].channel.centre_hz);
+      return Label{index, std::clamp(x, at_.left + half, kWidth - half),
+                   report_.layout.marks[index].top - 4.0, half};
+    };
     for (const size_t index : order) {
-      const std::string words =
-          fmt::format("{:.4f}", report_.channels[index].channel.centre_hz / 1e6);
-      const double half = 0.5 * static_cast<double>(words.size()) * at_.character_width + 2.0;
-      const double x = std::clamp(xOf(report_.channels[index].channel.centre_hz), at_.left + half,
-                                  kWidth - half);
-      const double y = report_.layout.marks[index].top - 4.0;
-      const auto meets = [&](const Label& other) {
-        return std::abs(other.x - x) < other.half_width + half &&
-               std::abs(other.y - y) < at_.label_height;
-      };
-      const auto behind = skyline.begin() + static_cast<ptrdiff_t>(x - half);
-      const double highest = *std::min_element(behind, behind + static_cast<ptrdiff_t>(2.0 * half));
-      if (highest < y || std::any_of(placed.begin(), placed.end(), meets)) continue;
-      placed.push_back({x, y, half});
-      text(x, y, "label", words);
+      if (report_.channels[index].change == Change::kNone) continue;
+      const Label label = labelOf(index, 1);
+      if (!meetsAnother(label, placed)) placed.push_back(label);
+    }
+    const std::vector<Label> reserved = placed;
+    for (const size_t index : order) {
+      const auto& [channel, change, old_hits, old_looks] = report_.channels[index];
+      const std::string symbol(symbolOf(change));
+      const std::string frequency = fmt::format("{:.4f}", channel.centre_hz / 1e6);
+      // A symbol is as wide as two digits.
+      const Label label = labelOf(index, frequency.size() + (symbol.empty() ? 0 : 2));
+      const auto behind = skyline.begin() + static_cast<ptrdiff_t>(label.x - label.half_width);
+      const double highest =
+          *std::min_element(behind, behind + static_cast<ptrdiff_t>(2.0 * label.half_width));
+      if (highest >= label.y && !meetsAnother(label, placed)) {
+        placed.push_back(label);
+        text(label.x, label.y, "label", symbol + frequency);
+        continue;
+      }
+      const auto own = std::find_if(reserved.begin(), reserved.end(),
+                                    [&](const Label& other) { return other.channel == index; });
+      if (own != reserved.end()) text(own->x, own->y, "label", symbol);
     }
   }
 
@@ -249,7 +317,9 @@ class Drawing {
       x += 10.0;
     }
     text(x + 6.0, y + 10.0, "soft", "100 % of looks");
-    if (report_.is_compared) text(x + 120.0, y + 10.0, "soft", "thick outline: new, dashed: gone");
+    if (!report_.is_compared) return;
+    text(x + 120.0, y + 10.0, "soft",
+         "+ thick outline: new, \u00d7 dashed: gone, \u25b2 \u25bc seen more or less often");
   }
 
   const ReportData& report_;

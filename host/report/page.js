@@ -104,8 +104,7 @@
   function drawScales(width) {
     scales.replaceChildren();
     const right = width - at.right;
-    const step = data.top_db > 60 ? 20 : 10;
-    for (let db = 0; db <= data.top_db; db += step) {
+    for (let db = 0; db <= data.top_db; db += data.level_step_db) {
       const y = at.level_bottom - (db / data.top_db) * (at.level_bottom - at.level_top);
       shape('line', { class: 'grid', x1: at.left, x2: right, y1: y, y2: y }, scales);
       shape('text', { x: at.left - 6, y: y + 4, 'text-anchor': 'end', class: 'soft' }, scales, String(db));
@@ -195,7 +194,7 @@
 
   // Marks that look alike are one path, or thousands of them would keep the reader waiting. The wide
   // come first, so that what lies upon them is drawn upon them, then by shade.
-  const widthSteps = [at.wide_mark, 12, 6, 3];
+  const widthSteps = [at.wide_mark, 12, 6, at.least_mark];
   function drawMarks() {
     const groups = new Map();
     for (const channel of channels) {
@@ -210,8 +209,11 @@
       groups.get(key).parts.push(outlines(channel));
     }
     marks.replaceChildren();
+    // A white edge parts narrow marks from what they lie upon, but of a crowd it would be all one saw.
+    const isCrowded = channels.filter(isInView).length > plotWidth();
     for (const { state, shade, parts } of [...groups.values()].sort((a, b) => a.order - b.order)) {
-      shape('path', { class: state, fill: shade, stroke: shade, d: parts.join('') }, marks);
+      const stroke = state.includes('wide') || isCrowded ? shade : '#fff';
+      shape('path', { class: state, fill: shade, stroke, d: parts.join('') }, marks);
     }
   }
   function drawHighlights() {
@@ -223,10 +225,14 @@
   }
 
   const symbolOf = { new: '+', gone: '×', 'more often': '▲', 'less often': '▼' };
-  /** Frequencies over the marks: where no other label stands and no other mark rises behind. */
+  /**
+   * Frequencies over the marks: where no other label stands and no other mark rises behind. Places for
+   * the symbols of what has changed are kept free.
+   */
   function drawLabels() {
     labels.replaceChildren();
     const boxes = [];
+    const overlap = (a, b) => Math.abs(a.x - b.x) < a.half + b.half && Math.abs(a.bottom - b.bottom) < at.label_height;
     const skyline = new Array(Math.ceil(pictureWidth) + 1).fill(at.level_bottom);
     for (const channel of channels) {
       if (!isInView(channel)) continue;
@@ -241,15 +247,30 @@
     const first = (c) => (c === picked ? 0 : c.change > 0 ? 1 : 2);
     const wanted = channels.filter((c) => isInView(c) && passes(c))
       .sort((a, b) => first(a) - first(b) || b.activity - a.activity || (b.over ?? 0) - (a.over ?? 0));
+    const symbolFor = (channel) => symbolOf[channel.changeText] ?? '';
     for (const channel of wanted) {
-      const text = `${symbolOf[channel.changeText] ?? ''}${mhz(channel.centre)}`;
-      const half = (text.length * at.character_width) / 2 + 2;
+      if (!symbolFor(channel)) continue;
+      const box = { channel, x: xOf(channel.centre), half: at.character_width, bottom: channel.top - 4 };
+      if (!boxes.some((other) => overlap(other, box))) boxes.push(box);
+    }
+    const place = (channel) => {
+      const symbol = symbolFor(channel);
+      const text = symbol + mhz(channel.centre);
+      const half = ((text.length + symbol.length) * at.character_width) / 2 + 2;
       const x = Math.min(Math.max(xOf(channel.centre), at.left + half), pictureWidth - half);
       const bottom = channel.top - 4;
-      const meets = (box) => Math.abs(box.x - x) < box.half + half && Math.abs(box.bottom - bottom) < at.label_height;
-      if (boxes.some(meets) || (channel !== picked && isHidden(x - half, x + half, bottom))) continue;
-      boxes.push({ x, half, bottom });
+      const box = { channel, x, half, bottom };
+      const meets = (other) => other.channel !== channel && overlap(other, box);
+      if (boxes.some(meets) || (channel !== picked && isHidden(x - half, x + half, bottom))) return false;
+      boxes.push(box);
       shape('text', { class: channel === picked ? 'label picked' : 'label', x, y: bottom }, labels, text);
+      return true;
+    };
+    const reserved = new Map(boxes.map((box) => [box.channel, box]));
+    for (const channel of wanted) {
+      if (place(channel) || !reserved.has(channel)) continue;
+      const { x, bottom } = reserved.get(channel);
+      shape('text', { class: 'label', x, y: bottom }, labels, symbolFor(channel));
     }
   }
 
@@ -419,24 +440,25 @@
 
   // ---- Table -------------------------------------------------------------------------------------
   const columns = [
-    { title: 'Frequency', unit: 'MHz', key: 'centre', width: 10, text: (c) => mhz(c.centre) },
-    { title: 'Width', unit: 'kHz', key: 'width', width: 7, text: (c) => khz(c.width), hint: (c) => `from ${khz(c.minWidth)} to ${khz(c.maxWidth)} kHz` },
-    { title: 'Kind', unit: 'by width', key: 'kind', width: 9, text: (c) => c.kindText, isText: true },
-    { title: 'Over floor', unit: 'relative dB', key: 'over', width: 10, isDown: true, text: (c) => decibel(c.over) },
+    { title: 'Frequency', unit: 'MHz', key: 'centre', width: 12, text: (c) => mhz(c.centre) },
+    { title: 'Width', unit: 'kHz', key: 'width', width: 8, text: (c) => khz(c.width), hint: (c) => `from ${khz(c.minWidth)} to ${khz(c.maxWidth)} kHz` },
+    { title: 'Kind', unit: 'by width', key: 'kind', width: 10, text: (c) => c.kindText, isText: true },
+    { title: 'Over floor', unit: 'relative dB', key: 'over', width: 11, isDown: true, text: (c) => decibel(c.over) },
     { title: 'Peak', unit: 'relative dB', key: 'peak', width: 9, isDown: true, text: (c) => decibel(c.peak) },
     { title: 'Seen', unit: 'of looks', key: 'activity', width: 13, isDown: true, text: (c) => `${c.hits}/${c.looks}` },
-    { title: 'First seen', unit: zoneText, key: 'first', width: 16, isDown: true, text: (c) => timeText(c.first) },
-    { title: 'Last seen', unit: zoneText, key: 'last', width: 16, isDown: true, text: (c) => timeText(c.last) },
-    { title: 'Band', unit: 'band plan', key: 'bandText', width: 16, text: (c) => c.bandText, isText: true },
+    { title: 'First seen', unit: zoneText, key: 'first', width: 17.5, isDown: true, text: (c) => timeText(c.first) },
+    { title: 'Last seen', unit: zoneText, key: 'last', width: 17.5, isDown: true, text: (c) => timeText(c.last) },
+    { title: 'Band', unit: 'band plan', key: 'bandText', width: 14, text: (c) => c.bandText, isText: true },
   ];
   if (data.compared) {
-    const was = (c) => (c.oldLooks > 0 && c.changeText !== 'gone' ? `${c.changeText || 'as'} before: ${c.oldHits}/${c.oldLooks}` : c.changeText);
-    const often = (c) => (c.changeText.endsWith('often') ? `${c.changeText}, was ${c.oldHits}/${c.oldLooks}` : was(c));
-    columns.splice(1, 0, { title: 'Change', unit: 'since', key: 'change', width: 13, isDown: true, text: often, isText: true });
+    const was = (c) => (c.oldLooks > 0 && c.changeText !== 'gone' ? `was ${c.oldHits}/${c.oldLooks}` : '');
+    const often = (c) => [c.changeText, was(c)].filter(Boolean).join(', ');
+    columns.splice(1, 0, { title: 'Change', unit: 'hits/looks before', key: 'change', width: 15, isDown: true, text: often, isText: true });
   }
   let sortBy = { key: 'activity', isDown: true };
   const widths = columns.reduce((sum, column) => sum + column.width, 0);
   const colgroup = element('colgroup');
+  find('table').style.setProperty('--least-width', `${(0.64 * widths).toFixed(1)}rem`);
   find('table').prepend(find('table').caption, colgroup);
   for (const column of columns) {
     element('col', { style: `width: ${((100 * column.width) / widths).toFixed(2)}%` }, undefined, colgroup);
