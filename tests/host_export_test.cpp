@@ -11,7 +11,7 @@ using namespace pelagrim_host;
 namespace {
 
 constexpr const char* kSurvey =
-    "145012900,12000,10000,14000,-62.3,-98.1,17,20,1731760000000,1731763600000,NFM?\n"
+    "145012900,12000,10000,14000,-62.3,-98.1,17,20,1731760000025,1731763600000,NFM?\n"
     "144300400,2400,2000,2900,-70.0,-98.0,4,20,0,0,SSB/CW?\n"
     "3700000,2400,2000,2900,-70.0,-98.0,20,20,1731760000000,1731763600000,SSB/CW?\n"
     "90000000,60000,60000,60000,-70.0,-98.0,1,4,1731760000000,1731763600000,?\n";
@@ -58,6 +58,8 @@ TEST(Export, EveryFormatIsWrittenAsItsProgramWritesIt) {
             R"("peak_db":-70.0,"floor_db":-98.0,"hits":4,"looks":20,"first_seen":null,)"
             R"("last_seen":null,"guess":"SSB/CW?","band":"Amateur 2 m","mode":"USB",)"
             R"("bandwidth_hz":2800})");
+  const auto seen = nlohmann::json::parse(linesOf(jsonLines(channels)).at(3));
+  EXPECT_EQ(seen.at("first_seen"), "2024-11-16T12:26:40.025Z");
   EXPECT_EQ(linesOf(readableCsv(channels)).at(4),
             "145.012900,12.000,NFM?,35.8,85,17,20,2024-11-16T12:26:40Z,2024-11-16T13:26:40Z,"
             "Amateur 2 m");

@@ -29,8 +29,8 @@ std::string chirpMemories(const ExportedChannels& channels);
 /// Centres in whole hertz, one to a line, none twice.
 std::string frequencyList(const ExportedChannels& channels);
 
-/// One JSON object to a line: the columns of survey.csv, times in ISO 8601 (UTC; null: none), and
-/// band, mode and bandwidth.
+/// One JSON object to a line: the columns of survey.csv, times in ISO 8601 (UTC to the
+/// millisecond; null: none), and band, mode and bandwidth.
 std::string jsonLines(const ExportedChannels& channels);
 
 /// The same as a table for people and spreadsheets, in MHz and kHz. A text that a spreadsheet would

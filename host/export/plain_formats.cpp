@@ -23,6 +23,13 @@ std::string moment(int64_t unix_ms) {
   return fmt::format("{:%Y-%m-%dT%H:%M:%S}Z", fmt::gmtime(seconds));
 }
 
+/// The same to the millisecond, which survey.csv holds: "2026-01-01T00:00:00.250Z".
+std::string exactMoment(int64_t unix_ms) {
+  std::string text = moment(unix_ms);
+  if (!text.empty()) text.insert(text.size() - 1, fmt::format(".{:03}", unix_ms % 1000));
+  return text;
+}
+
 nlohmann::ordered_json orNull(const std::string& text) {
   return text.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(text);
 }
@@ -65,8 +72,8 @@ std::string jsonLines(const ExportedChannels& channels) {
         {"floor_db", seen.floor_db},
         {"hits", seen.hits},
         {"looks", seen.looks},
-        {"first_seen", orNull(moment(seen.first_unix_ms))},
-        {"last_seen", orNull(moment(seen.last_unix_ms))},
+        {"first_seen", orNull(exactMoment(seen.first_unix_ms))},
+        {"last_seen", orNull(exactMoment(seen.last_unix_ms))},
         {"guess", std::string(seen.kind)},
         {"band", orNull(channel.band)},
         {"mode", orNull(std::string(kModeTexts[channel.listening.mode]))},
