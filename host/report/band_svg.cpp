@@ -123,8 +123,17 @@ class Drawing {
     const auto& layout = report_.layout;
     if (layout.first_unix_ms == 0) return;
     text(kWidth - at_.right, 22.0 - kHeadHeight, "soft end",
-         fmt::format("{:%Y-%m-%d %H:%M:%S} to {:%Y-%m-%d %H:%M:%S %Z}",
-                     localTime(layout.first_unix_ms), localTime(layout.last_unix_ms)));
+         fmt::format("{} to {} {:%Z}", timeText(layout.first_unix_ms),
+                     timeText(layout.last_unix_ms), localTime(layout.last_unix_ms)));
+  }
+
+  /// Whether the survey took so little time that the seconds would all be one.
+  bool isShort() const {
+    return report_.layout.last_unix_ms - report_.layout.first_unix_ms < 10'000;
+  }
+  std::string timeText(int64_t unix_ms) const {
+    const std::string seconds = fmt::format("{:%Y-%m-%d %H:%M:%S}", localTime(unix_ms));
+    return isShort() ? fmt::format("{}.{:03}", seconds, unix_ms % 1000) : seconds;
   }
 
   void drawScales() {
@@ -143,7 +152,6 @@ class Drawing {
     const auto& [first_unix_ms, last_unix_ms] =
         std::pair(report_.layout.first_unix_ms, report_.layout.last_unix_ms);
     if (first_unix_ms == 0) return;
-    const bool is_short = last_unix_ms - first_unix_ms < 10'000;  // the seconds would all be one
     const int most_halves = first_unix_ms == last_unix_ms ? 0 : 2;
     for (int halves = 0; halves <= most_halves; ++halves) {
       const double y = at_.time_top + 0.5 * halves * (at_.time_bottom - at_.time_top);
@@ -154,9 +162,9 @@ class Drawing {
       const std::string date = fmt::format("{:%Y-%m-%d}", local);
       const std::string clock = fmt::format("{:%H:%M:%S}", local);
       line("grid", at_.left, y, right, y);
-      text(at_.left - 6.0, y - 1.0, "soft end", is_short ? clock : date);
+      text(at_.left - 6.0, y - 1.0, "soft end", isShort() ? clock : date);
       text(at_.left - 6.0, y - 1.0 + at_.label_height, "soft end",
-           is_short ? fmt::format(".{:03} s", unix_ms % 1000) : clock);
+           isShort() ? fmt::format(".{:03} s", unix_ms % 1000) : clock);
     }
   }
 

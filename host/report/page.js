@@ -43,10 +43,12 @@
   const zoneText = offsets.size === 1 && zoneName !== 'UTC' ? `${zoneName}, ${[...offsets][0]}` : zoneName;
   const dateText = (d) => `${d.getFullYear()}-${two(d.getMonth() + 1)}-${two(d.getDate())}`;
   const clockText = (d) => `${two(d.getHours())}:${two(d.getMinutes())}:${two(d.getSeconds())}`;
+  const isShort = data.times[1] - data.times[0] < 10000;  // the seconds would all be one
+  const millisText = (d) => `.${String(d.getMilliseconds()).padStart(3, '0')}`;
   function timeText(ms) {
     if (!hasTime(ms)) return missing;
     const date = new Date(ms);
-    return `${dateText(date)} ${clockText(date)}${offsetsDiffer ? ` ${offsetText(ms)}` : ''}`;
+    return `${dateText(date)} ${clockText(date)}${isShort ? millisText(date) : ''}${offsetsDiffer ? ` ${offsetText(ms)}` : ''}`;
   }
   const sentence = (c) => [
     `${mhz(c.centre)} MHz`, c.kindText, `${khz(c.width)} kHz wide`,
@@ -113,14 +115,13 @@
     shape('text', { x: 0, y: 0, 'text-anchor': 'middle', class: 'soft', transform: `translate(30 ${middle}) rotate(-90)` },
       scales, 'relative dB over floor');
     if (data.times[0] <= 0) return;
-    const isShort = data.times[1] - data.times[0] < 10000;
     const parts = data.times[0] === data.times[1] ? [0] : [0, 0.5, 1];
     for (const part of parts) {
       const y = at.time_top + part * (at.time_bottom - at.time_top);
       const date = new Date(data.times[0] + part * (data.times[1] - data.times[0]));
       shape('line', { class: 'grid', x1: at.left, x2: right, y1: y, y2: y }, scales);
       const lines = isShort
-        ? [clockText(date), `.${String(date.getMilliseconds()).padStart(3, '0')} s`]
+        ? [clockText(date), `${millisText(date)} s`]
         : [dateText(date), clockText(date)];
       lines.forEach((text, line) => {
         shape('text', { x: at.left - 6, y: y - 1 + line * at.label_height, 'text-anchor': 'end', class: 'soft' }, scales, text);
