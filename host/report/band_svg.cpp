@@ -123,7 +123,10 @@ class Drawing {
     const auto& layout = report_.layout;
     if (layout.first_unix_ms == 0) return;
     text(kWidth - at_.right, 22.0 - kHeadHeight, "soft end",
-         fmt::format("{} to {} {:%Z}", timeText(layout.first_unix_ms),
+         fmt::format("{}{} {:%Z}",
+                     layout.first_unix_ms == layout.last_unix_ms
+                         ? ""
+                         : timeText(layout.first_unix_ms) + " to ",
                      timeText(layout.last_unix_ms), localTime(layout.last_unix_ms)));
   }
 

@@ -78,8 +78,10 @@
   const title = `${mhz(data.band[0], 3)}–${mhz(data.band[1], 3)} MHz, ${counted(known, 'channel')}`;
   find('title').textContent = title;
   document.title = `${title} – band survey`;
-  find('time-span').textContent = data.times[0] > 0
-    ? `Seen from ${timeText(data.times[0])} to ${timeText(data.times[1])} (${zoneText})`
+  const [firstSeen, lastSeen] = data.times;
+  const spanText = firstSeen === lastSeen ? `at ${timeText(firstSeen)}` : `from ${timeText(firstSeen)} to ${timeText(lastSeen)}`;
+  find('time-span').textContent = firstSeen > 0
+    ? `Seen ${spanText} (${zoneText})`
     : channels.length > 0 ? 'The survey had no clock, so nothing is known about times.' : 'Nothing was found yet.';
   for (const [name, value] of data.settings) {
     const pair = element('div', {}, undefined, find('settings'));
