@@ -105,6 +105,7 @@ class Drawing {
   }
 
   double plotWidth() const { return kWidth - at_.left - at_.right; }
+  bool isCrowded() const { return static_cast<double>(report_.channels.size()) > plotWidth(); }
   double xOf(double hz) const {
     const auto& [low_hz, high_hz] = report_.layout.span;
     return at_.left + (hz - low_hz) / (high_hz - low_hz) * plotWidth();
@@ -196,7 +197,7 @@ class Drawing {
       return report_.channels[left].channel.width_hz > report_.channels[right].channel.width_hz;
     });
     // A white edge parts narrow marks from what they lie upon, but of a crowd it would be all one saw.
-    const bool is_crowded = static_cast<double>(order.size()) > plotWidth();
+    const bool is_crowded = isCrowded();
     for (const size_t index : order) {
       const SurveyedChannel& channel = report_.channels[index].channel;
       const Change change = report_.channels[index].change;
@@ -256,7 +257,7 @@ class Drawing {
 
   /// Frequencies over the marks, what has changed and then the most active first: where no other
   /// label stands and no other mark rises behind. Places for the symbols of what has changed are
-  /// kept free.
+  /// kept free, in a crowd only where they would stand out.
   void drawLabels() {
     std::vector<Label> placed;
     const std::vector<double> skyline = narrowMarksSkyline();
@@ -268,6 +269,11 @@ class Drawing {
     };
     std::stable_sort(order.begin(), order.end(),
                      [&](size_t left, size_t right) { return rank(left) < rank(right); });
+    const auto isHidden = [&skyline](const Label& label) {
+      const auto behind = skyline.begin() + static_cast<ptrdiff_t>(label.x - label.half_width);
+      return *std::min_element(behind, behind + static_cast<ptrdiff_t>(2.0 * label.half_width)) <
+             label.y;
+    };
     const auto labelOf = [this](size_t index, size_t characters) {
       const double half = 0.5 * static_cast<double>(characters) * at_.character_width + 2.0;
       const double x = xOf(report_.channels[index].channel.centre_hz);
@@ -277,6 +283,7 @@ class Drawing {
     for (const size_t index : order) {
       if (report_.channels[index].change == Change::kNone) continue;
       const Label label = labelOf(index, 1);
+      if (isCrowded() && isHidden(label)) continue;
       if (!meetsAnother(label, placed)) placed.push_back(label);
     }
     const std::vector<Label> reserved = placed;
@@ -286,10 +293,7 @@ class Drawing {
       const std::string frequency = fmt::format("{:.4f}", channel.centre_hz / 1e6);
       // A symbol is as wide as two digits.
       const Label label = labelOf(index, frequency.size() + (symbol.empty() ? 0 : 2));
-      const auto behind = skyline.begin() + static_cast<ptrdiff_t>(label.x - label.half_width);
-      const double highest =
-          *std::min_element(behind, behind + static_cast<ptrdiff_t>(2.0 * label.half_width));
-      if (highest >= label.y && !meetsAnother(label, placed)) {
+      if (!isHidden(label) && !meetsAnother(label, placed)) {
         placed.push_back(label);
         text(label.x, label.y, "label", symbol + frequency);
         continue;

@@ -141,6 +141,7 @@
   const xOf = (hz) => at.left + ((hz - view.low) / (view.high - view.low)) * plotWidth();
   const hzOf = (x) => view.low + ((x - at.left) / plotWidth()) * (view.high - view.low);
   const isInView = (c) => c.high >= view.low && c.low <= view.high;
+  const isCrowded = () => channels.filter(isInView).length > plotWidth();
   const fits = (text, width) => text.length * at.character_width <= width;
 
   function tickStep(span, count) {
@@ -213,9 +214,9 @@
     }
     marks.replaceChildren();
     // A white edge parts narrow marks from what they lie upon, but of a crowd it would be all one saw.
-    const isCrowded = channels.filter(isInView).length > plotWidth();
+    const edge = isCrowded() ? null : '#fff';
     for (const { state, shade, parts } of [...groups.values()].sort((a, b) => a.order - b.order)) {
-      const stroke = state.includes('wide') || isCrowded ? shade : '#fff';
+      const stroke = (state.includes('wide') ? null : edge) ?? shade;
       shape('path', { class: state, fill: shade, stroke, d: parts.join('') }, marks);
     }
   }
@@ -230,7 +231,7 @@
   const symbolOf = { new: '+', gone: '×', 'more often': '▲', 'less often': '▼' };
   /**
    * Frequencies over the marks: where no other label stands and no other mark rises behind. Places for
-   * the symbols of what has changed are kept free.
+   * the symbols of what has changed are kept free, in a crowd only where they would stand out.
    */
   function drawLabels() {
     labels.replaceChildren();
@@ -251,9 +252,12 @@
     const wanted = channels.filter((c) => isInView(c) && passes(c))
       .sort((a, b) => first(a) - first(b) || b.activity - a.activity || (b.over ?? 0) - (a.over ?? 0));
     const symbolFor = (channel) => symbolOf[channel.changeText] ?? '';
+    const crowded = isCrowded();
     for (const channel of wanted) {
       if (!symbolFor(channel)) continue;
-      const box = { channel, x: xOf(channel.centre), half: at.character_width, bottom: channel.top - 4 };
+      const [x, half, bottom] = [xOf(channel.centre), at.character_width, channel.top - 4];
+      if (crowded && isHidden(x - half, x + half, bottom)) continue;
+      const box = { channel, x, half, bottom };
       if (!boxes.some((other) => overlap(other, box))) boxes.push(box);
     }
     const place = (channel) => {
