@@ -2,7 +2,7 @@
 // makes sense, and a setting that is written is read back.
 
 #include "files/labels_file.h"
-#include "host/results/display_text.h"
+#include "host/display_text.h"
 #include "host/results/survey_file.h"
 #include "host/survey_settings_file.h"
 #include "input_file.h"

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <variant>
 
+#include "host/display_text.h"
 #include "host/export/export_command.h"
 #include "host/options.h"
 #include "host/report/report_command.h"
@@ -18,24 +19,24 @@ int main(int argc, char** argv) {
   enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
   using namespace pelagrim_host;
   const auto complain = [](const std::exception& failure) {
-    TextOutput(stderr).write(fmt::format("pelagrim-survey: {}\n", failure.what()));
+    // Names of files may hold anything; it stays one line, and steers no terminal.
+    TextOutput(stderr).write(fmt::format("pelagrim-survey: {}\n", displayText(failure.what())));
   };
   try {
     if (argc > 1 && std::string_view(argv[1]) == "report") {
       runReport(argc - 1, argv + 1);
-      return kDone;
-    }
-    if (argc > 1 && std::string_view(argv[1]) == "export") {
+    } else if (argc > 1 && std::string_view(argv[1]) == "export") {
       runExport(argc - 1, argv + 1);
-      return kDone;
-    }
-    installSignalHandlers();
-    const auto command = parseOptions(argc, argv);
-    if (const auto* const text = std::get_if<std::string>(&command)) {
-      TextOutput(stdout).write(*text);
     } else {
-      runCommand(std::get<Options>(command));
+      installSignalHandlers();
+      const auto command = parseOptions(argc, argv);
+      if (const auto* const text = std::get_if<std::string>(&command)) {
+        TextOutput(stdout).write(*text);
+      } else {
+        runCommand(std::get<Options>(command));
+      }
     }
+    requireOutput();
     return kDone;
   } catch (const UsageError& failure) {
     complain(failure);

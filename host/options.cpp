@@ -39,14 +39,19 @@ CLI::Option* addParsed(CLI::App& app, const std::string& name, Parse parse, Targ
   return app.add_option_function<std::string>(name, take, help);
 }
 
-std::optional<double> parsePositive(std::string_view text) {
+std::optional<double> parsePositiveHz(std::string_view text) {
   const auto value = parseQuantity(text);
   return value && *value > 0.0 ? value : std::nullopt;
 }
 
-std::optional<double> parseNotNegative(std::string_view text) {
+std::optional<double> parseNotNegativeHz(std::string_view text) {
   const auto value = parseQuantity(text);
   return value && *value >= 0.0 ? value : std::nullopt;
+}
+
+std::optional<double> parsePositiveSeconds(std::string_view text) {
+  const auto seconds = parseSeconds(text);
+  return seconds && *seconds > 0.0 ? seconds : std::nullopt;
 }
 
 std::optional<int64_t> parseStart(std::string_view text) {
@@ -77,18 +82,19 @@ void addSourceOptions(CLI::App& app, Options& options) {
                  "without it a simulated band")
       ->type_name("")
       ->check(notEmpty);
-  addParsed(app, "--sample-rate", parsePositive, options.sample_rate_hz,
+  addParsed(app, "--sample-rate", parsePositiveHz, options.sample_rate_hz,
             "a sample rate such as 2.4M", "Samples per second")
       ->type_name("RATE");
-  addParsed(app, "--frequency", parseNotNegative, options.frequency_hz, kFrequency,
+  addParsed(app, "--frequency", parseNotNegativeHz, options.frequency_hz, kFrequency,
             "Centre of the recording, or where the receiver starts.\n"
             "Else both as the recording or its name says")
       ->type_name("HZ");
   app.add_option("--format", options.format,
                  "Take the file for raw samples of this format, whatever its name:\n"
                  "cu8 cs8 cu16 cs16 cu32 cs32 cf32 cf64")
-      ->type_name("NAME");
-  addParsed(app, "--offset", parseNotNegative, options.offset_seconds, kTime,
+      ->type_name("NAME")
+      ->check(notEmpty);
+  addParsed(app, "--offset", parseSeconds, options.offset_seconds, kTime,
             "Skip the beginning of the recording")
       ->type_name("SECONDS");
   addParsed(app, "--loop", countBetween<uint64_t>(0, UINT64_MAX), options.plays, kCount,
@@ -111,12 +117,12 @@ void addSourceOptions(CLI::App& app, Options& options) {
 }
 
 std::optional<double> parseUpToAMinute(std::string_view text) {
-  const auto value = parseNotNegative(text);
-  return value && *value <= 60.0 ? value : std::nullopt;
+  const auto seconds = parseSeconds(text);
+  return seconds && *seconds <= 60.0 ? seconds : std::nullopt;
 }
 
 std::optional<double> parsePpm(std::string_view text) {
-  const auto value = parseQuantity(text);
+  const auto value = parsePlainNumber(text);
   return value && std::abs(*value) <= 1000.0 ? value : std::nullopt;
 }
 
@@ -125,7 +131,8 @@ void addReceiverOptions(CLI::App& app, Options& options) {
   auto* const device =
       app.add_option("--device", options.device,
                      "Survey with a live receiver, e.g. driver=rtlsdr (see --list-devices)")
-          ->type_name("ARGS");
+          ->type_name("ARGS")
+          ->check(notEmpty);
   for (const char* ruled_out : {"SOURCE", "--format", "--offset", "--loop", "--verify",
                                 "--start-time", "--simulate", "--seed"}) {
     device->excludes(app.get_option(ruled_out));
@@ -137,12 +144,13 @@ void addReceiverOptions(CLI::App& app, Options& options) {
       ->needs(device);
   app.add_option("--antenna", options.antenna, "The antenna socket, by the driver's name for it")
       ->type_name("NAME")
+      ->check(notEmpty)
       ->needs(device);
   addParsed(app, "--ppm", parsePpm, options.ppm, "a correction such as -1.5, at most 1000",
             "How far the receiver's crystal runs fast, in millionths")
       ->type_name("PPM")
       ->needs(device);
-  addParsed(app, "--bandwidth", parsePositive, options.bandwidth_hz, "a bandwidth such as 2M",
+  addParsed(app, "--bandwidth", parsePositiveHz, options.bandwidth_hz, "a bandwidth such as 2M",
             "Width of the receiver's filter; else the driver's own choice")
       ->type_name("HZ")
       ->needs(device);
@@ -155,7 +163,7 @@ void addReceiverOptions(CLI::App& app, Options& options) {
             "Drop so much of the samples after every tune (usually 0.05)")
       ->type_name("SECONDS")
       ->needs(device);
-  addParsed(app, "--stall-timeout", parsePositive, options.stall_timeout_seconds,
+  addParsed(app, "--stall-timeout", parsePositiveSeconds, options.stall_timeout_seconds,
             "a time in seconds such as 5",
             "Without samples for so long the receiver counts as gone (usually 5)")
       ->type_name("SECONDS")
@@ -170,13 +178,13 @@ void addSurveyOptions(CLI::App& app, Options& options) {
       ->check(notEmpty);
   addParsed(app, "--band", parseFrequencyRange, options.band, kRange, "Band to survey")
       ->type_name("LOW:HIGH");
-  addParsed(app, "--dwell", parsePositive, options.dwell_seconds, "a time in seconds such as 20",
-            "Time on each slice of the band")
+  addParsed(app, "--dwell", parsePositiveSeconds, options.dwell_seconds,
+            "a time in seconds such as 20", "Time on each slice of the band")
       ->type_name("SECONDS");
-  addParsed(app, "--threshold", parseQuantity, options.threshold_db, "a level in dB such as 12",
+  addParsed(app, "--threshold", parseDecibels, options.threshold_db, "a level in dB such as 12",
             "How far above the noise floor a signal has to stand")
       ->type_name("DB");
-  addParsed(app, "--raster", parsePositive, options.raster_hz, "a spacing such as 12.5k",
+  addParsed(app, "--raster", parsePositiveHz, options.raster_hz, "a spacing such as 12.5k",
             "Signals closer together than this are one channel")
       ->type_name("HZ");
   auto* const fixed = app.add_flag_callback(
@@ -191,7 +199,7 @@ void addRunOptions(CLI::App& app, Options& options) {
   addParsed(app, "--passes", countBetween<uint32_t>(1, UINT32_MAX), options.passes,
             "a whole number from 1 on", "End after N passes over the band")
       ->type_name("N");
-  addParsed(app, "--duration", parsePositive, options.duration_seconds,
+  addParsed(app, "--duration", parsePositiveSeconds, options.duration_seconds,
             "a time in seconds such as 60", "End after so much receiver time")
       ->type_name("SECONDS");
   app.add_flag_callback(
@@ -232,7 +240,8 @@ std::variant<Options, std::string> parseOptions(int argc, const char* const* arg
   app.footer(
       "Afterwards: \"pelagrim-survey report\" draws a survey, \"pelagrim-survey export\" hands\n"
       "its channels to other programs; each has a --help of its own.\n\n"
-      "Frequencies and rates take the suffixes k, M and G. What --band, --dwell, --threshold,\n"
+      "Frequencies and rates take the suffixes k, M and G, times s, m, h and d. What --band, "
+      "--dwell, --threshold,\n"
       "--raster, --fixed and --sweep say is written to survey.cfg and holds from then on.\n"
       "The first Ctrl-C evaluates and saves the dwell in progress, a second leaves at once.\n"
       "SIGHUP, or the key r in the live view, does as much and starts afresh with what survey.cfg\n"

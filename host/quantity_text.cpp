@@ -36,19 +36,46 @@ std::optional<int> takeFraction(std::string_view text) {
   return milliseconds;
 }
 
-}  // namespace
-
-std::optional<double> parseQuantity(std::string_view text) {
+/// Takes a finite number off the front of `text`.
+std::optional<double> takeNumber(std::string_view& text) {
   double value = 0.0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, value);
   if (error != std::errc() || !std::isfinite(value)) return std::nullopt;
-  std::string_view suffix(stop, static_cast<size_t>(end - stop));
-  if (suffix.ends_with("Hz")) suffix.remove_suffix(2);
-  if (suffix.empty()) return value;
-  if (suffix == "k" || suffix == "K") return value * 1e3;
-  if (suffix == "M" || suffix == "m") return value * 1e6;
-  if (suffix == "G" || suffix == "g") return value * 1e9;
+  text.remove_prefix(static_cast<size_t>(stop - text.data()));
+  return value;
+}
+
+}  // namespace
+
+std::optional<double> parseQuantity(std::string_view text) {
+  const auto value = takeNumber(text);
+  if (!value) return std::nullopt;
+  if (text.ends_with("Hz")) text.remove_suffix(2);
+  if (text.empty()) return value;
+  if (text == "k" || text == "K") return *value * 1e3;
+  if (text == "M" || text == "m") return *value * 1e6;
+  if (text == "G" || text == "g") return *value * 1e9;
+  return std::nullopt;
+}
+
+std::optional<double> parsePlainNumber(std::string_view text) {
+  const auto value = takeNumber(text);
+  return text.empty() ? value : std::nullopt;
+}
+
+std::optional<double> parseDecibels(std::string_view text) {
+  const auto value = takeNumber(text);
+  return text.empty() || text == "dB" ? value : std::nullopt;
+}
+
+std::optional<double> parseSeconds(std::string_view text) {
+  const auto value = takeNumber(text);
+  if (!value || *value < 0.0) return std::nullopt;
+  if (text.empty() || text == "s") return value;
+  if (text == "m" || text == "min") return *value * 60.0;
+  if (text == "h") return *value * 3600.0;
+  if (text == "d") return *value * 86400.0;
   return std::nullopt;
 }
 

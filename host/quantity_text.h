@@ -18,6 +18,15 @@ struct FrequencyRange {
 /// the text is anything else or the number is not finite.
 std::optional<double> parseQuantity(std::string_view text);
 
+/// A finite number and nothing else: "-1.5".
+std::optional<double> parsePlainNumber(std::string_view text);
+
+/// The same with an optional unit dB: "12", "12dB".
+std::optional<double> parseDecibels(std::string_view text);
+
+/// A time from 0 on as seconds: a number with an optional unit s, m (or min), h or d: "2.5", "10m".
+std::optional<double> parseSeconds(std::string_view text);
+
 /// Two quantities with a colon between them, the lower first: "144M:146M".
 std::optional<FrequencyRange> parseFrequencyRange(std::string_view text);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "host/display_text.h"
 #include "host/quantity_text.h"
 
 namespace pelagrim_host {
@@ -15,9 +16,13 @@ std::vector<SourceFact> allFacts(const IqSource& source, const StartTime& start)
     facts = {{"rate", formatSampleRate(source.sampleRateHz()), ""},
              {"centre", formatFrequency(source.centreHz()), ""}};
   }
+  if (source.isLive()) return facts;
   const auto is_start = [](const SourceFact& fact) { return fact.what == "start"; };
-  if (!source.isLive() && std::none_of(facts.begin(), facts.end(), is_start)) {
+  const auto known = std::find_if(facts.begin(), facts.end(), is_start);
+  if (known == facts.end()) {
     facts.push_back({"start", formatMoment(start.unix_ms), start.origin});
+  } else {
+    known->value = formatMoment(start.unix_ms);  // of what is played, which may begin later
   }
   return facts;
 }
@@ -40,11 +45,11 @@ std::string sourceLine(const IqSource& source, const StartTime& start) {
 }
 
 std::string sourceTable(const IqSource& source, const StartTime& start) {
-  std::string table = fmt::format("{:<10}  {}\n", "source", source.name());
+  std::string table = fmt::format("{:<10}  {}\n", "source", displayText(source.name()));
   for (const SourceFact& fact : allFacts(source, start)) {
     const std::string row =
         fact.origin.empty() ? fact.value : fmt::format("{:<24} {}", fact.value, originText(fact));
-    table += fmt::format("{:<10}  {}\n", fact.what, row);
+    table += fmt::format("{:<10}  {}\n", fact.what, displayText(row));
   }
   return table;
 }

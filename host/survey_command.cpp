@@ -6,15 +6,14 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
 #include "host/open_source.h"
 #include "host/quantity_text.h"
+#include "host/results_watch.h"
 #include "host/session/host_services.h"
 #include "host/session/plugin_library.h"
 #include "host/session/survey_clock.h"
@@ -36,6 +35,8 @@ constexpr const char* kDirectoryVariable = "ORVANE_SURVEY_DIR";
 
 // A simulated band has no end of its own. Two passes show what one misses of those who come and go.
 constexpr uint32_t kSimulatedPasses = 2;
+
+constexpr double kDefaultDwellSeconds = 20.0;  // the plug-in's
 
 void listStations(const Options& options, const std::string& settings) {
   const SimulatedBand band(simulatedBandConfig(options, settings));
@@ -64,26 +65,11 @@ void prepareDirectory(const std::filesystem::path& survey_dir,
   report.note(fmt::format("written to {}: {}", settingsPath(survey_dir).string(), keys));
 }
 
-std::filesystem::file_time_type writeTime(const std::filesystem::path& path) {
-  std::error_code error;
-  const auto time = std::filesystem::last_write_time(path, error);
-  return error ? std::filesystem::file_time_type::min() : time;
-}
-
 std::unique_ptr<SurveyReport> makeReport(const Options& options) {
   if (options.json) return std::make_unique<JsonReport>(stdout);
   const TerminalKind terminal = terminalKind(STDOUT_FILENO);
   if (options.quiet || !terminal.redraws) return std::make_unique<ConsoleReport>(options.quiet);
   return std::make_unique<LiveView>(FrameStyle{terminal.colours, terminal.unicode});
-}
-
-/// Whether the file was written to its end: a full disk cuts it in the middle of a row.
-bool isWhole(const std::filesystem::path& path) {
-  std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) return false;
-  std::ifstream file(path, std::ios::binary);
-  file.seekg(-1, std::ios::end);
-  return file.get() == '\n';
 }
 
 SessionSettings sessionSettings(const Options& options, const std::filesystem::path& survey_dir) {
@@ -92,12 +78,14 @@ SessionSettings sessionSettings(const Options& options, const std::filesystem::p
   session.passes = options.passes;
   session.duration_seconds = options.duration_seconds;
   session.realtime = options.realtime;
-  session.dwell_length_seconds = [survey_dir]() -> std::optional<double> {
+  // As in the plug-in, what the file does not say stays as it was, at first the default.
+  session.dwell_length_seconds = [survey_dir, in_force = kDefaultDwellSeconds]() mutable {
     try {
-      return findNumber(readSettings(survey_dir).value_or(""), "dwell_seconds");
-    } catch (const std::runtime_error&) {
-      return std::nullopt;  // the plug-in carries on without the file, too
+      const std::string settings = readSettings(survey_dir).value_or("");
+      in_force = findNumber(settings, "dwell_seconds").value_or(in_force);
+    } catch (const std::runtime_error&) {  // the plug-in carries on without the file, too
     }
+    return std::optional(in_force);
   };
   if (options.isSimulated() && !options.passes && !options.duration_seconds) {
     session.passes = kSimulatedPasses;
@@ -143,13 +131,16 @@ void survey(const Options& options, const PluginLibrary& plugin) {
   SurveyClock clock = source->isLive()
                           ? SurveyClock::onTheWall()
                           : SurveyClock::ofSamples(start.unix_ms, source->sampleRateHz());
-  const SessionSettings session_settings = sessionSettings(options, survey_dir);
+  SessionSettings session_settings = sessionSettings(options, survey_dir);
   if (session_settings.passes && !options.passes) {
     report.note(fmt::format("ends after {} passes; --passes or --duration set another end",
                             *session_settings.passes));
   }
   const auto results_path = survey_dir / "survey.csv";
-  const auto written_before = writeTime(results_path);
+  ResultsWatch results(results_path);
+  session_settings.after_dwell = [&results, &report] {
+    if (const auto news = results.news()) report.warning(*news);
+  };
 
   HostServices services(*source, clock, options.may_tune);
   SurveySession session(plugin, *source, services, clock, report, session_settings);
@@ -167,13 +158,10 @@ void survey(const Options& options, const PluginLibrary& plugin) {
   }
   if (result.dwells_done == 0u) {
     report.note("no dwell was evaluated: there were too few samples for a spectrum");
-  } else if (writeTime(results_path) != written_before && isWhole(results_path)) {
+  } else if (results.written()) {
     report.note(fmt::format("survey written to {}", results_path.string()));
   } else {
-    throw std::runtime_error(
-        fmt::format("the survey could not be written whole to {}; see that the disk "
-                    "has room and the file can be written",
-                    results_path.string()));
+    throw std::runtime_error(results.advice());
   }
   if (const auto damage = source->damage()) throw SourceError(*damage);
 }

@@ -1,11 +1,20 @@
 #include "host/text_output.h"
 
+#include <fmt/format.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <stdexcept>
 
 namespace pelagrim_host {
+namespace {
+
+int g_output_error = 0;  ///< the last of standard output; one thread writes
+
+}  // namespace
 
 TextOutput::TextOutput(std::FILE* stream) : stream_(stream), is_terminal_(false) {
   const char* const kind = std::getenv("TERM");
@@ -20,9 +29,16 @@ size_t TextOutput::columns() const {
 }
 
 void TextOutput::write(std::string_view text) {
-  // Both calls may fail; a stream in error takes nothing more and says so each time.
-  std::fwrite(text.data(), 1, text.size(), stream_);
-  std::fflush(stream_);
+  errno = 0;
+  const bool written =
+      std::fwrite(text.data(), 1, text.size(), stream_) == text.size() && std::fflush(stream_) == 0;
+  if (!written && stream_ == stdout && errno != EPIPE) g_output_error = errno;
+}
+
+void requireOutput() {
+  if (g_output_error == 0) return;
+  throw std::runtime_error(
+      fmt::format("cannot write to standard output: {}", std::strerror(g_output_error)));
 }
 
 }  // namespace pelagrim_host

@@ -5,8 +5,8 @@
 
 namespace pelagrim_host {
 
-/// Standard output or error. What cannot be written, because the reader of a pipe has gone, is
-/// lost in silence: the survey goes on and is saved.
+/// Standard output or error. What cannot be written is lost in silence at first: the survey goes on
+/// and is saved. requireOutput tells of it at the end.
 class TextOutput {
  public:
   explicit TextOutput(std::FILE* stream);
@@ -24,5 +24,9 @@ class TextOutput {
   std::FILE* stream_;
   bool is_terminal_;
 };
+
+/// Throws std::runtime_error when something could not be written to standard output, but for a pipe
+/// whose reader has gone: that one had what it wanted.
+void requireOutput();
 
 }  // namespace pelagrim_host

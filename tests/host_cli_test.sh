@@ -87,6 +87,12 @@ tar cf hostile.sigmf -P --transform 's,^,../,' tone.sigmf-meta tone.sigmf-data
 expect 1 "leads out of the archive" hostile.sigmf
 expect 1 "makes no sense; give --sample-rate" tone.cu8 --frequency 433M --sample-rate 1e300
 
+mkdir full && ln -s /dev/full full/survey.csv
+expect 1 "could not be written whole to full/survey.csv" --dir full --passes 1
+check [ "$("$program" --info 2>&1 > /dev/full)" = \
+  "pelagrim-survey: cannot write to standard output: No space left on device" ]
+expect 1 "cannot open gone␊␛[2J.cu8" $'gone\n\e[2J.cu8' "${time[@]}"
+
 # The same samples from a pipe give the same survey; the first signal ends a run in order.
 expect 0 "" noise.cu8 --dir file "${time[@]}"
 "$program" - --format cu8 --dir pipe "${time[@]}" < <(cat noise.cu8) > /dev/null 2>&1

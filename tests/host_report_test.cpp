@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "host/display_text.h"
 #include "host/report/band_layout.h"
 #include "host/report/band_svg.h"
 #include "host/report/report_page.h"
 #include "host/report/survey_change.h"
-#include "host/results/display_text.h"
 #include "host/results/survey_file.h"
 
 namespace pelagrim_host {

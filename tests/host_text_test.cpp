@@ -20,6 +20,13 @@ TEST(QuantityText, TakesSuffixesAndNothingElse) {
   for (const char* text : {"", "M", "1.5 M", "1M6", "nan", "inf", "1e999", "0x10", "5dB", "1,5"}) {
     EXPECT_FALSE(parseQuantity(text)) << text;
   }
+  const std::pair<const char*, double> times[] = {{"2.5", 2.5},  {"10m", 600}, {"1h", 3600},
+                                                  {"3min", 180}, {"30s", 30},  {"2d", 172800}};
+  for (const auto& [text, seconds] : times) EXPECT_EQ(parseSeconds(text), seconds) << text;
+  for (const char* text : {"", "5M", "5k", "-1", "1 h", "nan"}) EXPECT_FALSE(parseSeconds(text));
+  EXPECT_EQ(parseDecibels("12dB"), 12.0);
+  EXPECT_FALSE(parseDecibels("12k"));
+  EXPECT_FALSE(parsePlainNumber("12k"));
   EXPECT_EQ(parseFrequencyRange("430M:0.44G")->high_hz, 440e6);
   for (const char* text : {"144M", "146M:144M", "1M:1M", ":", "1M:2M:3M"}) {
     EXPECT_FALSE(parseFrequencyRange(text)) << text;

@@ -7,6 +7,7 @@
 #include <span>
 #include <string_view>
 
+#include "host/display_text.h"
 #include "host/text_width.h"
 
 namespace pelagrim_host {
@@ -16,7 +17,7 @@ constexpr size_t kFirstRoom = 256;       // rows polled at once at first
 constexpr size_t kMostRows = 1'000'000;  // 264 MB
 
 std::string cellText(const char (&cell)[WENDLE_CELL_BYTES]) {
-  return withoutControls(std::string(cell, strnlen(cell, WENDLE_CELL_BYTES)));
+  return displayText(std::string_view(cell, strnlen(cell, WENDLE_CELL_BYTES)));
 }
 
 bool looksNumeric(std::string_view text) {
@@ -50,7 +51,7 @@ PanelReader::~PanelReader() {
 Panel PanelReader::read(size_t most) {
   Panel panel;
   if (api_ == nullptr) return panel;
-  panel.title = withoutControls(api_->title == nullptr ? "" : api_->title);
+  panel.title = displayText(api_->title == nullptr ? "" : api_->title);
   panel.columns = columns_;
   // The panel does not say how many rows it has, only that it filled all the room there was.
   most = std::min(most, kMostRows);
@@ -143,14 +144,6 @@ std::string formatPanel(const Panel& panel) {
   add(panel.columns);
   for (const PanelRow& row : panel.rows) {
     if (isTableRow(row)) add(row.cells);
-  }
-  return text;
-}
-
-std::string withoutControls(std::string text) {
-  for (char& byte : text) {
-    const auto code = static_cast<unsigned char>(byte);
-    if (code < 0x20 || code == 0x7F) byte = '?';
   }
   return text;
 }

@@ -84,7 +84,4 @@ std::string joinCells(const PanelRow& row);
 /// other rows in aligned columns, those of numbers to the right. Every line is ended by a line end.
 std::string formatPanel(const Panel& panel);
 
-/// `text` with bytes that would steer a terminal replaced by '?'.
-std::string withoutControls(std::string text);
-
 }  // namespace pelagrim_host

@@ -10,6 +10,8 @@
 #include <thread>
 #include <vector>
 
+#include "host/display_text.h"
+
 namespace pelagrim_host {
 namespace {
 
@@ -138,7 +140,7 @@ bool SurveySession::reportMessages() {
   std::array<char, 256> line = {};
   bool any = false;
   while (iq_.poll_text(handle_, line.data(), line.size()) != 0) {
-    report_.message(withoutControls(line.data()));
+    report_.message(displayText(line.data()));
     any = true;
   }
   return any;
@@ -152,6 +154,7 @@ void SurveySession::countDwells(double looked_at_hz) {
   SurveyProgress done = progress();
   done.centre_hz = looked_at_hz;
   report_.dwellDone(done);
+  if (settings_.after_dwell) settings_.after_dwell();
   beginDwell();
 }
 

@@ -21,6 +21,7 @@ struct SessionSettings {
   bool realtime = false;                        ///< no faster than the receiver would be
   /// Asked at every start for the length of a dwell, to show progress against; may be empty.
   std::function<std::optional<double>()> dwell_length_seconds = {};
+  std::function<void()> after_dwell = {};  ///< called when one was evaluated; may be empty
 };
 
 /// What came of a run.

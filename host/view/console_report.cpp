@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "host/display_text.h"
 #include "host/quantity_text.h"
 
 namespace pelagrim_host {
@@ -9,20 +10,27 @@ namespace pelagrim_host {
 ConsoleReport::ConsoleReport(bool quiet) : quiet_(quiet), output_(stdout), errors_(stderr) {}
 
 void ConsoleReport::opened(const SourceFacts& source) {
-  print(fmt::format("source {}: centre {}, {}\n", source.name, formatFrequency(source.centre_hz),
-                    formatSampleRate(source.rate_hz)));
+  printLine(fmt::format("source {}: centre {}, {}", source.name, formatFrequency(source.centre_hz),
+                        formatSampleRate(source.rate_hz)));
 }
 
 void ConsoleReport::note(const std::string& line) {
-  print(line + "\n");
+  printLine(line);
 }
 
 void ConsoleReport::message(const std::string& line) {
-  print(line + "\n");
+  printLine(line);
 }
 
 void ConsoleReport::warning(const std::string& line) {
-  errors_.write(fmt::format("pelagrim-survey: {}\n", line));
+  errors_.write(fmt::format("pelagrim-survey: {}\n", displayText(line)));
+}
+
+void ConsoleReport::dwellDone(const SurveyProgress& progress) {
+  if (progress.overflows > overflows_) {
+    warning(fmt::format("the receiver has lost samples {} times so far", progress.overflows));
+  }
+  overflows_ = progress.overflows;
 }
 
 void ConsoleReport::tuned(const TuneRequest& request, double) {
@@ -31,6 +39,10 @@ void ConsoleReport::tuned(const TuneRequest& request, double) {
 
 void ConsoleReport::finished(const Panel& panel) {
   if (!panel.columns.empty()) print("\n" + formatPanel(panel) + "\n");
+}
+
+void ConsoleReport::printLine(const std::string& line) {
+  print(displayText(line) + "\n");
 }
 
 void ConsoleReport::print(const std::string& text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "host/session/survey_report.h"
@@ -19,18 +20,20 @@ class ConsoleReport final : public SurveyReport {
   void note(const std::string& line) override;
   void warning(const std::string& line) override;
   void message(const std::string& line) override;
-  void dwellDone(const SurveyProgress&) override {}
+  void dwellDone(const SurveyProgress& progress) override;
   void tuned(const TuneRequest& request, double centre_hz) override;
   void progress(const SurveyProgress&, PanelReader&) override {}
   void finished(const Panel& panel) override;
 
  private:
+  void printLine(const std::string& line);
   void print(const std::string& text);
 
   bool quiet_;
   TextOutput output_;
   TextOutput errors_;
   RefusalWords refusals_;
+  uint64_t overflows_ = 0;  ///< that the user has been told of
 };
 
 }  // namespace pelagrim_host

@@ -39,7 +39,13 @@ void writeAll(std::string_view text) {
   }
 }
 
+/// In the background the terminal is somebody else's; to set it up from there would stop the survey.
+bool isInForeground() {
+  return tcgetpgrp(STDOUT_FILENO) == getpgrp();
+}
+
 void takeOver() {
+  if (!isInForeground()) return;
   if (g_has_keys) tcsetattr(STDIN_FILENO, TCSANOW, &g_key_mode);
   writeAll(kTakeOver);
   g_taken = true;
@@ -104,6 +110,9 @@ WindowSize TerminalScreen::size() const {
 }
 
 void TerminalScreen::draw(const std::vector<std::string>& lines) {
+  // Continued in the background, and now perhaps brought to the front.
+  if (!isInForeground()) return;
+  if (!g_taken) takeOver();
   pollfd terminal = {STDOUT_FILENO, POLLOUT, 0};
   if (poll(&terminal, 1, 0) != 1) return;
   std::string frame;
@@ -113,7 +122,7 @@ void TerminalScreen::draw(const std::vector<std::string>& lines) {
 
 std::optional<char> TerminalScreen::readKey() {
   char key = 0;
-  if (!g_has_keys || ::read(STDIN_FILENO, &key, 1) != 1) return std::nullopt;
+  if (!g_has_keys || !isInForeground() || ::read(STDIN_FILENO, &key, 1) != 1) return std::nullopt;
   return key;
 }
 

@@ -1,4 +1,4 @@
-#include "host/results/display_text.h"
+#include "host/display_text.h"
 
 #include <cstddef>
 #include <cstdint>
