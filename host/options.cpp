@@ -173,7 +173,8 @@ void addReceiverOptions(CLI::App& app, Options& options) {
 void addSurveyOptions(CLI::App& app, Options& options) {
   app.add_option("--dir", options.survey_dir,
                  "Directory of survey.cfg and survey.csv; else $ORVANE_SURVEY_DIR,\n"
-                 "else one here that is named after the source")
+                 "else with --device ~/.orvane/pelagrim, which is also the receiver\n"
+                 "program's, else one here that is named after the source")
       ->type_name("DIR")
       ->check(notEmpty);
   addParsed(app, "--band", parseFrequencyRange, options.band, kRange, "Band to survey")

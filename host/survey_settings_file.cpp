@@ -51,6 +51,16 @@ std::optional<ValuePlace> findPlace(std::string_view text, std::string_view key)
   return place;
 }
 
+/// Where links lead, also where nothing is there yet.
+std::filesystem::path endOfLinks(std::filesystem::path path) {
+  constexpr int kMostLinks = 40;  // as the system follows
+  std::error_code error;
+  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(path, error); ++i) {
+    path = path.parent_path() / std::filesystem::read_symlink(path, error);
+  }
+  return path;
+}
+
 std::string setOne(std::string text, const SettingEdit& edit) {
   const auto place = findPlace(text, edit.key);
   if (!place) {
@@ -117,8 +127,7 @@ void editSettings(const std::filesystem::path& survey_dir, const std::vector<Set
   if (old_text == text) return;
   // A link stays a link: the file that it leads to is replaced.
   std::error_code error;
-  auto path = std::filesystem::weakly_canonical(settingsPath(survey_dir), error);
-  if (error) path = settingsPath(survey_dir);
+  const auto path = endOfLinks(settingsPath(survey_dir));
   auto fresh_path = path;
   fresh_path += ".new";
   {
