@@ -19,6 +19,7 @@ constexpr size_t kPartGap = 4;             // between two parts side by side
 constexpr size_t kLeastTextColumns = 6;    // of a cell of words that is cut
 constexpr size_t kLeastTableRows = 4;      // heading and three channels come before what was said
 constexpr size_t kMostSaidRows = 5;        // below the table
+constexpr size_t kLeastKeyColumns = 47;    // of a line with every key in it
 constexpr size_t kRoomyRows = 16;          // with that many there are empty lines between parts
 
 /// The lines of the frame as they are filled from the top.
@@ -209,8 +210,8 @@ void addTable(Frame& frame, const Panel& panel, size_t room, std::span<const Sai
 
 void addFooter(Frame& frame, const ViewState& state, bool all_shown) {
   FrameLine line = frame.line();
-  line.add(state.offers_keys ? "r rescan   q end   Ctrl-C twice: leave at once" : "Ctrl-C end",
-           Ink::kFaint);
+  line.add(state.offers_keys ? "r rescan   q end" : "Ctrl-C end", Ink::kFaint);
+  if (frame.columns() >= kLeastKeyColumns) line.add("   Ctrl-C twice: leave at once", Ink::kFaint);
   if (!all_shown) line.addRight("  more in survey.csv", Ink::kFaint);
   while (frame.left() > 1) frame.add(frame.line());
   frame.add(line);
