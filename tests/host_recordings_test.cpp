@@ -7,6 +7,7 @@
 
 #include "host/sources/open_recording.h"
 #include "host/sources/recording_name.h"
+#include "host/sources/replayed_source.h"
 #include "host/sources/sigmf_meta.h"
 #include "host/sources/wav_recording.h"
 #include "temporary_dir.h"
@@ -203,18 +204,24 @@ TEST_F(Recordings, RetuneWhereSigmfCapturesDo) {
   dir_.write("x.sigmf-data", std::string(20, '\0') + "HEAD" + std::string(14, '\xFF') + "?");
   const auto source = open("x.sigmf-meta");
   EXPECT_EQ(source->startUnixMs(), 1000);
-  std::string centres;
-  Samples block(8);
-  for (;;) {
-    const double centre_hz = source->centreHz();
-    const size_t got = source->read(block);
-    if (got == 0) break;
-    for (const auto& sample : std::span(block).first(got)) {
-      EXPECT_EQ(sample.real() > 0, centre_hz == 200.0);
+  const auto centresOf = [](IqSource& played) {
+    std::string centres;
+    Samples block(8);
+    for (;;) {
+      const double centre_hz = played.centreHz();
+      const size_t got = played.read(block);
+      if (got == 0) break;
+      for (const auto& sample : std::span(block).first(got)) {
+        EXPECT_EQ(sample.real() > 0, centre_hz == 200.0);
+      }
+      centres += std::to_string(static_cast<int>(centre_hz)) + "x" + std::to_string(got) + " ";
     }
-    centres += std::to_string(static_cast<int>(centre_hz)) + "x" + std::to_string(got) + " ";
-  }
-  EXPECT_EQ(centres, "100x8 100x2 200x5 200x2 ");
+    EXPECT_EQ(played.centreHz(), 200.0);  // a retune at the end would drop the last dwell
+    return centres;
+  };
+  EXPECT_EQ(centresOf(*source), "100x8 100x2 200x5 200x2 ");
+  ReplayedSource replayed([this] { return open("x.sigmf-meta"); }, 2, 0.012);
+  EXPECT_EQ(centresOf(replayed), "200x3 200x2 200x3 200x2 ");
   EXPECT_NE(source->damage().value_or("").find("last 1 of its bytes"), std::string::npos);
   EXPECT_EQ(open("x.sigmf-meta", 300.0)->centreHz(), 300.0);  // the command line stands over it
   const auto skipped = open("x.sigmf-data");

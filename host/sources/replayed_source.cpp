@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -10,6 +11,8 @@ namespace pelagrim_host {
 ReplayedSource::ReplayedSource(Open open, uint64_t plays, double offset_seconds)
     : open_(std::move(open)), plays_(plays), offset_seconds_(offset_seconds) {
   start();
+  centre_hz_ = source_->centreHz();
+  lookAhead();
 }
 
 std::optional<int64_t> ReplayedSource::startUnixMs() const {
@@ -23,13 +26,30 @@ std::optional<std::string> ReplayedSource::damage() const {
 }
 
 size_t ReplayedSource::read(std::span<std::complex<float>> block) {
-  size_t got = source_->read(block);
-  // A play without samples ends the replay too: an endless one of an empty file would never return.
-  if (got == 0 && (plays_ == 0 || plays_begun_ < plays_)) {
-    start();
-    got = source_->read(block);
-  }
+  if (!next_ || block.empty()) return 0;
+  block[0] = *next_;
+  size_t got = 1;
+  if (source_->centreHz() == centre_hz_) got += source_->read(block.subspan(1));
+  lookAhead();
   return got;
+}
+
+void ReplayedSource::lookAhead() {
+  if (takeNext()) return;
+  if (plays_ != 0 && plays_begun_ == plays_) return;
+  // A play without samples ends the replay too: an endless one of an empty file would never return.
+  start();
+  takeNext();
+}
+
+bool ReplayedSource::takeNext() {
+  const double centre_hz = source_->centreHz();
+  std::array<std::complex<float>, 1> sample;
+  next_.reset();
+  if (source_->read(sample) == 0) return false;
+  next_ = sample[0];
+  centre_hz_ = centre_hz;
+  return true;
 }
 
 void ReplayedSource::start() {

@@ -18,7 +18,7 @@ class ReplayedSource final : public IqSource {
 
   std::string name() const override { return source_->name(); }
   double sampleRateHz() const override { return source_->sampleRateHz(); }
-  double centreHz() const override { return source_->centreHz(); }
+  double centreHz() const override { return centre_hz_; }
   std::optional<int64_t> startUnixMs() const override;
   std::vector<SourceFact> facts() const override { return source_->facts(); }
   std::optional<std::string> damage() const override;
@@ -26,12 +26,18 @@ class ReplayedSource final : public IqSource {
 
  private:
   void start();
+  void lookAhead();
+  bool takeNext();
 
   Open open_;
   uint64_t plays_;
   double offset_seconds_;
   uint64_t plays_begun_ = 0;
   std::unique_ptr<IqSource> source_;
+  /// The first sample of the next read, and its centre: whether a play has ended, and where the next
+  /// one begins, shows only when a sample is taken. None: the end.
+  std::optional<std::complex<float>> next_;
+  double centre_hz_ = 0.0;
   std::optional<std::string> damage_;  ///< of the plays before
 };
 

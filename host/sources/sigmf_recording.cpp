@@ -91,7 +91,9 @@ SigmfRecording::SigmfRecording(const std::filesystem::path& path, const Recordin
 }
 
 double SigmfRecording::centreHz() const {
-  return segment_ < segments_.size() ? *segments_[segment_].centre_hz : Recording::centreHz();
+  if (segments_.empty()) return Recording::centreHz();
+  // At the end it stays where it was: nothing more is delivered from anywhere else.
+  return *segments_[std::min(segment_, segments_.size() - 1)].centre_hz;
 }
 
 size_t SigmfRecording::read(std::span<std::complex<float>> block) {
