@@ -26,11 +26,14 @@ std::optional<std::string> ReplayedSource::damage() const {
 }
 
 size_t ReplayedSource::read(std::span<std::complex<float>> block) {
-  if (!next_ || block.empty()) return 0;
-  block[0] = *next_;
-  size_t got = 1;
-  if (source_->centreHz() == centre_hz_) got += source_->read(block.subspan(1));
-  lookAhead();
+  const double centre_hz = centre_hz_;
+  size_t got = 0;
+  // Blocks are full across the seams, so the dwells are those of one long recording.
+  while (got < block.size() && next_ && centre_hz_ == centre_hz) {
+    block[got++] = *next_;
+    if (source_->centreHz() == centre_hz) got += source_->read(block.subspan(got));
+    lookAhead();
+  }
   return got;
 }
 
