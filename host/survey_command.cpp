@@ -126,6 +126,8 @@ void survey(const Options& options, const PluginLibrary& plugin) {
   if (!source->facts().empty()) report.note(sourceLine(*source, start));
   prepareDirectory(survey_dir, edits, report);
   if (const auto mismatch = bandMismatch(settings, *source)) report.warning(*mismatch);
+  const auto dwell_mismatch = dwellMismatch(settings, *source);
+  if (dwell_mismatch) report.warning(*dwell_mismatch);
   setenv(kDirectoryVariable, survey_dir.c_str(), 1);
 
   SurveyClock clock = source->isLive()
@@ -157,7 +159,8 @@ void survey(const Options& options, const PluginLibrary& plugin) {
         fmt::format("{} holds no samples, so there is nothing to survey", source->name()));
   }
   if (result.dwells_done == 0u) {
-    report.note("no dwell was evaluated: there were too few samples for a spectrum");
+    report.note("no dwell was evaluated: " +
+                dwell_mismatch.value_or("there were too few samples for a spectrum"));
   } else if (results.written()) {
     report.note(fmt::format("survey written to {}", results_path.string()));
   } else {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 #include <system_error>
 
@@ -14,9 +15,15 @@ namespace {
 
 constexpr double kDefaultStartHz = 144e6;  // the plug-in's, for keys that survey.cfg lacks
 constexpr double kDefaultStopHz = 146e6;
+constexpr double kDefaultDwellSeconds = 20.0;
 
 // A simulated band takes computing time rather than listening time, so the dwells are short ones.
 constexpr double kSimulatedDwellSeconds = 5.0;
+
+/// The plug-in's clock, by which dwells end, has no more.
+double wholeMilliseconds(double seconds) {
+  return std::floor(seconds * 1000.0) / 1000.0;
+}
 
 }  // namespace
 
@@ -69,6 +76,10 @@ std::vector<SettingEdit> settingsForSource(const Options& options, const IqSourc
     if (std::none_of(asked.begin(), asked.end(), is_key)) edits.push_back({key, value});
   };
   if (options.isSimulated()) set("dwell_seconds", formatNumber(kSimulatedDwellSeconds));
+  const auto stay_seconds = source.shortestStaySeconds();
+  if (stay_seconds && *stay_seconds < kDefaultDwellSeconds) {
+    set("dwell_seconds", formatNumber(wholeMilliseconds(*stay_seconds)));
+  }
   // A band that the user gives limits what is kept of a recording, which takes a sweep.
   if (!source.canTune() && !options.band) {
     set("start", formatNumber(source.centreHz() - 0.5 * source.sampleRateHz()));
@@ -90,6 +101,20 @@ std::optional<std::string> bandMismatch(const std::string& settings, const IqSou
       "is there with --fixed, or give --band",
       formatFrequency(start_hz), formatFrequency(stop_hz), source.name(), formatFrequency(low_hz),
       formatFrequency(high_hz));
+}
+
+std::optional<std::string> dwellMismatch(const std::string& settings, const IqSource& source) {
+  const auto stay_seconds = source.shortestStaySeconds();
+  const double dwell_seconds = findNumber(settings, "dwell_seconds").value_or(kDefaultDwellSeconds);
+  if (!stay_seconds) return std::nullopt;
+  const double fitting_seconds = wholeMilliseconds(*stay_seconds);
+  if (wholeMilliseconds(dwell_seconds) <= fitting_seconds) return std::nullopt;
+  return fmt::format(
+      "{} goes on at another centre after {} s in places, and a dwell of {} s that this cuts off "
+      "is "
+      "dropped; give --dwell {}",
+      source.name(), formatNumber(*stay_seconds), formatNumber(dwell_seconds),
+      formatNumber(fitting_seconds));
 }
 
 }  // namespace pelagrim_host

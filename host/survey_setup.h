@@ -24,13 +24,18 @@ bool createSurveyDirectory(const std::filesystem::path& survey_dir);
 std::vector<SettingEdit> settingsAsked(const Options& options);
 
 /// The further keys to set where there is no survey.cfg yet. The plug-in would sweep 144 to 146 MHz
-/// with 20 s to a slice: a source that cannot be tuned is surveyed as it is, and a simulated band
-/// takes short dwells. What is `asked` for stands.
+/// with 20 s to a slice: a source that cannot be tuned is surveyed as it is, in dwells that fit
+/// between its own changes of the centre, and a simulated band takes short dwells. What is `asked`
+/// for stands.
 std::vector<SettingEdit> settingsForSource(const Options& options, const IqSource& source,
                                            const std::vector<SettingEdit>& asked);
 
 /// Why a survey with these settings would find nothing in a source that cannot be tuned, with the
 /// remedy; nothing when it would.
 std::optional<std::string> bandMismatch(const std::string& settings, const IqSource& source);
+
+/// Which of a recording's samples a survey with these settings would drop, as its centre changes
+/// before a dwell is over, with the remedy; nothing where dwells fit.
+std::optional<std::string> dwellMismatch(const std::string& settings, const IqSource& source);
 
 }  // namespace pelagrim_host

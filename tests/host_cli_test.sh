@@ -77,6 +77,13 @@ for source in tone.wav tone.sigmf-meta tone.sigmf-data packed.sigmf; do
   check cmp raw/survey.csv ${source/./-}/survey.csv
 done
 
+# Where a recording changes the centre too early for a dwell, shorter ones are taken.
+sed 's/}\],"ann/},{"core:sample_start":8000,"core:frequency":435e6}],"ann/' tone.sigmf-meta > two.sigmf-meta
+cp tone.sigmf-data two.sigmf-data
+expect 0 "known after 2 dwells" two.sigmf-meta
+check grep -q "dwell_seconds = 0.008" two.survey/survey.cfg
+expect 0 "give --dwell 0.008" two.sigmf-meta --dwell 0.1
+
 # Damage: what is there is surveyed, and the run says what was wrong and fails.
 head -c 30000 tone.wav > cut.wav
 expect 1 "promises 32000 bytes of samples, 29956 are there" cut.wav --frequency 433M

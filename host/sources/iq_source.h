@@ -45,6 +45,10 @@ class IqSource {
   /// Unix time in milliseconds of the first sample, where it is known.
   virtual std::optional<int64_t> startUnixMs() const { return std::nullopt; }
 
+  /// How many seconds the centre stays at the least before a recording changes it; nothing where it
+  /// does not. The last stay does not count: nothing cuts its dwell off.
+  virtual std::optional<double> shortestStaySeconds() const { return std::nullopt; }
+
   /// What is known of the source as it was opened: format, rate, centre, start, length and what
   /// else there is. Empty: rate and centre, which go without saying.
   virtual std::vector<SourceFact> facts() const { return {}; }

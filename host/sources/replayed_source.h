@@ -21,6 +21,9 @@ class ReplayedSource final : public IqSource {
   double centreHz() const override { return centre_hz_; }
   std::optional<int64_t> startUnixMs() const override;
   std::vector<SourceFact> facts() const override { return source_->facts(); }
+  std::optional<double> shortestStaySeconds() const override {
+    return source_->shortestStaySeconds();
+  }
   std::optional<std::string> damage() const override;
   size_t read(std::span<std::complex<float>> block) override;
 

@@ -153,6 +153,19 @@ std::vector<SourceFact> SigmfRecording::facts() const {
   return facts;
 }
 
+std::optional<double> SigmfRecording::shortestStaySeconds() const {
+  std::optional<uint64_t> shortest;
+  uint64_t stay = 0;  // samples
+  for (size_t i = 0; i + 1 < segments_.size(); ++i) {
+    stay += segments_[i].samples;
+    if (*segments_[i].centre_hz == *segments_[i + 1].centre_hz) continue;
+    shortest = std::min(stay, shortest.value_or(stay));
+    stay = 0;
+  }
+  if (!shortest) return std::nullopt;
+  return static_cast<double>(*shortest) / sampleRateHz();
+}
+
 std::optional<uint64_t> SigmfRecording::lengthSamples() const {
   uint64_t samples = 0;
   for (const SigmfSegment& segment : segments_) samples += segment.samples;

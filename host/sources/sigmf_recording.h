@@ -22,6 +22,7 @@ class SigmfRecording final : public Recording {
 
   double centreHz() const override;
   std::vector<SourceFact> facts() const override;
+  std::optional<double> shortestStaySeconds() const override;
   size_t read(std::span<std::complex<float>> block) override;
   uint64_t skip(uint64_t samples) override;
 
