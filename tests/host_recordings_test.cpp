@@ -199,7 +199,8 @@ TEST_F(Recordings, RetuneWhereSigmfCapturesDo) {
   dir_.write("x.sigmf-meta",
              metaText("\"core:datatype\":\"cu8\"",
                       "{\"core:frequency\":100,\"core:datetime\":\"1970-01-01T00:00:01Z\"},"
-                      "{\"core:sample_start\":10,\"core:frequency\":200,\"core:header_bytes\":4},"
+                      "{\"core:sample_start\":10,\"core:frequency\":200,\"core:header_bytes\":4,"
+                      "\"core:datetime\":\"1970-01-01T01:00:00Z\"},"
                       "{\"core:sample_start\":15}"));
   dir_.write("x.sigmf-data", std::string(20, '\0') + "HEAD" + std::string(14, '\xFF') + "?");
   const auto source = open("x.sigmf-meta");
@@ -221,12 +222,14 @@ TEST_F(Recordings, RetuneWhereSigmfCapturesDo) {
   };
   EXPECT_EQ(centresOf(*source), "100x8 100x2 200x5 200x2 ");
   ReplayedSource replayed([this] { return open("x.sigmf-meta"); }, 2, 0.012);
+  EXPECT_EQ(replayed.startUnixMs(), 3600002);
   EXPECT_EQ(centresOf(replayed), "200x8 200x2 ");
   EXPECT_NE(source->damage().value_or("").find("last 1 of its bytes"), std::string::npos);
   EXPECT_EQ(open("x.sigmf-meta", 300.0)->centreHz(), 300.0);  // the command line stands over it
   const auto skipped = open("x.sigmf-data");
   EXPECT_EQ(skipped->skip(12), 12u);
   EXPECT_EQ(skipped->centreHz(), 200.0);
+  EXPECT_EQ(skipped->nextUnixMs(), 3600002);
   EXPECT_EQ(readAll(*skipped).size(), 5u);
   EXPECT_NE(refusal("x.sigmf-meta", true).find("no core:sha512"), std::string::npos);
 }

@@ -20,6 +20,9 @@ class ScriptedSource : public IqSource {
   std::string name() const override { return "script"; }
   double sampleRateHz() const override { return 100.0; }
   double centreHz() const override { return read_ >= jumps_at ? 777.0 : centre_hz_; }
+  std::optional<int64_t> nextUnixMs() const override {
+    return read_ == resumes_at ? std::optional(resumes_ms) : std::nullopt;
+  }
   size_t read(std::span<std::complex<float>> block) override {
     const size_t count = std::min(block.size(), length - read_);
     for (auto& sample : block.first(count)) sample = {static_cast<float>(centreHz()), 0.0F};
@@ -37,6 +40,8 @@ class ScriptedSource : public IqSource {
   size_t length = 1000;
   size_t jumps_at = SIZE_MAX;
   size_t fails_at = SIZE_MAX;
+  size_t resumes_at = SIZE_MAX;
+  int64_t resumes_ms = 0;
   std::vector<WendleTuneResult> answers;
   size_t tunes = 0;
 
@@ -94,15 +99,17 @@ TEST(HostSession, ReportsAnAcceptedTuneAfterTheCallAndBeforeTheNextBlock) {
 }
 
 TEST(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
-  ScriptedSource moving;  // a recording that goes on elsewhere, cut short
-  moving.jumps_at = 10;
+  ScriptedSource moving;  // a recording that goes on elsewhere and later, cut short
+  moving.jumps_at = moving.resumes_at = 10;
+  moving.resumes_ms = 60000;
   Recorder report;
   EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, moving, report,
                        {.block_samples = 10, .duration_seconds = 0.15}, false),
             "attach\ncreate 50\nprocess 10 from 50 at 1100\nretune 777\n"
-            "process 5 from 777 at 1150\ntune -1\ndestroy\ndetach\n");
+            "process 5 from 777 at 60050\ntune -1\ndestroy\ndetach\n");
   ScriptedSource failing;
   failing.fails_at = 30;
+  failing.resumes_at = 10;  // in the past: the clock never goes back
   failing.answers = {kTuneRefused};
   EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, failing, report, {.block_samples = 10}),
             "attach\ncreate 50\nprocess 10 from 50 at 1100\nprocess 10 from 50 at 1200\ntune -4\n"

@@ -15,6 +15,13 @@ SurveyClock SurveyClock::ofSamples(int64_t start_unix_ms, double rate_hz) {
   return clock;
 }
 
+void SurveyClock::leapTo(int64_t unix_ms) {
+  constexpr int64_t kRoundingMs = 1;  // no gap: both times are cut to whole milliseconds
+  if (rate_hz_ == 0.0 || unix_ms <= nowMs() + kRoundingMs) return;
+  start_unix_ms_ = unix_ms;
+  samples_ = 0;
+}
+
 int64_t SurveyClock::nowMs() const {
   if (rate_hz_ == 0.0) return wallClockMs();
   // The 64-bit mantissa of a long double holds samples * 1000 exactly for thousands of years, and

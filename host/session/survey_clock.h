@@ -18,6 +18,9 @@ class SurveyClock {
   /// Counts samples that are about to be delivered.
   void advance(size_t samples) { samples_ += samples; }
 
+  /// Leaps over a gap in a recording to unix_ms. Never back, and the clock on the wall stays.
+  void leapTo(int64_t unix_ms);
+
   /// Unix time in whole milliseconds, truncated; without drift, as it is computed from the count.
   /// Never 0, which to a plug-in means that there is no time.
   int64_t nowMs() const;

@@ -99,7 +99,8 @@ void SurveySession::deliver(const std::function<bool()>& stop,
       dwells_before_ += dwells_ ? dwells_->dwells_done : 0;
       start();
     }
-    // A recording may go on at another centre.
+    // A recording may go on later and at another centre.
+    if (const auto recorded_ms = source_.nextUnixMs()) clock_.leapTo(*recorded_ms);
     if (source_.centreHz() != told_centre_hz_) retune();
     const size_t count = source_.read(std::span(block).first(nextBlockSize()));
     if (count == 0) break;

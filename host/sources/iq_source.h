@@ -45,6 +45,10 @@ class IqSource {
   /// Unix time in milliseconds of the first sample, where it is known.
   virtual std::optional<int64_t> startUnixMs() const { return std::nullopt; }
 
+  /// Unix time in milliseconds of the first sample that the next read delivers, where a recording
+  /// says so: it may have gaps.
+  virtual std::optional<int64_t> nextUnixMs() const { return std::nullopt; }
+
   /// How many seconds the centre stays at the least before a recording changes it; nothing where it
   /// does not. The last stay does not count: nothing cuts its dwell off.
   virtual std::optional<double> shortestStaySeconds() const { return std::nullopt; }

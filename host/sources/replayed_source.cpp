@@ -13,12 +13,10 @@ ReplayedSource::ReplayedSource(Open open, uint64_t plays, double offset_seconds)
   start();
   centre_hz_ = source_->centreHz();
   lookAhead();
-}
-
-std::optional<int64_t> ReplayedSource::startUnixMs() const {
+  start_unix_ms_ = next_unix_ms_;
   const auto start_ms = source_->startUnixMs();
-  if (!start_ms) return start_ms;
-  return *start_ms + static_cast<int64_t>(offset_seconds_ * 1000.0);
+  if (start_unix_ms_ || !start_ms) return;
+  start_unix_ms_ = *start_ms + static_cast<int64_t>(offset_seconds_ * 1000.0);
 }
 
 std::optional<std::string> ReplayedSource::damage() const {
@@ -47,11 +45,13 @@ void ReplayedSource::lookAhead() {
 
 bool ReplayedSource::takeNext() {
   const double centre_hz = source_->centreHz();
+  const auto unix_ms = source_->nextUnixMs();
   std::array<std::complex<float>, 1> sample;
   next_.reset();
   if (source_->read(sample) == 0) return false;
   next_ = sample[0];
   centre_hz_ = centre_hz;
+  next_unix_ms_ = unix_ms;
   return true;
 }
 

@@ -19,7 +19,8 @@ class ReplayedSource final : public IqSource {
   std::string name() const override { return source_->name(); }
   double sampleRateHz() const override { return source_->sampleRateHz(); }
   double centreHz() const override { return centre_hz_; }
-  std::optional<int64_t> startUnixMs() const override;
+  std::optional<int64_t> startUnixMs() const override { return start_unix_ms_; }
+  std::optional<int64_t> nextUnixMs() const override { return next_unix_ms_; }
   std::vector<SourceFact> facts() const override { return source_->facts(); }
   std::optional<double> shortestStaySeconds() const override {
     return source_->shortestStaySeconds();
@@ -37,10 +38,12 @@ class ReplayedSource final : public IqSource {
   double offset_seconds_;
   uint64_t plays_begun_ = 0;
   std::unique_ptr<IqSource> source_;
-  /// The first sample of the next read, and its centre: whether a play has ended, and where the next
-  /// one begins, shows only when a sample is taken. None: the end.
+  /// The first sample of the next read, its centre and time: whether a play has ended, and where the
+  /// next one begins, shows only when a sample is taken. None: the end.
   std::optional<std::complex<float>> next_;
   double centre_hz_ = 0.0;
+  std::optional<int64_t> next_unix_ms_;
+  std::optional<int64_t> start_unix_ms_;
   std::optional<std::string> damage_;  ///< of the plays before
 };
 

@@ -187,7 +187,7 @@ std::vector<SigmfSegment> sigmfSegments(const SigmfMeta& meta, uint64_t data_byt
     const uint64_t samples =
         is_last ? waiting : meta.captures[i + 1].sample_start - capture.sample_start;
     if (samples > waiting) throw pastTheEnd(i + 1);
-    segments.push_back({first_byte, samples, centre_hz});
+    segments.push_back({first_byte, samples, centre_hz, capture.start_unix_ms});
   }
   return segments;
 }

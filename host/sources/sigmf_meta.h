@@ -39,7 +39,8 @@ struct SigmfMeta {
 struct SigmfSegment {
   uint64_t first_byte = 0;
   uint64_t samples = 0;
-  std::optional<double> centre_hz;  ///< unset only before the first that is given
+  std::optional<double> centre_hz;       ///< unset only before the first that is given
+  std::optional<int64_t> start_unix_ms;  ///< of its first sample
 };
 
 /// Metadata that are no such thing, or of a recording that cannot be surveyed. The text is the

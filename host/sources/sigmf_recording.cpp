@@ -76,6 +76,10 @@ SigmfRecording::SigmfRecording(const std::filesystem::path& path, const Recordin
   setFacts(firstKnown(facts, factsOfName(name())));
   for (SigmfSegment& segment : segments_) {
     if (told.centre_hz || !segment.centre_hz) segment.centre_hz = known().centre_hz->value;
+    if (told.start_unix_ms && segment.start_unix_ms) {
+      *segment.start_unix_ms +=
+          told.start_unix_ms->value - first.start_unix_ms.value_or(*segment.start_unix_ms);
+    }
     RecordingFacts here = known();
     here.centre_hz->value = *segment.centre_hz;
     requireKnown(name(), here);
@@ -94,6 +98,13 @@ double SigmfRecording::centreHz() const {
   if (segments_.empty()) return Recording::centreHz();
   // At the end it stays where it was: nothing more is delivered from anywhere else.
   return *segments_[std::min(segment_, segments_.size() - 1)].centre_hz;
+}
+
+std::optional<int64_t> SigmfRecording::nextUnixMs() const {
+  if (segment_ == segments_.size() || !segments_[segment_].start_unix_ms) return std::nullopt;
+  const uint64_t before = segments_[segment_].samples - left_in_segment_;
+  const double before_ms = static_cast<double>(before) * 1000.0 / sampleRateHz();
+  return *segments_[segment_].start_unix_ms + static_cast<int64_t>(before_ms);
 }
 
 size_t SigmfRecording::read(std::span<std::complex<float>> block) {

@@ -12,15 +12,16 @@
 namespace pelagrim_host {
 
 /// A SigMF recording: metadata and samples, as a pair of files or in one archive. Where its
-/// captures change the centre, so does the source; the clock runs on over gaps in time.
+/// captures change the centre, so does the source; where they lie apart in time, its time leaps.
 class SigmfRecording final : public Recording {
  public:
   /// `path` ends in .sigmf-meta, .sigmf-data or .sigmf. What is `told` stands over the metadata,
-  /// and a centre that is told holds for every capture. `verify`: compare core:sha512 first.
+  /// and a centre that is told holds for every capture; a start that is told moves them all. `verify`: compare core:sha512 first.
   SigmfRecording(const std::filesystem::path& path, const RecordingFacts& told, bool verify,
                  const RemarkSink& remark);
 
   double centreHz() const override;
+  std::optional<int64_t> nextUnixMs() const override;
   std::vector<SourceFact> facts() const override;
   std::optional<double> shortestStaySeconds() const override;
   size_t read(std::span<std::complex<float>> block) override;
