@@ -143,6 +143,32 @@ class Recordings : public ::testing::Test {
       EXPECT_NE(damage.find(c.damage), std::string::npos) << damage;
       EXPECT_EQ(damage.empty(), *c.damage == '\0') << damage;
     }
+    struct Longer {
+      uint32_t data_bytes;
+      std::string behind;  ///< the samples that data_bytes promise
+      uint64_t samples;
+      const char* damage;
+    };
+    constexpr uint64_t kFiveGigasamples = 5'000'000'000;
+    const Longer longer[] = {
+        {UINT32_MAX, "", kFiveGigasamples, ""},  // lengths that 32 bits cannot hold
+        {0x80000000 - 36, "", kFiveGigasamples, ""},
+        {0, "", kFiveGigasamples, ""},
+        {400, "", 100, "goes on for 19999999600 bytes after the samples"},
+        {400, "LIST" + number(0xFFFF0000), 100, "goes on"},
+        {400, "LIST" + number(5000) + std::string(5000, 'x') + "id3 " + number(8000), 100, ""}};
+    for (const Longer& c : longer) {
+      std::string file = wav;
+      dir_.write("y_100M.wav", file.replace(kDataByte, 4, number(c.data_bytes)) + c.behind);
+      const uint64_t bytes = *c.damage == '\0' && c.samples == 100 ? 13460 : 4 * kFiveGigasamples;
+      std::filesystem::resize_file(dir_.path() / "y_100M.wav", 44 + bytes);
+      const auto source = open("y_100M.wav");
+      EXPECT_EQ(source->skip(2 * kFiveGigasamples), c.samples) << c.data_bytes;
+      EXPECT_EQ(readAll(*source).size(), 0u);
+      const std::string damage = source->damage().value_or("");
+      EXPECT_NE(damage.find(c.damage), std::string::npos) << damage;
+      EXPECT_EQ(damage.empty(), *c.damage == '\0') << damage;
+    }
     const std::pair<std::string, const char*> refused[] = {
         {wav.substr(0, 30), "cannot be read as WAV"},
         {std::string(wav).replace(16, 4, number(4)), "cannot be read as WAV"},  // header's size

@@ -22,10 +22,67 @@ SF_CHUNK_ITERATOR* findChunk(SNDFILE* sound, const char* id, SF_CHUNK_INFO& chun
   return has_size ? found : nullptr;
 }
 
+// What streaming writers put for a length they cannot know: the most that 32 bits hold, signed or
+// not, less a header.
+constexpr uint64_t kUnknownFrom = 0x7FFF0000;
+
+/// A number of 32 bits at `byte`; 0 past the end.
+uint32_t numberAt(int file, uint64_t byte) {
+  uint32_t number = 0;  // little-endian, as this machine is
+  const bool is_there = pread(file, &number, 4, static_cast<off_t>(byte)) == 4;
+  return is_there ? number : 0;
+}
+
+/// The four letters at `byte` that name a chunk; empty where they are none.
+std::string tagAt(int file, uint64_t byte) {
+  std::string tag(4, '\0');
+  const bool is_there = pread(file, tag.data(), 4, static_cast<off_t>(byte)) == 4;
+  const auto is_printable = [](char c) { return c >= ' ' && c <= '~'; };
+  return is_there && std::all_of(tag.begin(), tag.end(), is_printable) ? tag : "";
+}
+
+/// The byte behind a chunk that begins at `byte`; chunks are of even length.
+uint64_t endOfChunk(int file, uint64_t byte) {
+  const uint64_t length = numberAt(file, byte + 4);
+  return byte + 8 + length + length % 2;
+}
+
+/// Where the chunk begins, which the library does not tell. 0: there is none.
+uint64_t chunkBegin(int file, const char* id) {
+  const std::string kind = tagAt(file, 0);
+  if (kind != "RIFF" && kind != "RF64") return 0;
+  for (uint64_t at = 12;; at = endOfChunk(file, at)) {
+    const std::string tag = tagAt(file, at);
+    if (tag == id) return at;
+    if (tag.empty()) return 0;
+  }
+}
+
+/// How many bytes follow the samples, which end at `end`, and are no chunks such as a title; none
+/// where they are few.
+uint64_t strayBytes(int file, uint64_t end, uint64_t file_bytes) {
+  constexpr uint64_t kFewBytes = 4096;
+  for (uint64_t at = end + end % 2; at + kFewBytes < file_bytes;) {
+    const bool is_chunk = !tagAt(file, at).empty();
+    at = endOfChunk(file, at);
+    if (!is_chunk || at > file_bytes + 1) return file_bytes - end;
+  }
+  return 0;
+}
+
 // libsndfile lets the samples run to the file's end where their length is 0 and that of all is 8, as
-// one recorder leaves it; others leave another number there. So it is shown that 8.
-constexpr sf_count_t kLengthByte = 4;
-constexpr unsigned char kLengthShown[4] = {8, 0, 0, 0};
+// one recorder leaves it; others leave other numbers there. So it is shown these.
+constexpr sf_count_t kAllLengthByte = 4;
+constexpr unsigned char kAllLengthShown[4] = {8, 0, 0, 0};
+constexpr unsigned char kDataLengthShown[4] = {0, 0, 0, 0};
+
+/// Puts `shown` for what was read where `from` lies in the `got` bytes read at `byte`.
+void show(const unsigned char (&shown)[4], sf_count_t from, void* bytes, sf_count_t byte,
+          sf_count_t got) {
+  for (sf_count_t i = std::max(byte, from); i < std::min(byte + got, from + 4); ++i) {
+    static_cast<unsigned char*>(bytes)[i - byte] = shown[i - from];
+  }
+}
 
 WavFile::Position& positionOf(void* user) {
   return *static_cast<WavFile::Position*>(user);
@@ -44,11 +101,10 @@ sf_count_t seekFile(sf_count_t offset, int whence, void* user) {
 }
 
 sf_count_t readFile(void* bytes, sf_count_t count, void* user) {
-  auto& [file, byte] = positionOf(user);
+  auto& [file, byte, data_length_byte] = positionOf(user);
   const ssize_t got = pread(file, bytes, static_cast<size_t>(count), byte);
-  for (sf_count_t i = std::max(byte, kLengthByte); i < std::min(byte + got, kLengthByte + 4); ++i) {
-    static_cast<unsigned char*>(bytes)[i - byte] = kLengthShown[i - kLengthByte];
-  }
+  show(kAllLengthShown, kAllLengthByte, bytes, byte, got);
+  if (data_length_byte > 0) show(kDataLengthShown, data_length_byte, bytes, byte, got);
   byte += std::max<ssize_t>(got, 0);
   return std::max<ssize_t>(got, 0);
 }
@@ -60,12 +116,12 @@ sf_count_t tellFile(void* user) {
 }  // namespace
 
 WavFile::WavFile(const std::filesystem::path& path, const std::string& name)
-    : position_{open(path.c_str(), O_RDONLY | O_CLOEXEC), 0}, sound_(nullptr, sf_close) {
+    : position_{open(path.c_str(), O_RDONLY | O_CLOEXEC), 0, 0}, sound_(nullptr, sf_close) {
   if (position_.file < 0) {
     throw SourceError(fmt::format("cannot open {}: {}", path.string(), std::strerror(errno)));
   }
   sound_.reset(sf_open_fd(position_.file, SFM_READ, &info_, SF_FALSE));
-  if (sound_ && info_.frames == 0 && promisedBytes() == 0U) {
+  if (sound_ && lengthIsUnknown()) {
     SF_VIRTUAL_IO mended = {fileLength, seekFile, readFile, nullptr, tellFile};
     info_ = {};
     sound_.reset(sf_open_virtual(&mended, SFM_READ, &info_, &position_));
@@ -82,9 +138,24 @@ WavFile::~WavFile() {
   close(position_.file);
 }
 
+bool WavFile::lengthIsUnknown() {
+  const auto promised = promisedBytes();
+  if (info_.frames == 0 && promised == 0U) return true;
+  const uint64_t begin = chunkBegin(position_.file, "data");
+  if (begin == 0) return false;
+  const uint32_t written = numberAt(position_.file, begin + 4);
+  const auto file_bytes = static_cast<uint64_t>(fileLength(&position_));
+  const uint64_t data_bytes = std::min(promised.value_or(written), file_bytes);
+  const uint64_t after = strayBytes(position_.file, begin + 8 + data_bytes, file_bytes);
+  if (promised || after == 0) {
+    bytes_after_ = after;
+    return false;
+  }
+  position_.data_length_byte = static_cast<sf_count_t>(begin + 4);
+  return true;
+}
+
 std::optional<uint64_t> WavFile::promisedBytes() const {
-  // What streaming writers put there: the most that 32 bits hold, signed or not, less a header.
-  constexpr uint64_t kUnknownFrom = 0x7FFF0000;
   SF_CHUNK_INFO data = {};
   if (findChunk(sound_.get(), "data", data) == nullptr) return std::nullopt;
   if (data.datalen < kUnknownFrom) return data.datalen;

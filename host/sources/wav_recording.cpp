@@ -110,6 +110,13 @@ size_t WavRecording::read(std::span<std::complex<float>> block) {
 
 /// At the end: whether all of what the header promises has come.
 void WavRecording::checkLength() {
+  if (file_.bytesAfter() > 0) {
+    setDamage(
+        fmt::format("it goes on for {} bytes after the samples that its header promises, which "
+                    "alone were surveyed",
+                    file_.bytesAfter()));
+    return;
+  }
   const auto promised = file_.promisedBytes();
   if (!promised || *promised == 0) return;
   const uint64_t there = *lengthSamples() * sample_bytes_;
