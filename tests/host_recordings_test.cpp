@@ -303,7 +303,11 @@ TEST(WavAuxi, MayEndEarlyAndMakeNoSense) {
   EXPECT_EQ(parseAuxi(chunk).centre_hz, 1048576.0);
   EXPECT_EQ(parseAuxi(std::span(chunk).first(20)).start_unix_ms, 1536266471005);
   EXPECT_FALSE(parseAuxi(std::span(chunk).first(35)).centre_hz);
-  EXPECT_FALSE(parseAuxi(std::vector<std::byte>(36)).start_unix_ms);
+  std::fill_n(chunk.begin(), 16, std::byte{0});  // no time
+  EXPECT_EQ(parseAuxi(chunk).centre_hz, 1048576.0);
+  EXPECT_FALSE(parseAuxi(chunk).start_unix_ms);
+  const char16_t text[] = u"<?xml version=\"1.0\"?>";
+  EXPECT_FALSE(parseAuxi(std::as_bytes(std::span(text))).centre_hz);
 }
 
 }  // namespace

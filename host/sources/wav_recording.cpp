@@ -51,6 +51,7 @@ std::optional<SampleKind> sampleKind(int format) {
 AuxiChunk parseAuxi(std::span<const std::byte> chunk) {
   constexpr size_t kCentreByte = 32;
   AuxiChunk auxi;
+  bool has_time_or_zeros = false;  // else it holds something else, such as text
   if (chunk.size() >= 16) {
     std::array<uint32_t, 8> time = {};
     for (size_t i = 0; i < time.size(); ++i) time[i] = littleEndian(chunk.subspan(2 * i, 2));
@@ -58,8 +59,9 @@ AuxiChunk parseAuxi(std::span<const std::byte> chunk) {
     const auto start = parseMoment(fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}.{:03}", year,
                                                month, day, hour, minute, second, millisecond));
     if (start && *start > 0) auxi.start_unix_ms = start;
+    has_time_or_zeros = auxi.start_unix_ms || time == std::array<uint32_t, 8>{};
   }
-  if (chunk.size() >= kCentreByte + 4) {
+  if (has_time_or_zeros && chunk.size() >= kCentreByte + 4) {
     const uint32_t centre_hz = littleEndian(chunk.subspan(kCentreByte, 4));
     if (centre_hz != 0) auxi.centre_hz = centre_hz;
   }

@@ -17,7 +17,8 @@ struct AuxiChunk {
   std::optional<double> centre_hz;
 };
 
-/// Reads an auxi chunk; what makes no sense counts as not there.
+/// Reads an auxi chunk; what makes no sense counts as not there. So does the centre where the start
+/// is neither a moment nor zeros: some recorders put text there.
 AuxiChunk parseAuxi(std::span<const std::byte> chunk);
 
 /// I/Q in a two-channel WAV or RF64 file, I on the left. Integers are scaled to one as those of raw
