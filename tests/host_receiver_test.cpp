@@ -62,6 +62,10 @@ TEST_F(LiveReceiver, OutlivesOverflowsAndErrorsButNotTheDevicesEnd) {
   script.codes = {SOAPY_SDR_OVERFLOW, SOAPY_SDR_TIMEOUT, SOAPY_SDR_CORRUPTION, SOAPY_SDR_OVERFLOW};
   EXPECT_EQ(receiver->read(block), 64U);
   EXPECT_EQ(receiver->overflows(), 2U);
+  script.overflows = true;
+  EXPECT_EQ(receiver->tune(300e6), kTuneAccepted);
+  EXPECT_NE(failureOf([&] { receiver->settle(); }).find("(OVERFLOW)"), std::string::npos);
+  script.overflows = false;
   script.unplugged = true;
   EXPECT_EQ(
       failureOf([&] { receiver->read(block); }),

@@ -18,6 +18,7 @@ struct Script {
   std::string format = SOAPY_SDR_CS16;
   std::deque<int> codes;                   // that readStream returns before samples come again
   bool unplugged = false, throws = false;  // readStream times out for ever; everything throws
+  bool overflows = false;                  // readStream reports nothing else
   double step_hz = 1.0;                    // of the synthesiser
   size_t waiting = 0, stale = 0;           // samples there at once; those from the old centre
   size_t delivered = 0;                    // since the last tune
@@ -47,6 +48,7 @@ class ScriptedDevice : public SoapySDR::Device {
       const int code = script.codes.front();
       return script.codes.pop_front(), code;
     }
+    if (script.overflows) return SOAPY_SDR_OVERFLOW;
     if (script.unplugged || (timeout_us == 0 && script.waiting == 0)) return SOAPY_SDR_TIMEOUT;
     for (size_t i = 0; i < 2 * count; i += 2, ++script.delivered) {
       const double mhz = (script.delivered < script.stale ? old_hz_ : hz_) / 1e6;

@@ -107,6 +107,7 @@ class SoapyReceiver final : public IqSource {
   void startStream();
   StreamFormat chooseFormat() const;
   double readBackCentre(double otherwise_hz) const;
+  bool stopAsked() const { return config_.stop && config_.stop(); }
   double deviceHz(double hz) const { return hz / correction_; }
   bool isTunable(double hz) const;
 
@@ -342,7 +343,7 @@ int SoapyReceiver::readStream(std::span<std::complex<float>> block,
 size_t SoapyReceiver::waitForSamples(std::span<std::complex<float>> block) {
   constexpr std::chrono::milliseconds kPatience(100);
   const auto gives_up = Clock::now() + std::chrono::duration<double>(config_.stall_timeout_seconds);
-  while (!config_.stop || !config_.stop()) {
+  while (!stopAsked()) {
     const int got = readStream(block, kPatience);
     if (got > 0) return static_cast<size_t>(got);
     if (Clock::now() >= gives_up) {
@@ -356,12 +357,14 @@ size_t SoapyReceiver::waitForSamples(std::span<std::complex<float>> block) {
 }
 
 /// Takes what the driver has waiting: at most all its buffers, where it says how many, as a machine
-/// that is too slow, or a driver that waits although told not to, never finds it empty.
+/// that is too slow, or a driver that waits although told not to, never finds it empty; and for no
+/// longer than the stream may stall, as a driver in trouble may report overflows and nothing else.
 void SoapyReceiver::drainDriver() {
   const size_t buffers = device_->getNumDirectAccessBuffers(stream_);
   size_t left = buffers > 0 ? buffers * mtu_samples_ : static_cast<size_t>(rate_hz_);
+  const auto gives_up = Clock::now() + std::chrono::duration<double>(config_.stall_timeout_seconds);
   std::vector<std::complex<float>> dropped(mtu_samples_);
-  while (left > 0) {
+  while (left > 0 && !stopAsked() && Clock::now() < gives_up) {
     const int got = readStream(dropped, std::chrono::microseconds(0));
     if (got == SOAPY_SDR_OVERFLOW) continue;  // the samples after the gap may be waiting as well
     if (got <= 0) return;
