@@ -75,6 +75,11 @@ TEST_F(LiveReceiver, OutlivesOverflowsAndErrorsButNotTheDevicesEnd) {
   receiver.reset();
   EXPECT_EQ(script.calls, "dc closed");
   script = {};
+  script.unplugged = true;
+  EXPECT_NE(failureOf([&] { openReceiver(config); }).find("cannot start the stream"),
+            std::string::npos);
+  EXPECT_EQ(script.calls, "dc closed");
+  script = {};
   config.stop = [] { return true; };
   EXPECT_EQ(openReceiver(config)->read(block), 0U);
 }

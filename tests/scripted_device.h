@@ -39,6 +39,12 @@ class ScriptedDevice : public SoapySDR::Device {
                                 const Kwargs&) override {
     return reinterpret_cast<SoapySDR::Stream*>(this);
   }
+  int activateStream(SoapySDR::Stream*, int, long long, size_t) override {
+    return script.unplugged ? SOAPY_SDR_STREAM_ERROR : 0;
+  }
+  int deactivateStream(SoapySDR::Stream*, int, long long) override {
+    return script.throws ? throw std::runtime_error("usb gone") : 0;
+  }
   void closeStream(SoapySDR::Stream*) override { script.calls += "closed"; }
   size_t getStreamMTU(SoapySDR::Stream*) const override { return 100; }
   int readStream(SoapySDR::Stream*, void* const* buffers, size_t count, int&, long long&,

@@ -81,6 +81,10 @@ class SoapyReceiver final : public IqSource {
   struct Unmake {
     void operator()(SoapySDR::Device* device) const noexcept;
   };
+  struct CloseStream {
+    SoapySDR::Device* device;
+    void operator()(SoapySDR::Stream* stream) const noexcept;
+  };
 
   [[noreturn]] void fail(const std::string& what) const {
     throw SourceError(fmt::format("{}: {}", config_.device, what));
@@ -117,7 +121,7 @@ class SoapyReceiver final : public IqSource {
 
   ReceiverConfig config_;
   std::unique_ptr<SoapySDR::Device, Unmake> device_;
-  SoapySDR::Stream* stream_ = nullptr;
+  std::unique_ptr<SoapySDR::Stream, CloseStream> stream_{nullptr, {nullptr}};
   StreamFormat format_{};
   std::vector<std::byte> raw_;
   size_t mtu_samples_ = 0;
@@ -133,6 +137,13 @@ void SoapyReceiver::Unmake::operator()(SoapySDR::Device* device) const noexcept 
   try {
     SoapySDR::Device::unmake(device);
   } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): it is gone either way
+  }
+}
+
+void SoapyReceiver::CloseStream::operator()(SoapySDR::Stream* stream) const noexcept {
+  try {
+    device->closeStream(stream);
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): an unplugged device may object
   }
 }
 
@@ -163,8 +174,7 @@ SoapyReceiver::SoapyReceiver(const ReceiverConfig& config) : config_(config) {
 SoapyReceiver::~SoapyReceiver() {
   if (stream_ == nullptr) return;
   try {
-    device_->deactivateStream(stream_);
-    device_->closeStream(stream_);
+    device_->deactivateStream(stream_.get());
   } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): an unplugged device may object
   }
 }
@@ -269,10 +279,10 @@ StreamFormat SoapyReceiver::chooseFormat() const {
 
 void SoapyReceiver::startStream() {
   format_ = chooseFormat();
-  stream_ = device_->setupStream(kRx, format_.name, {kChannel});
+  stream_ = {device_->setupStream(kRx, format_.name, {kChannel}), {device_.get()}};
   if (stream_ == nullptr) fail("cannot start the stream");
-  mtu_samples_ = std::max<size_t>(device_->getStreamMTU(stream_), 1);
-  const int status = device_->activateStream(stream_);
+  mtu_samples_ = std::max<size_t>(device_->getStreamMTU(stream_.get()), 1);
+  const int status = device_->activateStream(stream_.get());
   if (status != 0) fail(fmt::format("cannot start the stream: {}", SoapySDR::errToStr(status)));
 }
 
@@ -325,7 +335,7 @@ int SoapyReceiver::readStream(std::span<std::complex<float>> block,
     int flags = 0;
     long long time_ns = 0;
     const std::array<void*, 1> buffers = {into};
-    const int got = device_->readStream(stream_, buffers.data(), wanted, flags, time_ns,
+    const int got = device_->readStream(stream_.get(), buffers.data(), wanted, flags, time_ns,
                                         static_cast<long>(timeout.count()));
     if (got == SOAPY_SDR_OVERFLOW || (flags & SOAPY_SDR_END_ABRUPT) != 0) ++overflows_;
     if (got <= 0) return got;
@@ -360,7 +370,7 @@ size_t SoapyReceiver::waitForSamples(std::span<std::complex<float>> block) {
 /// that is too slow, or a driver that waits although told not to, never finds it empty; and for no
 /// longer than the stream may stall, as a driver in trouble may report overflows and nothing else.
 void SoapyReceiver::drainDriver() {
-  const size_t buffers = device_->getNumDirectAccessBuffers(stream_);
+  const size_t buffers = device_->getNumDirectAccessBuffers(stream_.get());
   size_t left = buffers > 0 ? buffers * mtu_samples_ : static_cast<size_t>(rate_hz_);
   const auto gives_up = Clock::now() + std::chrono::duration<double>(config_.stall_timeout_seconds);
   std::vector<std::complex<float>> dropped(mtu_samples_);
