@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -129,7 +130,11 @@ StartTime startTime(const Options& options, const IqSource& source) {
   }
   const int64_t file_ms =
       int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000;
-  return {file_ms + offset_ms, "the age of its file"};
+  // The file was last written when the recording ended.
+  const double length_seconds =
+      static_cast<double>(source.lengthSamples().value_or(0)) / source.sampleRateHz();
+  const auto length_ms = static_cast<int64_t>(std::min(length_seconds, 1e9) * 1000.0);
+  return {file_ms - length_ms + offset_ms, "the age of its file"};
 }
 
 std::filesystem::path liveSurveyDirectory(const char* home) {

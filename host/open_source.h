@@ -27,7 +27,7 @@ struct StartTime {
 };
 
 /// When the source's first sample is taken to have been received: as the command line says, as the
-/// source knows, the age of a recording's file, else now.
+/// source knows, as long before the age of a recording's file as it lasts, else now.
 StartTime startTime(const Options& options, const IqSource& source);
 
 /// Where a survey by a live receiver is kept: the directory that the plug-in has by itself, so that

@@ -84,6 +84,11 @@ expect 0 "known after 2 dwells" two.sigmf-meta
 check grep -q "dwell_seconds = 0.008" two.survey/survey.cfg
 expect 0 "give --dwell 0.008" two.sigmf-meta --dwell 0.1
 
+# A file is as old as the end of its recording.
+truncate -s 240000000 old_433M_1M.cu8
+touch -d 2024-01-01T00:02:00Z old_433M_1M.cu8
+expect 0 "2024-01-01T00:00:05Z      from the age of its file" old_433M_1M.cu8 --info --offset 5
+
 # Damage: what is there is surveyed, and the run says what was wrong and fails.
 head -c 30000 tone.wav > cut.wav
 expect 1 "promises 32000 bytes of samples, 29956 are there" cut.wav --frequency 433M

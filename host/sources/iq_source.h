@@ -53,6 +53,9 @@ class IqSource {
   /// does not. The last stay does not count: nothing cuts its dwell off.
   virtual std::optional<double> shortestStaySeconds() const { return std::nullopt; }
 
+  /// How many samples there are in all, where that is known before the end.
+  virtual std::optional<uint64_t> lengthSamples() const { return std::nullopt; }
+
   /// What is known of the source as it was opened: format, rate, centre, start, length and what
   /// else there is. Empty: rate and centre, which go without saying.
   virtual std::vector<SourceFact> facts() const { return {}; }

@@ -22,11 +22,10 @@ class RawRecording final : public Recording {
   /// Blocks are full but for the last, however the bytes arrive, so a survey of a pipe is cut into
   /// dwells like one of a file. Waiting for a pipe ends when the user asks for the end.
   size_t read(std::span<std::complex<float>> block) override;
+  std::optional<uint64_t> lengthSamples() const override;
   uint64_t skip(uint64_t samples) override;
 
  private:
-  std::optional<uint64_t> lengthSamples() const override;
-
   const SampleFormat& format_;
   std::unique_ptr<ByteStream> stream_;
   std::vector<std::byte> bytes_;

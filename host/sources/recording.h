@@ -56,9 +56,6 @@ class Recording : public IqSource {
   /// Throws as requireKnown does.
   void setFacts(RecordingFacts facts);
 
-  /// How many samples there are, where it is known.
-  virtual std::optional<uint64_t> lengthSamples() const = 0;
-
   const RecordingFacts& known() const { return facts_; }
 
   /// For when the end has been read: `what` is wrong, such as "it was cut".

@@ -21,6 +21,7 @@ class ReplayedSource final : public IqSource {
   double centreHz() const override { return centre_hz_; }
   std::optional<int64_t> startUnixMs() const override { return start_unix_ms_; }
   std::optional<int64_t> nextUnixMs() const override { return next_unix_ms_; }
+  std::optional<uint64_t> lengthSamples() const override { return source_->lengthSamples(); }
   std::vector<SourceFact> facts() const override { return source_->facts(); }
   std::optional<double> shortestStaySeconds() const override {
     return source_->shortestStaySeconds();

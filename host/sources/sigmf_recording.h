@@ -24,11 +24,11 @@ class SigmfRecording final : public Recording {
   std::optional<int64_t> nextUnixMs() const override;
   std::vector<SourceFact> facts() const override;
   std::optional<double> shortestStaySeconds() const override;
+  std::optional<uint64_t> lengthSamples() const override;
   size_t read(std::span<std::complex<float>> block) override;
   uint64_t skip(uint64_t samples) override;
 
  private:
-  std::optional<uint64_t> lengthSamples() const override;
   void enterNextSegment();
 
   SigmfMeta meta_;

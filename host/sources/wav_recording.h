@@ -29,12 +29,11 @@ class WavRecording final : public Recording {
   /// What is `told` stands over the header, the header over the file's name.
   WavRecording(const std::filesystem::path& path, const RecordingFacts& told);
 
+  std::optional<uint64_t> lengthSamples() const override;
   size_t read(std::span<std::complex<float>> block) override;
   uint64_t skip(uint64_t samples) override;
 
  private:
-  std::optional<uint64_t> lengthSamples() const override;
-
   void checkLength();
 
   WavFile file_;
