@@ -281,6 +281,12 @@ TEST_F(Recordings, ComeFromArchivesThatHideNothing) {
   const std::string data = tarMember("d/x.sigmf-data", "\1\2\3\4");
   dir_.write("x.sigmf", data + tarMember("d/x.sigmf-meta", meta) + end);
   EXPECT_EQ(readAll(*open("x.sigmf")).size(), 2u);
+  dir_.write("UP.SIGMF", dir_.read("x.sigmf"));
+  EXPECT_EQ(readAll(*open("UP.SIGMF")).size(), 2u);
+  dir_.write("UP.SIGMF-META", meta);
+  dir_.write("UP.SIGMF-DATA", "1234");
+  EXPECT_EQ(readAll(*open("UP.SIGMF-META")).size(), 2u);
+  EXPECT_EQ(readAll(*open("UP.SIGMF-DATA")).size(), 2u);
   const std::vector<std::pair<std::string, const char*>> cases = {
       {tarMember("../x.sigmf-meta", meta) + data + end, "leads out of the archive"},
       {tarMember("/x.sigmf-meta", meta) + data + end, "leads out of the archive"},

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "host/sources/letter_case.h"
 #include "host/sources/raw_recording.h"
 #include "host/sources/sample_format.h"
 #include "host/sources/sigmf_recording.h"
@@ -16,12 +17,7 @@ namespace pelagrim_host {
 namespace {
 
 bool isOneOf(const std::string& extension, std::initializer_list<const char*> extensions) {
-  const auto lower = [](std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return std::tolower(c); });
-    return text;
-  };
-  return std::find(extensions.begin(), extensions.end(), lower(extension)) != extensions.end();
+  return std::find(extensions.begin(), extensions.end(), lowerCase(extension)) != extensions.end();
 }
 
 std::unique_ptr<IqSource> openRaw(const RecordingRequest& request) {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
 #include <string>
 #include <system_error>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "host/quantity_text.h"
+#include "host/sources/letter_case.h"
 
 namespace pelagrim_host {
 namespace {
@@ -61,12 +61,6 @@ bool isDigit(char c) {
 
 bool areDigits(std::string_view text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), isDigit);
-}
-
-std::string lowerCase(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return lower;
 }
 
 std::vector<std::string_view> wordsOf(std::string_view text) {
@@ -157,7 +151,7 @@ class NameReader {
   }
 
   void readWord(std::string_view word) {
-    if (const SampleFormat* const format = findSampleFormat(lowerCase(word))) {
+    if (const SampleFormat* const format = findSampleFormat(lowerCase(std::string(word)))) {
       found_.format = format;
       return;
     }
@@ -174,7 +168,7 @@ class NameReader {
       if (word.empty() && hz > 0.0 && hz <= kMostCentreHz) found_.centre_hz = hz;
       return;
     }
-    const std::string lower = lowerCase(word);
+    const std::string lower = lowerCase(std::string(word));
     for (const Unit& unit : kUnits) {
       if (unit.text != word && (unit.text.size() == 1 || unit.text != lower)) continue;
       const double hz = *value * unit.scale;
@@ -204,7 +198,7 @@ const SampleFormat* formatOfExtension(const std::string& extension) {
 RecordingName parseRecordingName(std::string_view file_name) {
   const size_t point = std::min(file_name.rfind('.'), file_name.size());
   const std::string extension =
-      point < file_name.size() ? lowerCase(file_name.substr(point + 1)) : "";
+      point < file_name.size() ? lowerCase(std::string(file_name.substr(point + 1))) : "";
   NameReader reader(extension == "wav" || extension == "wave" || extension == "rf64");
   const auto words = wordsOf(file_name.substr(0, point));
   if (!words.empty()) reader.read(words);

@@ -8,6 +8,7 @@
 
 #include "host/quantity_text.h"
 #include "host/signals.h"
+#include "host/sources/letter_case.h"
 #include "host/sources/sha512.h"
 #include "host/sources/sigmf_archive.h"
 
@@ -23,10 +24,19 @@ std::string readMetaFile(const std::filesystem::path& path) {
   return text;
 }
 
+/// The file of that extension, in lower case, which `path` is or lies beside; some systems write
+/// names in capitals.
+std::filesystem::path fileOfPair(const std::filesystem::path& path, const std::string& extension) {
+  if (lowerCase(path.extension().string()) == extension) return path;
+  const auto beside = std::filesystem::path(path).replace_extension(extension);
+  const auto in_capitals = std::filesystem::path(path).replace_extension(upperCase(extension));
+  return !std::filesystem::exists(beside) && std::filesystem::exists(in_capitals) ? in_capitals
+                                                                                  : beside;
+}
+
 std::filesystem::path dataFile(const std::filesystem::path& meta_path, const SigmfMeta& meta) {
   if (meta.dataset.empty()) {
-    auto path = meta_path;
-    path.replace_extension(".sigmf-data");
+    auto path = fileOfPair(meta_path, ".sigmf-data");
     if (!std::filesystem::exists(path)) {
       throw SigmfError(
           fmt::format("it is metadata alone: there is no {} beside it", path.filename().string()));
@@ -45,8 +55,8 @@ std::filesystem::path dataFile(const std::filesystem::path& meta_path, const Sig
 SigmfRecording::SigmfRecording(const std::filesystem::path& path, const RecordingFacts& told,
                                bool verify, const RemarkSink& remark)
     : Recording(path.filename().string()) {
-  const bool is_archive = path.extension() == ".sigmf";
-  const auto meta_path = std::filesystem::path(path).replace_extension(".sigmf-meta");
+  const bool is_archive = lowerCase(path.extension().string()) == ".sigmf";
+  const auto meta_path = fileOfPair(path, ".sigmf-meta");
   try {
     meta_ = parseSigmfMeta(is_archive ? sigmfArchiveMeta(path) : readMetaFile(meta_path));
     const auto data_path = is_archive ? path : dataFile(meta_path, meta_);

@@ -8,7 +8,6 @@
 #include <SoapySDR/Logger.hpp>
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -16,6 +15,7 @@
 #include <thread>
 
 #include "host/quantity_text.h"
+#include "host/sources/letter_case.h"
 #include "host/sources/sample_format.h"
 
 namespace pelagrim_host {
@@ -260,9 +260,7 @@ StreamFormat SoapyReceiver::chooseFormat() const {
   // A driver that converts to floats scales them to 1.0 itself.
   if (offers_floats || native.empty()) return {SOAPY_SDR_CF32, nullptr, 1.0F};
 
-  std::string name = native;
-  std::transform(name.begin(), name.end(), name.begin(),
-                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  const std::string name = lowerCase(native);
   const SampleFormat* const convert = findSampleFormat(name);
   if (convert == nullptr) {
     fail(fmt::format("the driver offers only samples of format {}, not one of {}", native,
