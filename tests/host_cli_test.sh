@@ -38,6 +38,8 @@ expect 2 "give --sample-rate" noise.cu8
 expect 2 "give --frequency" noise.cu8 --sample-rate 1M
 expect 2 "give --format with cu8, " noise.bin --sample-rate 1M --frequency 1M
 expect 1 "cannot open gone.cu8: No such file" gone.cu8 --sample-rate 1M --frequency 1M
+mkdir folder.wav
+expect 1 "folder.wav is a directory; name a recording" folder.wav
 expect 1 "no samples" empty.cs16 --sample-rate 1M --frequency 1M
 expect 1 "behind its end" noise.cu8 --sample-rate 1M --frequency 1M --offset 1
 expect 1 "last 1 of its bytes" noise.cu8 --sample-rate 1M --frequency 433M --loop 3
@@ -109,11 +111,17 @@ expect 1 "cannot open gone␊␛[2J.cu8" $'gone\n\e[2J.cu8' "${time[@]}"
 expect 0 "" noise.cu8 --dir file "${time[@]}"
 "$program" - --format cu8 --dir pipe "${time[@]}" < <(cat noise.cu8) > /dev/null 2>&1
 check cmp file/survey.csv pipe/survey.csv
+mkfifo fifo_433M_1M.cu8
+"$program" fifo_433M_1M.cu8 --offset 1 > fifo.txt 2>&1 &
+waiting=$!
 "$program" --dir c --duration 1e9 > run.txt &
 survey=$!
 for _ in $(seq 100); do grep -q "1 dwell" run.txt && break; sleep 0.1; done
-kill -INT $survey
+kill -INT $survey $waiting
 wait $survey
 check [ $? = 0 ]
+wait $waiting
+check [ $? = 0 ]
+check grep -q "stopped on request" fifo.txt
 check grep -q "survey written to c/survey.csv" run.txt
 exit $((failures > 0))

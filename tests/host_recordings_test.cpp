@@ -174,7 +174,8 @@ class Recordings : public ::testing::Test {
         {std::string(wav).replace(16, 4, number(4)), "cannot be read as WAV"},  // header's size
         {std::string(wav).replace(16, 4, number(1U << 31U)), "cannot be read as WAV"},
         {std::string(wav).replace(22, 2, "\1\0", 2), "1 channel; I/Q takes two"},
-        {std::string(wav).replace(24, 4, number(0)), "cannot be read as WAV"}};  // rate
+        {std::string(wav).replace(24, 4, number(0)), "WAV: its header gives a sample rate of 0 Hz"},
+        {std::string(wav).replace(24, 4, number(UINT32_MAX)), "sample rate of 4294967295 Hz"}};
     for (const auto& [bytes, words] : refused) {
       dir_.write("z_100M.wav", bytes);
       EXPECT_NE(refusal("z_100M.wav").find(words), std::string::npos) << refusal("z_100M.wav");

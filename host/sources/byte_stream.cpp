@@ -30,11 +30,13 @@ bool waitForBytes(int file) {
 
 constexpr int kPipeBytes = 1 << 20;  // the most that is allowed to everybody
 
+// Opened without blocking, for a named pipe that nobody writes to yet would hold the program where
+// a request to end does not reach it; reading waits by itself.
 class FileBytes final : public ByteStream {
  public:
   explicit FileBytes(const std::filesystem::path& path)
       : name_(path == "-" ? "standard input" : path.string()),
-        file_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+        file_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
     if (file_ < 0) {
       throw SourceError(fmt::format("cannot open {}: {}", name_, std::strerror(errno)));
     }

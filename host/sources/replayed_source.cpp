@@ -6,6 +6,8 @@
 #include <cmath>
 #include <utility>
 
+#include "host/signals.h"
+
 namespace pelagrim_host {
 
 ReplayedSource::ReplayedSource(Open open, uint64_t plays, double offset_seconds)
@@ -61,7 +63,7 @@ void ReplayedSource::start() {
   ++plays_begun_;
   const auto wanted = static_cast<uint64_t>(std::llround(offset_seconds_ * sampleRateHz()));
   const uint64_t skipped = source_->skip(wanted);
-  if (skipped < wanted) {
+  if (skipped < wanted && !stopRequested()) {
     throw SourceError(
         fmt::format("{}: it is only {:.3f} s long, so --offset {} lies behind its end", name(),
                     static_cast<double>(skipped) / sampleRateHz(), offset_seconds_));

@@ -26,6 +26,8 @@ SF_CHUNK_ITERATOR* findChunk(SNDFILE* sound, const char* id, SF_CHUNK_INFO& chun
 // not, less a header.
 constexpr uint64_t kUnknownFrom = 0x7FFF0000;
 
+constexpr uint64_t kRateByte = 12;  // in the chunk "fmt "
+
 /// A number of 32 bits at `byte`; 0 past the end.
 uint32_t numberAt(int file, uint64_t byte) {
   uint32_t number = 0;  // little-endian, as this machine is
@@ -120,7 +122,14 @@ WavFile::WavFile(const std::filesystem::path& path, const std::string& name)
   if (position_.file < 0) {
     throw SourceError(fmt::format("cannot open {}: {}", path.string(), std::strerror(errno)));
   }
-  sound_.reset(sf_open_fd(position_.file, SFM_READ, &info_, SF_FALSE));
+  struct stat status = {};
+  if (fstat(position_.file, &status) == 0 && S_ISDIR(status.st_mode)) {
+    close(position_.file);
+    throw SourceError(fmt::format("{} is a directory; name a recording", path.string()));
+  }
+  // One of its own, for where the library fails it closes it, asked to or not.
+  const int for_library = fcntl(position_.file, F_DUPFD_CLOEXEC, 0);
+  sound_.reset(sf_open_fd(for_library, SFM_READ, &info_, SF_TRUE));
   if (sound_ && lengthIsUnknown()) {
     SF_VIRTUAL_IO mended = {fileLength, seekFile, readFile, nullptr, tellFile};
     info_ = {};
@@ -129,6 +138,10 @@ WavFile::WavFile(const std::filesystem::path& path, const std::string& name)
   if (sound_) return;
   std::string reason = sf_strerror(nullptr);
   while (!reason.empty() && (reason.back() == '.' || reason.back() == '\n')) reason.pop_back();
+  const uint32_t rate_hz = numberAt(position_.file, chunkBegin(position_.file, "fmt ") + kRateByte);
+  if (reason.starts_with("Internal error") && (rate_hz == 0 || rate_hz > INT32_MAX)) {
+    reason = fmt::format("its header gives a sample rate of {} Hz", rate_hz);
+  }
   close(position_.file);
   throw SourceError(fmt::format("{}: cannot be read as WAV: {}", name, reason));
 }
