@@ -55,6 +55,13 @@ TEST_F(LiveReceiver, RefusesATuneTruthfullyAndSaysWhereItIs) {
   EXPECT_EQ(failureOf([&] { receiver->tune(100e6); }),
             "driver=scripted: the device stays at 77.000 MHz");
   EXPECT_EQ(receiver->centreHz(), 77e6);
+  config.ppm = 2.5;
+  for (const bool takes_whole_ppm : {false, true}) {
+    script = {};
+    script.takes_ppm = takes_whole_ppm;
+    EXPECT_EQ(openReceiver(config)->centreHz(), 200e6);
+    EXPECT_NEAR(script.sent_hz, takes_whole_ppm ? 199'999'900.0 : 199'999'500.0, 0.01);
+  }
 }
 
 TEST_F(LiveReceiver, OutlivesOverflowsAndErrorsButNotTheDevicesEnd) {

@@ -20,8 +20,10 @@ struct Script {
   bool unplugged = false, throws = false;  // readStream times out for ever; everything throws
   bool overflows = false;                  // readStream reports nothing else
   double step_hz = 1.0;                    // of the synthesiser
-  size_t waiting = 0, stale = 0;           // samples there at once; those from the old centre
-  size_t delivered = 0;                    // since the last tune
+  bool takes_ppm = false;                  // whole ones
+  double sent_hz = 0.0;
+  size_t waiting = 0, stale = 0;  // samples there at once; those from the old centre
+  size_t delivered = 0;           // since the last tune
   std::string calls;
 };
 inline Script script;
@@ -80,7 +82,11 @@ class ScriptedDevice : public SoapySDR::Device {
     script.calls += name + std::to_string(static_cast<int>(db)) + " ";
   }
   SoapySDR::Range getGainRange(int, size_t, const std::string&) const override { return {0, 30}; }
+  bool hasFrequencyCorrection(int, size_t) const override { return script.takes_ppm; }
+  void setFrequencyCorrection(int, size_t, double ppm) override { ppm_ = std::trunc(ppm); }
+  double getFrequencyCorrection(int, size_t) const override { return ppm_; }
   void setFrequency(int, size_t, double hz, const Kwargs&) override {
+    script.sent_hz = hz;
     if (script.throws) throw std::runtime_error("no lock");
     old_hz_ = std::exchange(hz_, std::round(hz / script.step_hz) * script.step_hz);
     script.delivered = 0;
@@ -88,7 +94,7 @@ class ScriptedDevice : public SoapySDR::Device {
   double getFrequency(int, size_t) const override { return hz_; }
   Ranges getFrequencyRange(int, size_t) const override { return {{24e6, 400e6}, {500e6, 1700e6}}; }
   Ranges getSampleRateRange(int, size_t) const override { return {{225e3, 300e3}, {1e6, 1e6}}; }
-  double hz_ = 100e6, old_hz_ = 0.0;
+  double hz_ = 100e6, old_hz_ = 0.0, ppm_ = 0.0;
 };
 
 inline const SoapySDR::Registry kDriver(

@@ -127,7 +127,8 @@ class SoapyReceiver final : public IqSource {
   size_t mtu_samples_ = 0;
   double rate_hz_ = 0.0;
   double centre_hz_ = 0.0;
-  double correction_ = 1.0;  ///< true frequency per frequency of the device, where it corrects none
+  double correction_ =
+      1.0;  ///< true frequency per frequency of the device, for what it corrects not
   SoapySDR::RangeList tuning_ranges_;
   bool needs_settling_ = true;
   uint64_t overflows_ = 0;
@@ -198,11 +199,14 @@ void SoapyReceiver::chooseAntenna() {
 }
 
 void SoapyReceiver::correctCrystal() {
+  double left_ppm = config_.ppm;
   if (device_->hasFrequencyCorrection(kRx, kChannel)) {
     device_->setFrequencyCorrection(kRx, kChannel, config_.ppm);
-  } else {
-    correction_ = 1.0 + 1e-6 * config_.ppm;
+    left_ppm -= device_->getFrequencyCorrection(kRx, kChannel);
+    // Some drivers take whole numbers. More than a fraction is left where one cannot tell.
+    if (!(std::abs(left_ppm) < 1.0)) left_ppm = 0.0;
   }
+  correction_ = 1.0 + 1e-6 * left_ppm;
 }
 
 void SoapyReceiver::setRate() {
