@@ -36,6 +36,7 @@ head -c 16387 /dev/urandom > noise.cu8
 : > empty.cs16
 expect 2 "give --sample-rate" noise.cu8
 expect 2 "give --frequency" noise.cu8 --sample-rate 1M
+expect 0 "format      cs8 " noise.cu8 --sample-rate 1M --frequency 1M --format CS8 --info
 expect 2 "give --format with cu8, " noise.bin --sample-rate 1M --frequency 1M
 expect 1 "cannot open gone.cu8: No such file" gone.cu8 --sample-rate 1M --frequency 1M
 mkdir folder.wav

@@ -26,11 +26,12 @@ std::unique_ptr<IqSource> openRaw(const RecordingRequest& request) {
   RecordingFacts facts = request.told;
   if (has_name) facts = firstKnown(facts, factsOfName(path.filename().string()));
   requireKnown(request.source, facts);
-  const SampleFormat* const format = findSampleFormat(facts.format->value);
+  const SampleFormat* const format = findSampleFormat(lowerCase(facts.format->value));
   if (format == nullptr) {
     throw UsageError(fmt::format("--format {} is not known; there are {}", facts.format->value,
                                  sampleFormatNames()));
   }
+  facts.format->value = format->name;
   return std::make_unique<RawRecording>(path, *format, std::move(facts));
 }
 
