@@ -49,6 +49,9 @@ TEST(RecordingName, ReadsWhatRecordersWrite) {
     EXPECT_EQ(name.start_unix_ms.value_or(0), c.start_unix_ms) << c.name;
     EXPECT_EQ(name.format == nullptr ? "" : name.format->name, c.format) << c.name;
   }
+  for (const auto& [told_centre_hz, rate_hz] : {std::pair(1575.42e6, 4e6), {4.1e6, 0.0}}) {
+    EXPECT_EQ(parseRecordingName("x_4MHz_cf32.iq", told_centre_hz).rate_hz.value_or(0), rate_hz);
+  }
 }
 
 std::string metaText(const std::string& global, const std::string& captures = "{}") {

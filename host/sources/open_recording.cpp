@@ -24,7 +24,11 @@ std::unique_ptr<IqSource> openRaw(const RecordingRequest& request) {
   const std::filesystem::path path(request.source);
   const bool has_name = request.source != "-";
   RecordingFacts facts = request.told;
-  if (has_name) facts = firstKnown(facts, factsOfName(path.filename().string()));
+  if (has_name) {
+    const auto& centre = request.told.centre_hz;
+    facts = firstKnown(facts, factsOfName(path.filename().string(),
+                                          centre ? std::optional(centre->value) : std::nullopt));
+  }
   requireKnown(request.source, facts);
   const SampleFormat* const format = findSampleFormat(lowerCase(facts.format->value));
   if (format == nullptr) {

@@ -35,8 +35,8 @@ RecordingFacts firstKnown(RecordingFacts facts, const RecordingFacts& otherwise)
   return facts;
 }
 
-RecordingFacts factsOfName(std::string_view file_name) {
-  const RecordingName name = parseRecordingName(file_name);
+RecordingFacts factsOfName(std::string_view file_name, std::optional<double> told_centre_hz) {
+  const RecordingName name = parseRecordingName(file_name, told_centre_hz);
   RecordingFacts facts;
   if (name.format != nullptr) facts.format = {std::string(name.format->name), kFileName};
   if (name.rate_hz) facts.rate_hz = {*name.rate_hz, kFileName};

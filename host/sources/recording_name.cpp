@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -108,7 +109,8 @@ std::optional<int64_t> momentOf(std::string_view date, std::string_view time) {
 /// Gathers what the words say.
 class NameReader {
  public:
-  explicit NameReader(bool rate_is_elsewhere) : rate_is_elsewhere_(rate_is_elsewhere) {}
+  NameReader(bool rate_is_elsewhere, std::optional<double> told_centre_hz)
+      : rate_is_elsewhere_(rate_is_elsewhere), told_centre_hz_(told_centre_hz) {}
 
   void read(const std::vector<std::string_view>& words) {
     const bool by_gqrx = words.front() == "gqrx";
@@ -133,13 +135,21 @@ class NameReader {
     if (frequencies_.empty()) return name;
     const bool unclear = frequencies_.size() == 1 && may_be_rate_ && !name.centre_hz &&
                          !name.rate_hz && !rate_is_elsewhere_ && frequencies_[0] <= kMostRateHz;
-    if (unclear) return name;
+    if (unclear) {
+      if (isNoCentre(frequencies_[0])) setRate(name, frequencies_[0]);
+      return name;
+    }
     if (!name.centre_hz) name.centre_hz = frequencies_[0];
     if (!name.rate_hz && frequencies_.size() > 1) setRate(name, frequencies_[1]);
     return name;
   }
 
  private:
+  /// Whether the centre is told and `hz` cannot be a rounding of it.
+  bool isNoCentre(double hz) const {
+    return told_centre_hz_ && std::abs(hz - *told_centre_hz_) > 0.1 * hz;
+  }
+
   static void setRate(RecordingName& name, double rate_hz) {
     if (!name.rate_hz && rate_hz >= 1.0 && rate_hz <= kMostRateHz) name.rate_hz = rate_hz;
   }
@@ -181,6 +191,7 @@ class NameReader {
   }
 
   bool rate_is_elsewhere_;
+  std::optional<double> told_centre_hz_;
   RecordingName found_;
   std::vector<double> frequencies_;  ///< in the name's order
   bool may_be_rate_ = false;         ///< the first of them
@@ -195,11 +206,12 @@ const SampleFormat* formatOfExtension(const std::string& extension) {
 
 }  // namespace
 
-RecordingName parseRecordingName(std::string_view file_name) {
+RecordingName parseRecordingName(std::string_view file_name, std::optional<double> told_centre_hz) {
   const size_t point = std::min(file_name.rfind('.'), file_name.size());
   const std::string extension =
       point < file_name.size() ? lowerCase(std::string(file_name.substr(point + 1))) : "";
-  NameReader reader(extension == "wav" || extension == "wave" || extension == "rf64");
+  NameReader reader(extension == "wav" || extension == "wave" || extension == "rf64",
+                    told_centre_hz);
   const auto words = wordsOf(file_name.substr(0, point));
   if (!words.empty()) reader.read(words);
   RecordingName name = reader.result();
