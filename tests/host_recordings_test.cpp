@@ -153,12 +153,14 @@ class Recordings : public ::testing::Test {
       const char* damage;
     };
     constexpr uint64_t kFiveGigasamples = 5'000'000'000;
+    const char* const on =
+        "y_100M.wav: it goes on for 19999999600 bytes after the samples that its "
+        "header promises, which alone were surveyed";
     const Longer longer[] = {
         {UINT32_MAX, "", kFiveGigasamples, ""},  // lengths that 32 bits cannot hold
         {0x80000000 - 36, "", kFiveGigasamples, ""},
-        {0, "", kFiveGigasamples, ""},
-        {400, "", 100, "goes on for 19999999600 bytes after the samples"},
-        {400, "LIST" + number(0xFFFF0000), 100, "goes on"},
+        {400, "", 100, on},
+        {400, "LIST" + number(0xFFFF0000), 100, on},
         {400, "LIST" + number(5000) + std::string(5000, 'x') + "id3 " + number(8000), 100, ""}};
     for (const Longer& c : longer) {
       std::string file = wav;
@@ -168,17 +170,15 @@ class Recordings : public ::testing::Test {
       const auto source = open("y_100M.wav");
       EXPECT_EQ(source->skip(2 * kFiveGigasamples), c.samples) << c.data_bytes;
       EXPECT_EQ(readAll(*source).size(), 0u);
-      const std::string damage = source->damage().value_or("");
-      EXPECT_NE(damage.find(c.damage), std::string::npos) << damage;
-      EXPECT_EQ(damage.empty(), *c.damage == '\0') << damage;
+      EXPECT_EQ(source->damage().value_or(""), c.damage);
     }
     const std::pair<std::string, const char*> refused[] = {
         {wav.substr(0, 30), "cannot be read as WAV"},
         {std::string(wav).replace(16, 4, number(4)), "cannot be read as WAV"},  // header's size
         {std::string(wav).replace(16, 4, number(1U << 31U)), "cannot be read as WAV"},
         {std::string(wav).replace(22, 2, "\1\0", 2), "1 channel; I/Q takes two"},
-        {std::string(wav).replace(24, 4, number(0)), "WAV: its header gives a sample rate of 0 Hz"},
-        {std::string(wav).replace(24, 4, number(UINT32_MAX)), "sample rate of 4294967295 Hz"}};
+        {std::string(wav).replace(24, 4, number(0)),
+         "WAV: its header gives a sample rate of 0 Hz"}};
     for (const auto& [bytes, words] : refused) {
       dir_.write("z_100M.wav", bytes);
       EXPECT_NE(refusal("z_100M.wav").find(words), std::string::npos) << refusal("z_100M.wav");

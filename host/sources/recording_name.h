@@ -25,8 +25,8 @@ struct RecordingName {
 ///   HFDL_test_12k_cf13270_df13270.wav              rate, centre in kHz
 /// Of several frequencies in Hz, kHz, M or G the first is the centre and the second the rate; "k"
 /// alone and "sps" mark a rate. A single one in M that could be either (x_4MHz.iq) is taken for a
-/// centre in a WAV file, whose header has the rate, and for the rate where the user
-/// says that the centre is elsewhere. Times are taken to be UTC.
+/// centre in a WAV file, whose header has the rate, and for the rate where the user says that the
+/// centre is elsewhere. Times are taken to be UTC.
 ///
 /// `file_name` is without directories; any bytes are allowed. `told_centre_hz`: as the user says.
 /// Never fails.
