@@ -106,7 +106,8 @@ void addSourceOptions(CLI::App& app, Options& options) {
   addParsed(app, "--start-time", parseStart, options.start_unix_ms,
             "a time such as 2024-11-16T12:00:00Z, or Unix milliseconds",
             "When the first sample was received: UTC, or Unix milliseconds.\n"
-            "Else as the recording says, else the age of its file")
+            "Else as the recording says, else by the age of its file,\n"
+            "which was last written when the recording ended")
       ->type_name("TIME");
   addParsed(app, "--simulate", parseFrequencyRange, options.simulated_range, kRange,
             "The simulated band, where it is not the band to survey")

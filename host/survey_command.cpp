@@ -36,8 +36,6 @@ constexpr const char* kDirectoryVariable = "ORVANE_SURVEY_DIR";
 // A simulated band has no end of its own. Two passes show what one misses of those who come and go.
 constexpr uint32_t kSimulatedPasses = 2;
 
-constexpr double kDefaultDwellSeconds = 20.0;  // the plug-in's
-
 void listStations(const Options& options, const std::string& settings) {
   const SimulatedBand band(simulatedBandConfig(options, settings));
   std::string text = fmt::format("{:>14}  {:>10}  {:>9}  {:<10}  {:<22}  {}\n", "Frequency",

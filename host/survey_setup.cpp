@@ -15,7 +15,6 @@ namespace {
 
 constexpr double kDefaultStartHz = 144e6;  // the plug-in's, for keys that survey.cfg lacks
 constexpr double kDefaultStopHz = 146e6;
-constexpr double kDefaultDwellSeconds = 20.0;
 
 // A simulated band takes computing time rather than listening time, so the dwells are short ones.
 constexpr double kSimulatedDwellSeconds = 5.0;

@@ -11,6 +11,8 @@
 
 namespace pelagrim_host {
 
+constexpr double kDefaultDwellSeconds = 20.0;  ///< the plug-in's, where survey.cfg has none
+
 /// The directory for the survey's files: as the command line says, else the environment's
 /// ORVANE_SURVEY_DIR (null when unset), else `fallback`.
 std::filesystem::path chooseSurveyDirectory(const Options& options, const char* from_environment,

@@ -53,7 +53,7 @@ SurveySession::~SurveySession() {
 
 SessionResult SurveySession::run(const std::function<bool()>& stop,
                                  const std::function<bool()>& rescan) {
-  begun_on_wall_ms_ = wallClockMs();
+  begun_ = std::chrono::steady_clock::now();
   start();
   if (settings_.passes && !dwells_) {
     iq_.destroy(handle_);
@@ -116,7 +116,7 @@ void SurveySession::deliver(const std::function<bool()>& stop,
     if (reportMessages() || request) countDwells(looked_at_hz);
     if (request) report_.tuned(*request, told_centre_hz_);
     report_.progress(progress(), panel_);
-    if (settings_.realtime) waitForWallClock(stop);
+    if (settings_.realtime) waitForSamples(stop);
   }
 }
 
@@ -175,13 +175,13 @@ SurveyProgress SurveySession::progress() const {
 }
 
 /// Sleeps until the samples delivered so far would have arrived, in naps that notice `stop`.
-void SurveySession::waitForWallClock(const std::function<bool()>& stop) const {
-  constexpr int64_t kNapMs = 100;
-  const double due_ms = static_cast<double>(samples_) * 1000.0 / source_.sampleRateHz();
+void SurveySession::waitForSamples(const std::function<bool()>& stop) const {
+  constexpr std::chrono::duration<double> kNap(0.1);
+  const std::chrono::duration<double> due(static_cast<double>(samples_) / source_.sampleRateHz());
   while (!stop()) {
-    const int64_t wait_ms = begun_on_wall_ms_ + static_cast<int64_t>(due_ms) - wallClockMs();
-    if (wait_ms <= 0) return;
-    std::this_thread::sleep_for(std::chrono::milliseconds(std::min(wait_ms, kNapMs)));
+    const auto wait = due - (std::chrono::steady_clock::now() - begun_);
+    if (wait.count() <= 0.0) return;
+    std::this_thread::sleep_for(std::min(kNap, std::chrono::duration<double>(wait)));
   }
 }
 

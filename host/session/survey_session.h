@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -63,7 +64,7 @@ class SurveySession {
   bool reportMessages();
   void countDwells(double looked_at_hz);
   SurveyProgress progress() const;
-  void waitForWallClock(const std::function<bool()>& stop) const;
+  void waitForSamples(const std::function<bool()>& stop) const;
 
   const WendleIqApi& iq_;
   const WendleHostClientApi* host_client_;
@@ -78,7 +79,7 @@ class SurveySession {
   size_t block_samples_;
   uint64_t most_samples_;
   uint64_t samples_ = 0;
-  int64_t begun_on_wall_ms_ = 0;
+  std::chrono::steady_clock::time_point begun_;
   double told_centre_hz_ = 0.0;  ///< what the plug-in takes the centre to be
   int64_t dwell_begun_ms_ = 0;
   std::optional<double> dwell_length_seconds_;
