@@ -5,8 +5,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
+
+#include "host/sources/wav_chunks.h"
 
 namespace pelagrim_host {
 
@@ -14,7 +15,8 @@ namespace pelagrim_host {
 class WavFile {
  public:
   /// A header that a recorder never completed, with a length of 0 before samples or one that stands
-  /// for an unknown one, is read as one whose samples fill the file. Throws SourceError, which calls the file `name`.
+  /// for an unknown one, is read as one whose samples fill the file. Throws SourceError, which calls
+  /// the file `name`.
   WavFile(const std::filesystem::path& path, const std::string& name);
   ~WavFile();
   WavFile(const WavFile&) = delete;
@@ -24,27 +26,23 @@ class WavFile {
   struct Position {
     int file;
     sf_count_t byte;
-    sf_count_t
-        data_length_byte;  ///< where to show the length of the samples as unknown; 0: nowhere
+    /// Where to show the length of the samples as unknown; 0: nowhere.
+    sf_count_t data_length_byte;
   };
 
   SNDFILE* sound() const { return sound_.get(); }
   const SF_INFO& info() const { return info_; }
-
-  /// How many bytes of samples the header promises; nothing where a streaming writer could not know.
-  std::optional<uint64_t> promisedBytes() const;
+  const WavChunks& chunks() const { return chunks_; }
 
   /// How many bytes follow the samples that the header promises and are nothing that may follow them.
   uint64_t bytesAfter() const { return bytes_after_; }
-
-  /// The chunk's bytes, at most 4096; nothing when there is none.
-  std::optional<std::string> chunk(const char (&id)[5]) const;
 
  private:
   /// Whether the library has to be told that the samples go on to the end. Else finds bytes_after_.
   bool lengthIsUnknown();
 
   Position position_;
+  WavChunks chunks_;
   SF_INFO info_ = {};
   uint64_t bytes_after_ = 0;
   std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> sound_;

@@ -86,7 +86,7 @@ WavRecording::WavRecording(const std::filesystem::path& path, const RecordingFac
   RecordingFacts facts;
   facts.format = {fmt::format("WAV {}", kind->name), kHeader};
   facts.rate_hz = {static_cast<double>(info.samplerate), kHeader};
-  const std::string auxi_bytes = file_.chunk("auxi").value_or("");
+  const std::string auxi_bytes = file_.chunks().content("auxi");
   const AuxiChunk auxi = parseAuxi(std::as_bytes(std::span(auxi_bytes)));
   if (auxi.centre_hz) facts.centre_hz = {*auxi.centre_hz, kAuxi};
   if (auxi.start_unix_ms) facts.start_unix_ms = {*auxi.start_unix_ms, kAuxi};
@@ -119,7 +119,7 @@ void WavRecording::checkLength() {
                     file_.bytesAfter()));
     return;
   }
-  const auto promised = file_.promisedBytes();
+  const auto promised = file_.chunks().promisedBytes();
   if (!promised || *promised == 0) return;
   const uint64_t there = *lengthSamples() * sample_bytes_;
   if (*promised >= there + sample_bytes_) {

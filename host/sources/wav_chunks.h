@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace pelagrim_host {
+
+/// Where a chunk's content begins, and how long its header says it is.
+struct WavChunk {
+  uint64_t first_byte;
+  uint64_t bytes;
+};
+
+/// The chunks of a RIFF or RF64 file, for what libsndfile does not tell: where they are. Nor may it
+/// be asked for their contents, as it can crash on those of a damaged file. Of any other file, and
+/// behind what is no chunk, there are none.
+class WavChunks {
+ public:
+  /// `file`: a descriptor to read from, which is not closed.
+  explicit WavChunks(int file);
+
+  std::optional<WavChunk> find(std::string_view id) const;
+
+  /// What is in the chunk, at most 4096 bytes; empty when there is none.
+  std::string content(std::string_view id) const;
+
+  /// How many bytes of samples the header promises; nothing where a streaming writer could not know.
+  std::optional<uint64_t> promisedBytes() const;
+
+  /// How many bytes follow the samples, which end at `end`, and are no chunks such as a title; none
+  /// where they are few.
+  uint64_t strayBytes(uint64_t end) const;
+
+  uint64_t fileBytes() const { return file_bytes_; }
+
+ private:
+  uint32_t numberAt(uint64_t byte) const;
+  std::string tagAt(uint64_t byte) const;
+  std::string bytesAt(uint64_t byte, uint64_t count) const;
+
+  int file_;
+  uint64_t file_bytes_ = 0;
+};
+
+}  // namespace pelagrim_host
