@@ -117,6 +117,22 @@ TEST(CompareSurveys, PairsNearestCentresAndTellsChanceFromChange) {
   EXPECT_EQ(compareSurveys(old, now, 5e3)[1].change, Change::kLessOften);
 }
 
+TEST(CompareSurveys, PairsNoChannelsThatLieApartOrDifferInWidth) {
+  const struct {
+    SurveyedChannel old, now;
+    bool is_one;
+    const char* why;
+  } cases[] = {
+      {channelAt(144.62e6, 160e3, 50, 50), channelAt(144.5e6, 10e3, 9, 9), false, "beside it"},
+      {channelAt(144.62e6, 160e3, 50, 50), channelAt(144.62e6, 10e3, 9, 9), false, "within it"},
+      {channelAt(144.62e6, 160e3, 50, 50), channelAt(144.69e6, 60e3, 9, 9), true, "a part of it"},
+      {channelAt(144.62e6, 40, 50, 50), channelAt(144.624e6, 4e3, 9, 9), true, "within a raster"}};
+  for (const auto& [old, now, is_one, why] : cases) {
+    EXPECT_EQ(compareSurveys({now}, {old}, 5e3).size(), is_one ? 1U : 2U) << why;
+    EXPECT_EQ(compareSurveys({old}, {now}, 5e3).size(), is_one ? 1U : 2U) << why;
+  }
+}
+
 TEST(BandSvg, MarksEveryChangeAlsoWhereNoFrequencyHasRoom) {
   ReportData report;
   report.is_compared = true;

@@ -17,6 +17,14 @@ struct Pair {
   size_t before;
 };
 
+/// Whether a channel can be one of the other's width, seen anew. Below the raster a width says
+/// little: there it is a few bins.
+bool areOfSimilarWidth(const SurveyedChannel& one, const SurveyedChannel& other, double raster_hz) {
+  constexpr double kMostRatio = 4.0;
+  const auto [narrow_hz, wide_hz] = std::minmax({one.width_hz, other.width_hz});
+  return wide_hz <= std::max(raster_hz, kMostRatio * narrow_hz);
+}
+
 std::vector<Pair> pairsWithinReach(const std::vector<SurveyedChannel>& channels,
                                    const std::vector<SurveyedChannel>& old_channels,
                                    double raster_hz) {
@@ -25,20 +33,22 @@ std::vector<Pair> pairsWithinReach(const std::vector<SurveyedChannel>& channels,
   std::sort(by_centre.begin(), by_centre.end(), [&](size_t left, size_t right) {
     return old_channels[left].centre_hz < old_channels[right].centre_hz;
   });
-  double widest_hz = raster_hz;
+  double widest_hz = 0.0;
   for (const SurveyedChannel& old : old_channels) widest_hz = std::max(widest_hz, old.width_hz);
 
   std::vector<Pair> pairs;
   for (size_t now = 0; now < channels.size(); ++now) {
     const double centre_hz = channels[now].centre_hz;
-    const double reach_hz = std::max(widest_hz, channels[now].width_hz);
+    const double reach_hz = std::max(raster_hz, 0.5 * std::max(widest_hz, channels[now].width_hz));
     auto at = std::lower_bound(
         by_centre.begin(), by_centre.end(), centre_hz - reach_hz,
         [&](size_t index, double hz) { return old_channels[index].centre_hz < hz; });
     for (; at != by_centre.end() && old_channels[*at].centre_hz <= centre_hz + reach_hz; ++at) {
       const SurveyedChannel& old = old_channels[*at];
       const double distance_hz = std::abs(old.centre_hz - centre_hz);
-      if (distance_hz <= std::max({raster_hz, old.width_hz, channels[now].width_hz})) {
+      const double half_hz = 0.5 * std::max(old.width_hz, channels[now].width_hz);
+      if (distance_hz <= std::max(raster_hz, half_hz) &&
+          areOfSimilarWidth(channels[now], old, raster_hz)) {
         pairs.push_back({distance_hz, now, *at});
       }
     }

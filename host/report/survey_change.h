@@ -24,8 +24,9 @@ struct ReportedChannel {
 std::vector<ReportedChannel> withoutComparison(const std::vector<SurveyedChannel>& channels);
 
 /// `channels` in their order, then those of `old_channels` that are gone. Two are the same channel
-/// when their centres are no further apart than the wider of their widths, or than the raster; of
-/// several, those nearest each other, and each only once. A difference in activity counts when it
+/// when their centres are no further apart than half the wider of their widths, or than the raster,
+/// and neither is more than four times as wide as the other, or both are narrower than the raster;
+/// of several, those nearest each other, and each only once. A difference in activity counts when it
 /// is more than chance would make of so many looks: a two-proportion z-test at two standard errors
 /// (Fleiss, Levin, Paik: Statistical Methods for Rates and Proportions).
 std::vector<ReportedChannel> compareSurveys(const std::vector<SurveyedChannel>& channels,
