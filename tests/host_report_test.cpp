@@ -108,13 +108,13 @@ TEST(CompareSurveys, PairsNearestCentresAndTellsChanceFromChange) {
       channelAt(145.200e6, 3e3, 2, 2)};
   const Change expected[] = {Change::kNone, Change::kNew,  Change::kMoreOften,
                              Change::kNew,  Change::kNone, Change::kGone};
-  const auto reported = compareSurveys(now, old, 5e3);
+  const auto reported = compareSurveys(now, old, 5e3).channels;
   ASSERT_EQ(reported.size(), std::size(expected));
   for (size_t index = 0; index < reported.size(); ++index) {
     EXPECT_EQ(reported[index].change, expected[index]) << index;
   }
   EXPECT_EQ(reported.back().channel.centre_hz, 145.1e6);
-  EXPECT_EQ(compareSurveys(old, now, 5e3)[1].change, Change::kLessOften);
+  EXPECT_EQ(compareSurveys(old, now, 5e3).channels[1].change, Change::kLessOften);
 }
 
 TEST(CompareSurveys, PairsNoChannelsThatLieApartOrDifferInWidth) {
@@ -128,8 +128,30 @@ TEST(CompareSurveys, PairsNoChannelsThatLieApartOrDifferInWidth) {
       {channelAt(144.62e6, 160e3, 50, 50), channelAt(144.69e6, 60e3, 9, 9), true, "a part of it"},
       {channelAt(144.62e6, 40, 50, 50), channelAt(144.624e6, 4e3, 9, 9), true, "within a raster"}};
   for (const auto& [old, now, is_one, why] : cases) {
-    EXPECT_EQ(compareSurveys({now}, {old}, 5e3).size(), is_one ? 1U : 2U) << why;
-    EXPECT_EQ(compareSurveys({old}, {now}, 5e3).size(), is_one ? 1U : 2U) << why;
+    EXPECT_EQ(compareSurveys({now}, {old}, 5e3).channels.size(), is_one ? 1U : 2U) << why;
+    EXPECT_EQ(compareSurveys({old}, {now}, 5e3).channels.size(), is_one ? 1U : 2U) << why;
+  }
+}
+
+TEST(CompareSurveys, SetsTheLooksSinceAnEarlierStateAgainstIt) {
+  const auto seen = [](uint32_t hits, uint32_t looks, int64_t first_ms, int64_t last_ms) {
+    SurveyedChannel channel = channelAt(145e6, 10e3, hits, looks);
+    channel.first_unix_ms = first_ms;
+    channel.last_unix_ms = last_ms;
+    return channel;
+  };
+  const struct {
+    SurveyedChannel old, now;
+    Change change;
+    const char* why;
+  } cases[] = {
+      {seen(90, 100, 1, 5), seen(90, 104, 1, 5), Change::kLessOften, "never since"},
+      {seen(2, 100, 1, 5), seen(5, 104, 1, 9), Change::kMoreOften, "three of four times since"},
+      {seen(90, 100, 1, 5), seen(90, 104, 2, 5), Change::kNone, "another survey"},
+      {seen(90, 100, 1, 5), seen(360, 400, 1, 5), Change::kNone, "one recording, two dwells"},
+      {seen(90, 100, 1, 5), seen(90, 100, 1, 5), Change::kNone, "no look since"}};
+  for (const auto& [old, now, change, why] : cases) {
+    EXPECT_EQ(compareSurveys({now}, {old}, 5e3).channels[0].change, change) << why;
   }
 }
 

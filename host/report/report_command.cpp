@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "host/options.h"
 #include "host/report/band_svg.h"
@@ -87,8 +88,15 @@ ReportData gather(const ReportOptions& options, const SurveyFiles& survey) {
   if (report.is_compared) {
     const SurveyFiles old = readSurveyFiles(options.old_results);
     const double raster_hz = survey.settings.raster_hz.value_or(kUsualRasterHz);
-    report.channels = compareSurveys(survey.rows.channels, old.rows.channels, raster_hz);
+    Comparison comparison = compareSurveys(survey.rows.channels, old.rows.channels, raster_hz);
+    report.channels = std::move(comparison.channels);
     report.settings.emplace_back("Compared with", old.results_path.string());
+    if (comparison.is_continued) {
+      report.remarks.push_back(fmt::format(
+          "{} is an earlier state of this survey: more or less often is by the looks since, and a "
+          "channel that is no longer seen is not gone but seen less often",
+          old.results_path.string()));
+    }
     for (std::string& remark : surveyRemarks(old)) report.remarks.push_back(std::move(remark));
     if (const size_t dropped = dropUnlookedFor(report.channels, survey.settings); dropped > 0) {
       report.remarks.push_back(

@@ -60,6 +60,16 @@ std::vector<Pair> pairsWithinReach(const std::vector<SurveyedChannel>& channels,
   return pairs;
 }
 
+/// Whether `now` is `before` after further looks in the same survey, whose counts only grow: first
+/// seen at the same moment, and last seen later when there were further hits, and only then.
+bool isContinued(const SurveyedChannel& now, const SurveyedChannel& before) {
+  const bool was_seen_again = now.hits > before.hits;
+  const bool is_later = now.last_unix_ms > before.last_unix_ms;
+  return now.first_unix_ms > 0 && now.first_unix_ms == before.first_unix_ms &&
+         now.looks > before.looks && now.hits >= before.hits &&
+         now.hits - before.hits <= now.looks - before.looks && was_seen_again == is_later;
+}
+
 Change changeOf(const SurveyedChannel& now, const SurveyedChannel& before) {
   const double looks_now = now.looks;
   const double looks_before = before.looks;
@@ -79,10 +89,10 @@ std::vector<ReportedChannel> withoutComparison(const std::vector<SurveyedChannel
   return reported;
 }
 
-std::vector<ReportedChannel> compareSurveys(const std::vector<SurveyedChannel>& channels,
-                                            const std::vector<SurveyedChannel>& old_channels,
-                                            double raster_hz) {
-  std::vector<ReportedChannel> reported = withoutComparison(channels);
+Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
+                          const std::vector<SurveyedChannel>& old_channels, double raster_hz) {
+  Comparison comparison{withoutComparison(channels)};
+  std::vector<ReportedChannel>& reported = comparison.channels;
   for (ReportedChannel& channel : reported) channel.change = Change::kNew;
   std::vector<bool> was_found(old_channels.size(), false);
   for (const Pair& pair : pairsWithinReach(channels, old_channels, raster_hz)) {
@@ -90,7 +100,13 @@ std::vector<ReportedChannel> compareSurveys(const std::vector<SurveyedChannel>& 
     if (channel.old_looks > 0 || was_found[pair.before]) continue;
     const SurveyedChannel& old = old_channels[pair.before];
     was_found[pair.before] = true;
-    channel.change = changeOf(channel.channel, old);
+    SurveyedChannel since = channel.channel;
+    if (isContinued(since, old)) {
+      comparison.is_continued = true;
+      since.hits -= old.hits;
+      since.looks -= old.looks;
+    }
+    channel.change = changeOf(since, old);
     channel.old_hits = old.hits;
     channel.old_looks = old.looks;
   }
@@ -98,7 +114,7 @@ std::vector<ReportedChannel> compareSurveys(const std::vector<SurveyedChannel>& 
     const SurveyedChannel& old = old_channels[index];
     if (!was_found[index]) reported.push_back({old, Change::kGone, old.hits, old.looks});
   }
-  return reported;
+  return comparison;
 }
 
 }  // namespace pelagrim_host

@@ -23,14 +23,20 @@ struct ReportedChannel {
 /// The channels of a survey that is compared with none.
 std::vector<ReportedChannel> withoutComparison(const std::vector<SurveyedChannel>& channels);
 
+struct Comparison {
+  std::vector<ReportedChannel> channels;
+  /// The earlier survey is an earlier state of the same one, at least in a part of its channels.
+  bool is_continued = false;
+};
+
 /// `channels` in their order, then those of `old_channels` that are gone. Two are the same channel
 /// when their centres are no further apart than half the wider of their widths, or than the raster,
 /// and neither is more than four times as wide as the other, or both are narrower than the raster;
 /// of several, those nearest each other, and each only once. A difference in activity counts when it
 /// is more than chance would make of so many looks: a two-proportion z-test at two standard errors
-/// (Fleiss, Levin, Paik: Statistical Methods for Rates and Proportions).
-std::vector<ReportedChannel> compareSurveys(const std::vector<SurveyedChannel>& channels,
-                                            const std::vector<SurveyedChannel>& old_channels,
-                                            double raster_hz);
+/// (Fleiss, Levin, Paik: Statistical Methods for Rates and Proportions). Where the survey went on from
+/// the old one, whose counts are in those of now, the looks since are set against the old ones.
+Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
+                          const std::vector<SurveyedChannel>& old_channels, double raster_hz);
 
 }  // namespace pelagrim_host
