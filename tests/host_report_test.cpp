@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/display_text.h"
@@ -153,6 +154,23 @@ TEST(CompareSurveys, SetsTheLooksSinceAnEarlierStateAgainstIt) {
   for (const auto& [old, now, change, why] : cases) {
     EXPECT_EQ(compareSurveys({now}, {old}, 5e3).channels[0].change, change) << why;
   }
+}
+
+TEST(CompareSurveys, CallsNothingNewOrGoneWhereNobodyLookedForIt) {
+  const auto lower = parseSurveySettings("start = 144000000\nstop = 145000000\n");
+  const auto staying = parseSurveySettings("start = 144000000\nstop = 145000000\nsweep = no\n");
+  const auto here = channelAt(144.5e6, 10e3, 5, 5);
+  const auto beyond = channelAt(145.5e6, 10e3, 5, 5);
+  const auto changes = [&](const std::vector<SurveyedChannel>& now, const SurveySettings& settings,
+                           const std::vector<SurveyedChannel>& old, const SurveySettings& before) {
+    Comparison comparison = compareSurveys(now, old, 5e3);
+    forgetUnlookedFor(comparison, settings, before);
+    return std::pair(comparison.channels.size(), comparison.channels.back().change);
+  };
+  EXPECT_EQ(changes({here}, lower, {here, beyond}, {}), std::pair(size_t{1}, Change::kNone));
+  EXPECT_EQ(changes({here}, staying, {here, beyond}, {}), std::pair(size_t{2}, Change::kGone));
+  EXPECT_EQ(changes({here, beyond}, {}, {here}, lower), std::pair(size_t{2}, Change::kNone));
+  EXPECT_EQ(changes({here, beyond}, {}, {here}, staying), std::pair(size_t{2}, Change::kNew));
 }
 
 TEST(BandSvg, MarksEveryChangeAlsoWhereNoFrequencyHasRoom) {

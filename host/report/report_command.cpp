@@ -68,15 +68,42 @@ std::vector<std::pair<std::string, std::string>> readableSettings(const SurveyFi
   return readable;
 }
 
-/// Takes away what is gone from outside the band that was surveyed now: nobody looked for it there.
-/// Returns how many.
-size_t dropUnlookedFor(std::vector<ReportedChannel>& channels, const SurveySettings& settings) {
-  if (!settings.start_hz || !settings.stop_hz) return 0;
-  return std::erase_if(channels, [&](const ReportedChannel& reported) {
-    const double centre_hz = reported.channel.centre_hz;
-    return reported.change == Change::kGone &&
-           (centre_hz < *settings.start_hz || centre_hz > *settings.stop_hz);
-  });
+std::string countOfChannels(size_t count) {
+  return fmt::format("{} channel{}", count, count == 1 ? "" : "s");
+}
+
+/// What the reader of a comparison should know: what it could not tell, and why it may mislead.
+std::vector<std::string> comparisonRemarks(const Comparison& comparison, const SurveyFiles& survey,
+                                           const SurveyFiles& old) {
+  std::vector<std::string> remarks;
+  const std::string path = old.results_path.string();
+  if (comparison.is_continued) {
+    remarks.push_back(fmt::format(
+        "{} is an earlier state of this survey: more or less often is by the looks since, and a "
+        "channel that is no longer seen is not gone but seen less often",
+        path));
+  }
+  if (comparison.unlooked_for_now > 0) {
+    remarks.push_back(fmt::format("{}: left out {} outside the band of the newer survey", path,
+                                  countOfChannels(comparison.unlooked_for_now)));
+  }
+  if (comparison.unlooked_for_before > 0) {
+    remarks.push_back(fmt::format("{}: {} outside its band cannot be called new", path,
+                                  countOfChannels(comparison.unlooked_for_before)));
+  }
+  const auto differ = [](const std::optional<double>& one, const std::optional<double>& other) {
+    return one && other && *one != *other;
+  };
+  const SurveySettings& now = survey.settings;
+  const SurveySettings& before = old.settings;
+  if (differ(now.dwell_seconds, before.dwell_seconds) ||
+      differ(now.threshold_db, before.threshold_db)) {
+    remarks.push_back(fmt::format(
+        "{} had dwells of {:.6g} s and a threshold of {:.4g} dB, this survey {:.6g} s and {:.4g} "
+        "dB: that alone changes what is found, and how often",
+        path, *before.dwell_seconds, *before.threshold_db, *now.dwell_seconds, *now.threshold_db));
+  }
+  return remarks;
 }
 
 ReportData gather(const ReportOptions& options, const SurveyFiles& survey) {
@@ -89,20 +116,13 @@ ReportData gather(const ReportOptions& options, const SurveyFiles& survey) {
     const SurveyFiles old = readSurveyFiles(options.old_results);
     const double raster_hz = survey.settings.raster_hz.value_or(kUsualRasterHz);
     Comparison comparison = compareSurveys(survey.rows.channels, old.rows.channels, raster_hz);
-    report.channels = std::move(comparison.channels);
+    forgetUnlookedFor(comparison, survey.settings, old.settings);
     report.settings.emplace_back("Compared with", old.results_path.string());
-    if (comparison.is_continued) {
-      report.remarks.push_back(fmt::format(
-          "{} is an earlier state of this survey: more or less often is by the looks since, and a "
-          "channel that is no longer seen is not gone but seen less often",
-          old.results_path.string()));
-    }
     for (std::string& remark : surveyRemarks(old)) report.remarks.push_back(std::move(remark));
-    if (const size_t dropped = dropUnlookedFor(report.channels, survey.settings); dropped > 0) {
-      report.remarks.push_back(
-          fmt::format("{}: left out {} channel{} outside the band of the newer survey",
-                      old.results_path.string(), dropped, dropped == 1 ? "" : "s"));
+    for (std::string& remark : comparisonRemarks(comparison, survey, old)) {
+      report.remarks.push_back(std::move(remark));
     }
+    report.channels = std::move(comparison.channels);
   } else {
     report.channels = withoutComparison(survey.rows.channels);
   }

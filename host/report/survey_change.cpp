@@ -80,6 +80,12 @@ Change changeOf(const SurveyedChannel& now, const SurveyedChannel& before) {
   return difference > 0.0 ? Change::kMoreOften : Change::kLessOften;
 }
 
+bool isOutsideBand(const ReportedChannel& reported, const SurveySettings& settings) {
+  if (!settings.start_hz || !settings.stop_hz || !settings.sweep.value_or(true)) return false;
+  const double centre_hz = reported.channel.centre_hz;
+  return centre_hz < *settings.start_hz || centre_hz > *settings.stop_hz;
+}
+
 }  // namespace
 
 std::vector<ReportedChannel> withoutComparison(const std::vector<SurveyedChannel>& channels) {
@@ -115,6 +121,19 @@ Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
     if (!was_found[index]) reported.push_back({old, Change::kGone, old.hits, old.looks});
   }
   return comparison;
+}
+
+void forgetUnlookedFor(Comparison& comparison, const SurveySettings& now,
+                       const SurveySettings& before) {
+  comparison.unlooked_for_now =
+      std::erase_if(comparison.channels, [&](const ReportedChannel& reported) {
+        return reported.change == Change::kGone && isOutsideBand(reported, now);
+      });
+  for (ReportedChannel& reported : comparison.channels) {
+    if (reported.change != Change::kNew || !isOutsideBand(reported, before)) continue;
+    reported.change = Change::kNone;
+    ++comparison.unlooked_for_before;
+  }
 }
 
 }  // namespace pelagrim_host

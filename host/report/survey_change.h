@@ -27,6 +27,8 @@ struct Comparison {
   std::vector<ReportedChannel> channels;
   /// The earlier survey is an earlier state of the same one, at least in a part of its channels.
   bool is_continued = false;
+  size_t unlooked_for_now = 0;  ///< see forgetUnlookedFor
+  size_t unlooked_for_before = 0;
 };
 
 /// `channels` in their order, then those of `old_channels` that are gone. Two are the same channel
@@ -38,5 +40,11 @@ struct Comparison {
 /// the old one, whose counts are in those of now, the looks since are set against the old ones.
 Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
                           const std::vector<SurveyedChannel>& old_channels, double raster_hz);
+
+/// Takes away what is gone from outside the band that was surveyed now, and does not call new what
+/// lies outside the band of the earlier survey: nobody looked for it there. Counts both. Settings
+/// bind a survey to their band only while it sweeps.
+void forgetUnlookedFor(Comparison& comparison, const SurveySettings& now,
+                       const SurveySettings& before);
 
 }  // namespace pelagrim_host
