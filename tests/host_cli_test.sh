@@ -50,6 +50,7 @@ expect 2 "ends in .html or .svg" report noise.survey -o band.pdf
 expect 0 "band.html: " report noise.survey -o band.html
 expect 2 "an empty text" report noise.survey --compare ""
 expect 2 "that is the survey itself" export noise.survey --to csv -o noise.survey/../noise.survey/survey.csv
+expect 0 "noise.list: 0 of 0 channels" export --to list -o noise.list --kind nfm,am --kind wfm noise.survey
 truncate -s -1 noise.cu8
 expect 0 "nothing will be kept" noise.cu8 --sample-rate 1M --frequency 433M --sweep --band 1M:2M
 

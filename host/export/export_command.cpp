@@ -83,6 +83,7 @@ std::optional<ExportOptions> parseExportOptions(int argc, const char* const* arg
   app.add_option("--kind", options.selection.kinds,
                  "Only channels of these kinds, with commas between them")
       ->type_name("KIND")
+      ->allow_extra_args(false)  // what follows is the survey
       ->delimiter(',')
       ->transform(kindNamed)
       ->check(CLI::IsMember(kindNames()));
