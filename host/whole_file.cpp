@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <system_error>
 
@@ -39,6 +40,21 @@ void writeWhole(const std::filesystem::path& path, const std::string& text) {
   writeTo(fresh_path, path, text);
   std::filesystem::rename(fresh_path, path, error);
   if (error) fail(path, error.message());
+}
+
+bool keepOldFile(const std::filesystem::path& path, const std::string& text) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return false;
+  std::ifstream file(path, std::ios::binary);
+  const std::string old_text{std::istreambuf_iterator<char>(file),
+                             std::istreambuf_iterator<char>()};
+  if (file && old_text == text) return false;
+  auto kept_path = path;
+  kept_path += "~";
+  std::filesystem::copy_file(path, kept_path, std::filesystem::copy_options::overwrite_existing,
+                             error);
+  if (error) fail(kept_path, error.message());
+  return true;
 }
 
 }  // namespace pelagrim_host

@@ -50,6 +50,13 @@ expect 2 "ends in .html or .svg" report noise.survey -o band.pdf
 expect 0 "band.html: " report noise.survey -o band.html
 expect 2 "an empty text" report noise.survey --compare ""
 expect 2 "that is the survey itself" export noise.survey --to csv -o noise.survey/../noise.survey/survey.csv
+for own in survey.cfg survey-labels.txt; do
+  expect 2 "that is the survey itself" export noise.survey/survey.csv --to csv -o noise.survey/$own
+done
+echo 433000000 > noise.list
+expect 0 "noise.list: 0 of 0 channels; what it held is now in noise.list~" export noise.survey --to list -o noise.list
+check grep -q 433000000 noise.list~
+check [ ! -s noise.list ]
 expect 0 "noise.list: 0 of 0 channels" export --to list -o noise.list --kind nfm,am --kind wfm noise.survey
 truncate -s -1 noise.cu8
 expect 0 "nothing will be kept" noise.cu8 --sample-rate 1M --frequency 433M --sweep --band 1M:2M

@@ -16,6 +16,7 @@
 #include "host/results/survey_arguments.h"
 #include "host/text_output.h"
 #include "host/usage_error.h"
+#include "host/whole_file.h"
 
 namespace pelagrim_host {
 namespace {
@@ -111,9 +112,13 @@ void runExport(int argc, const char* const* argv) {
     }
     return;
   }
-  writeResult(options->output, text, survey);
-  TextOutput(stdout).write(fmt::format("{}: {} of {} channels\n", options->output, channels.size(),
-                                       survey.rows.channels.size()));
+  refuseSurveyFiles(options->output, survey);
+  const bool was_kept = keepOldFile(options->output, text);
+  writeWhole(options->output, text);
+  TextOutput(stdout).write(
+      fmt::format("{0}: {1} of {2} channels{3}\n", options->output, channels.size(),
+                  survey.rows.channels.size(),
+                  was_kept ? fmt::format("; what it held is now in {}~", options->output) : ""));
 }
 
 }  // namespace pelagrim_host

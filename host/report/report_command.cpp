@@ -16,6 +16,7 @@
 #include "host/results/survey_arguments.h"
 #include "host/text_output.h"
 #include "host/usage_error.h"
+#include "host/whole_file.h"
 
 namespace pelagrim_host {
 namespace {
@@ -142,10 +143,11 @@ void runReport(int argc, const char* const* argv) {
         fmt::format("--output {}: give a name that ends in .html or .svg", output.string()));
   }
   const SurveyFiles survey = readSurveyFiles(surveyPlace(options->survey));
+  refuseSurveyFiles(options->output, survey);
   const ReportData report = gather(*options, survey);
   sayRemarks(report.remarks);
   const std::string text = is_page ? reportPage(report) : bandSvg(report);
-  writeResult(options->output, text, survey);
+  writeWhole(output, text);
   TextOutput(stdout).write(
       fmt::format("{}: {} channel{}, {} kB\n", output.string(), report.channels.size(),
                   report.channels.size() == 1 ? "" : "s", (text.size() + 999) / 1000));

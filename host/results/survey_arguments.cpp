@@ -9,7 +9,6 @@
 
 #include "host/text_output.h"
 #include "host/usage_error.h"
-#include "host/whole_file.h"
 
 namespace pelagrim_host {
 
@@ -40,12 +39,14 @@ void sayRemarks(const std::vector<std::string>& remarks) {
   }
 }
 
-void writeResult(const std::string& output, const std::string& text, const SurveyFiles& survey) {
-  std::error_code error;
-  if (std::filesystem::equivalent(output, survey.results_path, error)) {
-    throw UsageError(fmt::format("--output {}: that is the survey itself", output));
+void refuseSurveyFiles(const std::string& output, const SurveyFiles& survey) {
+  for (const std::filesystem::path& path : pathsOf(survey)) {
+    std::error_code error;
+    const bool is_same = std::filesystem::equivalent(output, path, error) ||
+                         std::filesystem::weakly_canonical(output, error) ==
+                             std::filesystem::weakly_canonical(path, error);
+    if (is_same) throw UsageError(fmt::format("--output {}: that is the survey itself", output));
   }
-  writeWhole(output, text);
 }
 
 }  // namespace pelagrim_host

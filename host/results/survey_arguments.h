@@ -22,8 +22,8 @@ bool parseArguments(CLI::App& app, int argc, const char* const* argv);
 /// Says each remark on standard error.
 void sayRemarks(const std::vector<std::string>& remarks);
 
-/// Writes `text` to `output` as writeWhole does, but never over the survey that was read: throws
-/// UsageError.
-void writeResult(const std::string& output, const std::string& text, const SurveyFiles& survey);
+/// Throws UsageError when `output` is a file of the survey: what was read, or the results, settings
+/// or band plan of its directory, whether they are there or not.
+void refuseSurveyFiles(const std::string& output, const SurveyFiles& survey);
 
 }  // namespace pelagrim_host

@@ -234,6 +234,12 @@ SurveyFiles readSurveyFiles(const std::filesystem::path& place) {
   return survey;
 }
 
+std::vector<std::filesystem::path> pathsOf(const SurveyFiles& survey) {
+  const auto directory = survey.results_path.parent_path();
+  return {survey.results_path, directory / kResultsName, directory / kBandPlanName,
+          settingsPath(directory)};
+}
+
 std::vector<std::string> surveyRemarks(const SurveyFiles& survey) {
   std::vector<std::string> remarks;
   const auto& [channels, is_older_format, skipped_lines, first_skipped_line] = survey.rows;

@@ -97,6 +97,9 @@ std::filesystem::path surveyPlace(const std::string& named);
 /// naming the file, when there is none or it cannot be read.
 SurveyFiles readSurveyFiles(const std::filesystem::path& place);
 
+/// What was read and the results, settings and band plan of its directory, there or not.
+std::vector<std::filesystem::path> pathsOf(const SurveyFiles& survey);
+
 /// One line for each thing that the reader of a report or an export should know: lines skipped,
 /// centres of an older file, no channel at all.
 std::vector<std::string> surveyRemarks(const SurveyFiles& survey);
