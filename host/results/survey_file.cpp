@@ -22,6 +22,7 @@ namespace {
 constexpr const char* kResultsName = "survey.csv";
 constexpr const char* kBandPlanName = "survey-labels.txt";
 constexpr std::string_view kFormatLine = "# survey.csv format 2";
+constexpr std::string_view kColumns = "centre_hz,";
 constexpr std::string_view kUnknownKind = "?";
 
 // The plug-in reads the band plan in pieces of at most this size and takes each for a line.
@@ -165,6 +166,7 @@ SurveyRows parseSurveyRows(std::string_view text) {
   for (size_t number = 1; !text.empty(); ++number) {
     const std::string line = takeLine(text);
     if (line.starts_with(kFormatLine)) rows.is_older_format = false;
+    if (line.starts_with(kFormatLine) || line.starts_with(kColumns)) rows.has_header = true;
     if (isMeantAsText(line)) continue;
     if (auto channel = channelOf(line)) {
       rows.channels.push_back(*channel);
@@ -226,6 +228,10 @@ SurveyFiles readSurveyFiles(const std::filesystem::path& place) {
                     survey.results_path.string(), kResultsName));
   }
   survey.rows = parseSurveyRows(readText(survey.results_path));
+  if (survey.rows.skipped_lines > 0 && survey.rows.channels.empty() && !survey.rows.has_header) {
+    throw std::runtime_error(fmt::format("{} is no survey: it has neither a header nor a channel",
+                                         survey.results_path.string()));
+  }
   const auto directory = survey.results_path.parent_path();
   if (std::filesystem::exists(directory / kBandPlanName, error)) {
     survey.band_plan = parseBandPlan(readText(directory / kBandPlanName));
@@ -242,7 +248,8 @@ std::vector<std::filesystem::path> pathsOf(const SurveyFiles& survey) {
 
 std::vector<std::string> surveyRemarks(const SurveyFiles& survey) {
   std::vector<std::string> remarks;
-  const auto& [channels, is_older_format, skipped_lines, first_skipped_line] = survey.rows;
+  const auto& [channels, is_older_format, has_header, skipped_lines, first_skipped_line] =
+      survey.rows;
   const std::string path = survey.results_path.string();
   if (skipped_lines > 0) {
     remarks.push_back(fmt::format("{}: skipped {} line{} that could not be read, first line {}",

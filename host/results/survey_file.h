@@ -35,6 +35,7 @@ struct SurveyRows {
   /// Written before centres were put in the middle of their bins: they lie half a bin high, by an
   /// amount that takes the receiver's sample rate, which the file does not hold.
   bool is_older_format = false;
+  bool has_header = false;
   size_t skipped_lines = 0;
   size_t first_skipped_line = 0;  ///< counted from 1
 };
@@ -94,7 +95,8 @@ SurveySettings parseSurveySettings(std::string_view text);
 std::filesystem::path surveyPlace(const std::string& named);
 
 /// Reads the survey at `place`, a survey directory or a results file. Throws std::runtime_error,
-/// naming the file, when there is none or it cannot be read.
+/// naming the file, when there is none, when it cannot be read, or when it has lines but neither a
+/// header nor a channel and so is something else.
 SurveyFiles readSurveyFiles(const std::filesystem::path& place);
 
 /// What was read and the results, settings and band plan of its directory, there or not.
