@@ -65,6 +65,24 @@ TEST(Export, EveryFormatIsWrittenAsItsProgramWritesIt) {
             "Amateur 2 m");
 }
 
+TEST(Export, ChirpTakesRadioStepsOnlyWhereRadiosHaveThem) {
+  const struct {
+    const char* row;
+    const char* megahertz;
+    const char* why;
+  } cases[] = {{"1008030,6000,1,1,1,1,1,1,1,1,AM?\n", "1.008000", "medium wave"},
+               {"118101200,6000,1,1,1,1,1,1,1,1,AM?\n", "118.100000", "airband"},
+               {"446018700,9000,1,1,1,1,1,1,1,1,NFM?\n", "446.018750", "multiple of 6.25 kHz"},
+               {"433921234,60000,1,1,1,1,1,1,1,1,?\n", "433.921230", "kind unknown: as measured"}};
+  for (const auto& [row, megahertz, why] : cases) {
+    SurveyFiles files;
+    files.rows = parseSurveyRows(row);
+    const auto memory = linesOf(chirpMemories(selectChannels(files, {}))).at(1);
+    EXPECT_NE(memory.find(std::string(",") + megahertz + ",off"), std::string::npos)
+        << why << ": " << memory;
+  }
+}
+
 TEST(Export, SelectionByActivityHitsAndKind) {
   const std::pair<ExportSelection, std::string> cases[] = {
       {{.min_activity = 0.85}, "3700000\n145012900\n"},

@@ -30,13 +30,16 @@ double nearestMultiple(double hz, double step_hz) {
 
 Tuned nearestTuned(const Listening& listening) {
   constexpr double kFineHz = 10.0;
+  constexpr double kBroadcastHz = 1000.0;  // 9 and 10 kHz apart, and 5 on short wave
+  constexpr double kStepsFromHz = 30e6;
   constexpr double kStepHz = 5000.0;
   constexpr double kOtherStepHz = 6250.0;
   const double hz = listening.dial_hz;
-  const bool is_fine = listening.mode == ListeningMode::kCw ||
-                       listening.mode == ListeningMode::kUsb ||
-                       listening.mode == ListeningMode::kLsb;
-  if (is_fine) return {nearestMultiple(hz, kFineHz), 5.0};
+  const bool is_am = listening.mode == ListeningMode::kAm;
+  if (is_am && hz < kStepsFromHz) return {nearestMultiple(hz, kBroadcastHz), 5.0};
+  const bool has_steps =
+      is_am || listening.mode == ListeningMode::kNfm || listening.mode == ListeningMode::kWfm;
+  if (!has_steps) return {nearestMultiple(hz, kFineHz), 5.0};
   const double at_5 = nearestMultiple(hz, kStepHz);
   const double at_6 = nearestMultiple(hz, kOtherStepHz);
   if (std::abs(at_6 - hz) < std::abs(at_5 - hz)) return {at_6, 6.25};
