@@ -99,6 +99,19 @@ TEST(BandPlan, NamesAFrequencyAfterTheFirstRangeThatHoldsIt) {
   }
 }
 
+TEST(BandPlan, EdgesThatAreNoNumberSpoilNothing) {
+  const auto plan = parseBandPlan(
+      "144.5 nan Never\nnan 144.1 Never\n144.9 inf Up\n-inf 144.2 Down\n144 145 Between\n");
+  const auto layout =
+      layOutBand({}, plan, parseSurveySettings("start = 144000000\nstop = 146000000\n"));
+  std::string names;
+  for (const PlanStretch& stretch : layout.strip) {
+    names += plan.at(stretch.range).name + " ";
+    EXPECT_TRUE(std::isfinite(stretch.low_hz) && std::isfinite(stretch.high_hz));
+  }
+  EXPECT_EQ(names, "Down Between Up ");
+}
+
 TEST(CompareSurveys, PairsNearestCentresAndTellsChanceFromChange) {
   const std::vector<SurveyedChannel> old = {
       channelAt(144.600e6, 160e3, 9, 10), channelAt(145.000e6, 3e3, 10, 40),

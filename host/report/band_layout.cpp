@@ -57,8 +57,9 @@ std::vector<PlanStretch> planStrip(const std::vector<BandRange>& band_plan,
     if (range.high_hz < span.low_hz || range.low_hz > span.high_hz) continue;
     near.push_back(range);
     index_of.push_back(index);
-    edges.push_back(range.low_hz);
-    edges.push_back(range.high_hz);
+    // A stretch without an end has no middle, and no place in a picture.
+    edges.push_back(std::max(range.low_hz, span.low_hz));
+    edges.push_back(std::min(range.high_hz, span.high_hz));
   }
   std::sort(edges.begin(), edges.end());
   edges.erase(std::unique(edges.begin(), edges.end()), edges.end());

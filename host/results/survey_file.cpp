@@ -113,7 +113,7 @@ std::optional<BandRange> bandRangeOf(std::string line) {
   double high_mhz = 0.0;
   int name_at = -1;  // stays so when the line ends before a name
   if (std::sscanf(line.c_str(), "%lf %lf %n", &low_mhz, &high_mhz, &name_at) != 2 ||
-      low_mhz > high_mhz || name_at < 0) {
+      !(low_mhz <= high_mhz) || name_at < 0) {  // also for edges that are not a number
     return std::nullopt;
   }
   // A zero byte ends the name, as it does for the plug-in.
