@@ -46,6 +46,9 @@ expect 1 "behind its end" noise.cu8 --sample-rate 1M --frequency 1M --offset 1
 expect 1 "last 1 of its bytes" noise.cu8 --sample-rate 1M --frequency 433M --loop 3
 check grep -q "sweep = no" noise.survey/survey.cfg
 expect 1 "there is no survey at gone; name" report gone
+mkdir piped && cp noise.survey/survey.csv piped && mkfifo piped/survey-labels.txt
+output=$(timeout 10 "$program" export piped --to list 2>&1)
+check [ "$output" = "pelagrim-survey: piped/survey-labels.txt is a pipe, not a file" ]
 expect 1 "noise.cu8 is no survey" report noise.cu8
 expect 1 "noise.cu8 is no survey" export noise.survey/../noise.cu8 --to list
 expect 2 "ends in .html or .svg" report noise.survey -o band.pdf

@@ -80,6 +80,7 @@ TEST(SurveyRows, TakesEveryFieldFromItsPlace) {
   EXPECT_EQ(rows.first_skipped_line, 1u);
   EXPECT_FALSE(rows.is_older_format);
   EXPECT_TRUE(parseSurveyRows(kRow).is_older_format);
+  EXPECT_FALSE(parseSurveyRows("\xEF\xBB\xBF# survey.csv format 2\n").is_older_format);
 }
 
 TEST(BandPlan, NamesAFrequencyAfterTheFirstRangeThatHoldsIt) {

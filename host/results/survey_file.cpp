@@ -22,6 +22,7 @@ namespace {
 constexpr const char* kResultsName = "survey.csv";
 constexpr const char* kBandPlanName = "survey-labels.txt";
 constexpr std::string_view kFormatLine = "# survey.csv format 2";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // some editors begin a file with it
 constexpr std::string_view kColumns = "centre_hz,";
 constexpr std::string_view kUnknownKind = "?";
 
@@ -163,6 +164,7 @@ std::string_view guessSignalKind(double width_hz) {
 SurveyRows parseSurveyRows(std::string_view text) {
   SurveyRows rows;
   rows.is_older_format = true;
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   for (size_t number = 1; !text.empty(); ++number) {
     const std::string line = takeLine(text);
     if (line.starts_with(kFormatLine)) rows.is_older_format = false;
@@ -233,6 +235,12 @@ SurveyFiles readSurveyFiles(const std::filesystem::path& place) {
                                          survey.results_path.string()));
   }
   const auto directory = survey.results_path.parent_path();
+  for (const auto& path : {directory / kBandPlanName, settingsPath(directory)}) {
+    // Nobody named it, and reading it waits for a writer that may never come.
+    if (std::filesystem::is_fifo(path, error)) {
+      throw std::runtime_error(fmt::format("{} is a pipe, not a file", path.string()));
+    }
+  }
   if (std::filesystem::exists(directory / kBandPlanName, error)) {
     survey.band_plan = parseBandPlan(readText(directory / kBandPlanName));
   }
