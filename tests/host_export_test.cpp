@@ -94,6 +94,25 @@ TEST(Export, SelectionByActivityHitsAndKind) {
   }
 }
 
+TEST(Export, ActivityIsSelectedAsTablesShowIt) {
+  const struct {
+    const char* counts;
+    double min_activity;
+    bool is_selected;
+    const char* percent;
+  } cases[] = {{"2,3", 0.67, true, ",67,"},    {"2,3", 0.68, false, ""},
+               {"1,3", 0.333, true, ",33,"},   {"399,400", 0.99, true, ",99,"},
+               {"399,400", 1.0, false, ""},    {"1,400", 0.0, true, ",1,"},
+               {"400,400", 1.0, true, ",100,"}};
+  for (const auto& [counts, min_activity, is_selected, percent] : cases) {
+    SurveyFiles files;
+    files.rows = parseSurveyRows(std::string("145000000,1,1,1,-60,-70,") + counts + ",1,1,NFM?\n");
+    const auto rows = linesOf(readableCsv(selectChannels(files, {.min_activity = min_activity})));
+    ASSERT_EQ(rows.size(), is_selected ? 2U : 1U) << counts;
+    EXPECT_NE(rows.back().find(percent), std::string::npos) << rows.back();
+  }
+}
+
 TEST(Export, OddNamesBreakNoFormat) {
   auto files = survey("145 146 =a;b,\"c\"\x01\xFF\n144 145  \xC3\xA9;,\n3 4 #\n90 90 @x\n");
   files.rows.channels.push_back(files.rows.channels.front());  // two of one name

@@ -70,7 +70,8 @@ std::optional<ExportOptions> parseExportOptions(int argc, const char* const* arg
       ->type_name("FILE")
       ->capture_default_str();
   app.add_option("--min-activity", options.selection.min_activity,
-                 "Only channels seen in at least this share of looks, 0 to 1")
+                 "Only channels seen in at least this share of looks, 0 to 1;\n"
+                 "the share or, as tables show it, its whole per cent")
       ->type_name("SHARE")
       ->check(CLI::Validator(
           [](const std::string& text) {

@@ -61,7 +61,7 @@ struct ExportedChannel {
 
 /// What to leave out.
 struct ExportSelection {
-  double min_activity = 0.0;         ///< 0 to 1
+  double min_activity = 0.0;         ///< 0 to 1; of the share or of its whole per cent
   uint32_t min_hits = 0;             ///< dwells
   std::vector<std::string> kinds{};  ///< of signalKinds(); empty: all
 };

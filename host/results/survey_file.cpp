@@ -141,6 +141,11 @@ std::string readText(const std::filesystem::path& path) {
 
 }  // namespace
 
+int SurveyedChannel::activityPercent() const {
+  const int percent = static_cast<int>(std::lround(100.0 * activity()));
+  return hits < looks ? std::clamp(percent, 1, 99) : percent;
+}
+
 const std::vector<std::string_view>& signalKinds() {
   static const std::vector<std::string_view> kinds = [] {
     std::vector<std::string_view> all;

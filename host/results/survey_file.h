@@ -27,6 +27,9 @@ struct SurveyedChannel {
 
   /// How often it was seen of the times it could be, 0 to 1.
   double activity() const { return static_cast<double>(hits) / static_cast<double>(looks); }
+
+  /// The same in whole per cent, but 100 only when it was never missed, and never 0.
+  int activityPercent() const;
 };
 
 /// A survey.csv as far as it can be read, rows in the file's order.
