@@ -224,7 +224,7 @@
     highlights.replaceChildren();
     for (const channel of new Set([picked, hovered])) {
       if (!channel || !isInView(channel)) continue;
-      shape('path', { class: 'highlight', fill: data.shades[channel.shade], d: outlines(channel) }, highlights);
+      shape('path', { class: 'highlight', d: outlines(channel) }, highlights);
     }
   }
 
