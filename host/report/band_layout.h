@@ -24,7 +24,7 @@ struct PictureMeasures {
   double time_bottom = 390.0;
   double height = 408.0;
   double least_mark = 4.0;       ///< a mark is at least so wide and so high, its edge included
-  double wide_mark = 24.0;       ///< one that is wider is drawn translucent
+  double wide_mark = 24.0;       ///< one that is wider may have labels and other marks upon it
   double character_width = 6.3;  ///< of the labels, about
   double label_height = 12.0;
   double tick_distance = 85.0;  ///< between frequencies on the axis, about

@@ -24,7 +24,7 @@ constexpr const char* kStyle =
     "text{font:11.5px system-ui,'DejaVu Sans',sans-serif;fill:#1b1f24}"
     ".soft{fill:#59636e}.grid{stroke:#d1d9e0}.axis{stroke:#59636e}"
     ".plan{fill:#e7edf3;stroke:#8c959f;stroke-width:.75}.other{fill:#f6f1e4}"
-    ".mark{stroke-width:.8}.wide{fill-opacity:.6;stroke-width:1.5}"
+    ".mark{stroke-width:.8}"
     ".new{stroke:#1b1f24;stroke-width:1.75}"
     ".gone{fill-opacity:0;stroke:#1b1f24;stroke-width:1.25;stroke-dasharray:3 2}"
     ".label{text-anchor:middle;paint-order:stroke;stroke:#fff;stroke-width:3px}"
@@ -196,8 +196,10 @@ class Drawing {
     std::stable_sort(order.begin(), order.end(), [this](size_t left, size_t right) {
       return report_.channels[left].channel.width_hz > report_.channels[right].channel.width_hz;
     });
-    // A white edge parts narrow marks from what they lie upon, but of a crowd it would be all one saw.
+    // A white edge parts marks from what they lie upon; a crowd, where it would be all one saw, has
+    // it on wide marks alone.
     const bool is_crowded = isCrowded();
+    const std::vector<double> wide_marks = skyline(Width::kWide);
     for (const size_t index : order) {
       const SurveyedChannel& channel = report_.channels[index].channel;
       const Change change = report_.channels[index].change;
@@ -207,14 +209,14 @@ class Drawing {
       const double high = xOf(channel.centre_hz + half_hz);
       const double width = std::max(high - low, at_.least_mark);
       const std::string& shade = activityShades()[mark.shade];
+      const auto column = static_cast<size_t>(xOf(channel.centre_hz));
+      const bool is_edged = !is_crowded || wide_marks[column] < at_.level_bottom;
       const auto rectangle = [&, left = 0.5 * (low + high - width)](double top, double bottom) {
-        add(R"(<rect class="mark{}{}" x="{:.1f}" y="{:.1f}" width="{:.1f}" height="{:.1f}" fill="{}" stroke="{}"/>)",
-            width > at_.wide_mark ? " wide" : "",
+        add(R"(<rect class="mark{}" x="{:.1f}" y="{:.1f}" width="{:.1f}" height="{:.1f}" fill="{}" stroke="{}"/>)",
             change == Change::kNew    ? " new"
             : change == Change::kGone ? " gone"
                                       : "",
-            left, top, width, bottom - top, shade,
-            width > at_.wide_mark || is_crowded ? shade : "#fff");
+            left, top, width, bottom - top, shade, is_edged ? "#fff" : shade);
       };
       rectangle(mark.top, at_.level_bottom);
       if (mark.time_end > 0.0) rectangle(mark.time_begin, mark.time_end);
@@ -260,7 +262,7 @@ class Drawing {
   /// kept free, in a crowd only where they would stand out.
   void drawLabels() {
     std::vector<Label> placed;
-    const std::vector<double> skyline = narrowMarksSkyline();
+    const std::vector<double> behind = skyline(Width::kNarrow);
     std::vector<size_t> order(report_.channels.size());
     std::iota(order.begin(), order.end(), size_t{0});
     const auto rank = [this](size_t index) {
@@ -269,9 +271,9 @@ class Drawing {
     };
     std::stable_sort(order.begin(), order.end(),
                      [&](size_t left, size_t right) { return rank(left) < rank(right); });
-    const auto isHidden = [&skyline](const Label& label) {
-      const auto behind = skyline.begin() + static_cast<ptrdiff_t>(label.x - label.half_width);
-      return *std::min_element(behind, behind + static_cast<ptrdiff_t>(2.0 * label.half_width)) <
+    const auto isHidden = [&behind](const Label& label) {
+      const auto first = behind.begin() + static_cast<ptrdiff_t>(label.x - label.half_width);
+      return *std::min_element(first, first + static_cast<ptrdiff_t>(2.0 * label.half_width)) <
              label.y;
     };
     const auto labelOf = [this](size_t index, size_t characters) {
@@ -304,22 +306,24 @@ class Drawing {
     }
   }
 
-  /// For each column of pixels where the highest mark ends that is not translucent.
-  std::vector<double> narrowMarksSkyline() const {
-    std::vector<double> skyline(static_cast<size_t>(kWidth) + 1, at_.level_bottom);
+  enum class Width { kNarrow, kWide };
+
+  /// For each column of pixels where the highest mark of that width ends.
+  std::vector<double> skyline(Width wanted) const {
+    std::vector<double> tops(static_cast<size_t>(kWidth) + 1, at_.level_bottom);
     for (size_t index = 0; index < report_.channels.size(); ++index) {
       const SurveyedChannel& channel = report_.channels[index].channel;
       const double half_hz = 0.5 * std::max(channel.width_hz, 0.0);
       const double low = xOf(channel.centre_hz - half_hz);
       const double high = xOf(channel.centre_hz + half_hz);
-      if (high - low > at_.wide_mark) continue;
+      if ((high - low > at_.wide_mark) != (wanted == Width::kWide)) continue;
       const auto first = static_cast<size_t>(std::max(low - 1.0, 0.0));
       const auto last = static_cast<size_t>(std::min(high + 1.0, kWidth));
       for (size_t x = first; x <= last; ++x) {
-        skyline[x] = std::min(skyline[x], report_.layout.marks[index].top);
+        tops[x] = std::min(tops[x], report_.layout.marks[index].top);
       }
     }
-    return skyline;
+    return tops;
   }
 
   void drawLegend() {

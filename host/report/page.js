@@ -196,16 +196,33 @@
       + (channel.timeEnd > 0 ? outline(x, channel.timeBegin, width, channel.timeEnd - channel.timeBegin) : '');
   }
 
+  /** For each column of pixels where the highest mark ends of those whose width is asked for. */
+  function skylineOf(isTaken) {
+    const skyline = new Array(Math.ceil(pictureWidth) + 1).fill(at.level_bottom);
+    for (const channel of channels) {
+      if (!isInView(channel)) continue;
+      const [from, to] = [Math.max(xOf(channel.low), 0), Math.min(xOf(channel.high), pictureWidth)];
+      if (!isTaken(xOf(channel.high) - xOf(channel.low))) continue;
+      for (let x = Math.max(Math.floor(from) - 1, 0); x <= to + 1; x += 1) skyline[x] = Math.min(skyline[x] ?? 0, channel.top);
+    }
+    return skyline;
+  }
+
   // Marks that look alike are one path, or thousands of them would keep the reader waiting. The wide
   // come first, so that what lies upon them is drawn upon them, then by shade.
   const widthSteps = [at.wide_mark, 12, 6, at.least_mark];
   function drawMarks() {
     const groups = new Map();
+    // A white edge parts marks from what they lie upon; a crowd, where it would be all one saw, has
+    // it on wide marks alone.
+    const crowded = isCrowded();
+    const wideMarks = skylineOf((width) => width > at.wide_mark);
+    const isEdged = (channel) => !crowded || wideMarks[Math.round(xOf(channel.centre))] < at.level_bottom;
     for (const channel of channels) {
       if (!isInView(channel)) continue;
       const { width } = boxOf(channel);
       const step = widthSteps.findIndex((least) => width > least);
-      const state = `mark${step === 0 ? ' wide' : ''}${passes(channel) ? '' : ' left-out'}`
+      const state = `mark${isEdged(channel) ? ' edged' : ''}${passes(channel) ? '' : ' left-out'}`
         + (channel.changeText === 'new' || channel.changeText === 'gone' ? ` ${channel.changeText}` : '');
       const order = (step < 0 ? widthSteps.length : step) * data.shades.length + channel.shade;
       const key = `${order} ${state}`;
@@ -213,11 +230,8 @@
       groups.get(key).parts.push(outlines(channel));
     }
     marks.replaceChildren();
-    // A white edge parts narrow marks from what they lie upon, but of a crowd it would be all one saw.
-    const edge = isCrowded() ? null : '#fff';
     for (const { state, shade, parts } of [...groups.values()].sort((a, b) => a.order - b.order)) {
-      const stroke = (state.includes('wide') ? null : edge) ?? shade;
-      shape('path', { class: state, fill: shade, stroke, d: parts.join('') }, marks);
+      shape('path', { class: state, fill: shade, stroke: shade, d: parts.join('') }, marks);
     }
   }
   function drawHighlights() {
@@ -237,13 +251,7 @@
     labels.replaceChildren();
     const boxes = [];
     const overlap = (a, b) => Math.abs(a.x - b.x) < a.half + b.half && Math.abs(a.bottom - b.bottom) < at.label_height;
-    const skyline = new Array(Math.ceil(pictureWidth) + 1).fill(at.level_bottom);
-    for (const channel of channels) {
-      if (!isInView(channel)) continue;
-      const [from, to] = [xOf(channel.low), xOf(channel.high)];
-      if (to - from > at.wide_mark) continue;
-      for (let x = Math.max(Math.floor(from) - 1, 0); x <= to + 1; x += 1) skyline[x] = Math.min(skyline[x] ?? 0, channel.top);
-    }
+    const skyline = skylineOf((width) => width <= at.wide_mark);
     const isHidden = (from, to, bottom) => {
       for (let x = Math.floor(from); x <= to; x += 1) if (skyline[x] < bottom) return true;
       return false;
