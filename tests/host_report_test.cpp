@@ -182,6 +182,27 @@ TEST(BandSvg, MarksEveryChangeAlsoWhereNoFrequencyHasRoom) {
   }
 }
 
+TEST(BandSvg, DrawsTheShortAfterTheTallAndTheNarrowAfterTheWide) {
+  ReportData report;
+  report.channels =
+      withoutComparison({channelAt(100.030e6, 3e3, 1, 25), channelAt(100.000e6, 3e3, 25, 25),
+                         channelAt(100.500e6, 2e6, 5, 10)});
+  const double over_db[] = {15.0, 50.0, 20.0};
+  for (size_t index = 0; index < std::size(over_db); ++index) {
+    report.channels[index].channel.peak_db = over_db[index];
+  }
+  report.channels.push_back({channelAt(120e6, 3e3, 7, 10)});
+  report.layout = layOutBand(report.channels, {}, {});
+  const std::string svg = bandSvg(report);
+  const auto drawnAt = [&](double activity) {
+    const auto shade = static_cast<size_t>(std::lround(10.0 * activity));
+    return svg.find("fill=\"" + activityShades()[shade]);
+  };
+  EXPECT_LT(drawnAt(0.5), drawnAt(1.0)) << "the wide one first";
+  EXPECT_LT(drawnAt(1.0), drawnAt(0.04)) << "then the tall one";
+  EXPECT_EQ(svg.find("opacity:.6"), std::string::npos) << "in the colours of the legend";
+}
+
 TEST(BandLayout, LevelsBeyondReasonMakeNoEndlessScale) {
   auto rows = parseSurveyRows(
       "145012500,1,1,1,1e300,-1e300,1,1,1,1,?\n145112500,1,1,1,900,-900,1,1,1,1,?\n");

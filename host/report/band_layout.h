@@ -23,8 +23,10 @@ struct PictureMeasures {
   double time_top = 290.0;
   double time_bottom = 390.0;
   double height = 408.0;
-  double least_mark = 4.0;       ///< a mark is at least so wide and so high, its edge included
-  double wide_mark = 24.0;       ///< one that is wider may have labels and other marks upon it
+  double least_mark = 4.0;  ///< a mark is at least so wide and so high, its edge included
+  double wide_mark = 24.0;  ///< one that is wider may have labels and other marks upon it
+  /// Of marks between the same two of these the tall are drawn first, so that the short are seen.
+  std::vector<double> width_steps = {wide_mark, 12.0, 6.0, least_mark};
   double character_width = 6.3;  ///< of the labels, about
   double label_height = 12.0;
   double tick_distance = 85.0;  ///< between frequencies on the axis, about

@@ -189,37 +189,58 @@ class Drawing {
     }
   }
 
-  void drawMarks() {
-    // The wide first, so that what lies upon them is drawn upon them.
-    std::vector<size_t> order(report_.channels.size());
-    std::iota(order.begin(), order.end(), size_t{0});
-    std::stable_sort(order.begin(), order.end(), [this](size_t left, size_t right) {
-      return report_.channels[left].channel.width_hz > report_.channels[right].channel.width_hz;
-    });
-    // A white edge parts marks from what they lie upon; a crowd, where it would be all one saw, has
-    // it on wide marks alone.
-    const bool is_crowded = isCrowded();
-    const std::vector<double> wide_marks = skyline(Width::kWide);
-    for (const size_t index : order) {
+  struct Box {
+    double left;
+    double top;
+    double width;
+    double height;
+    size_t channel;
+  };
+
+  std::vector<Box> channelBoxes() const {
+    std::vector<Box> boxes;
+    for (size_t index = 0; index < report_.channels.size(); ++index) {
       const SurveyedChannel& channel = report_.channels[index].channel;
-      const Change change = report_.channels[index].change;
       const ChannelMark& mark = report_.layout.marks[index];
       const double half_hz = 0.5 * std::max(channel.width_hz, 0.0);
       const double low = xOf(channel.centre_hz - half_hz);
       const double high = xOf(channel.centre_hz + half_hz);
       const double width = std::max(high - low, at_.least_mark);
-      const std::string& shade = activityShades()[mark.shade];
+      const double left = 0.5 * (low + high - width);
+      boxes.push_back({left, mark.top, width, at_.level_bottom - mark.top, index});
+      if (mark.time_end > 0.0) {
+        boxes.push_back({left, mark.time_begin, width, mark.time_end - mark.time_begin, index});
+      }
+    }
+    return boxes;
+  }
+
+  void drawMarks() {
+    std::vector<Box> boxes = channelBoxes();
+    // The wide first, of equal width the tall, and of equal height what was seen often, so that what
+    // lies upon them is drawn upon them and never behind.
+    const auto rank = [this](const Box& box) {
+      const auto narrower = [&box](double least) { return box.width <= least; };
+      return std::tuple(std::count_if(at_.width_steps.begin(), at_.width_steps.end(), narrower),
+                        -box.height, -report_.channels[box.channel].channel.activity());
+    };
+    std::stable_sort(boxes.begin(), boxes.end(), [&rank](const Box& left, const Box& right) {
+      return rank(left) < rank(right);
+    });
+    // A white edge parts marks from what they lie upon; a crowd, where it would be all one saw, has
+    // it on wide marks alone.
+    const bool is_crowded = isCrowded();
+    const std::vector<double> wide_marks = skyline(Width::kWide);
+    for (const Box& box : boxes) {
+      const auto& [channel, change, old_hits, old_looks] = report_.channels[box.channel];
+      const std::string& shade = activityShades()[report_.layout.marks[box.channel].shade];
       const auto column = static_cast<size_t>(xOf(channel.centre_hz));
       const bool is_edged = !is_crowded || wide_marks[column] < at_.level_bottom;
-      const auto rectangle = [&, left = 0.5 * (low + high - width)](double top, double bottom) {
-        add(R"(<rect class="mark{}" x="{:.1f}" y="{:.1f}" width="{:.1f}" height="{:.1f}" fill="{}" stroke="{}"/>)",
-            change == Change::kNew    ? " new"
-            : change == Change::kGone ? " gone"
-                                      : "",
-            left, top, width, bottom - top, shade, is_edged ? "#fff" : shade);
-      };
-      rectangle(mark.top, at_.level_bottom);
-      if (mark.time_end > 0.0) rectangle(mark.time_begin, mark.time_end);
+      add(R"(<rect class="mark{}" x="{:.1f}" y="{:.1f}" width="{:.1f}" height="{:.1f}" fill="{}" stroke="{}"/>)",
+          change == Change::kNew    ? " new"
+          : change == Change::kGone ? " gone"
+                                    : "",
+          box.left, box.top, box.width, box.height, shade, is_edged ? "#fff" : shade);
     }
   }
 

@@ -190,10 +190,16 @@
     return { x: (left + right - width) / 2, width };
   }
   const outline = (x, y, width, height) => `M${x.toFixed(1)} ${y}h${width.toFixed(1)}v${height.toFixed(1)}h${(-width).toFixed(1)}z`;
+  const levelRange = at.level_bottom - at.level_top;
+  const timeRange = at.time_bottom - at.time_top;
+  /** What is drawn of a channel, each with its part of the height there is. */
   function outlines(channel) {
     const { x, width } = boxOf(channel);
-    return outline(x, channel.top, width, at.level_bottom - channel.top)
-      + (channel.timeEnd > 0 ? outline(x, channel.timeBegin, width, channel.timeEnd - channel.timeBegin) : '');
+    const height = at.level_bottom - channel.top;
+    const length = channel.timeEnd - channel.timeBegin;
+    const drawn = [{ part: height / levelRange, path: outline(x, channel.top, width, height) }];
+    if (channel.timeEnd > 0) drawn.push({ part: length / timeRange, path: outline(x, channel.timeBegin, width, length) });
+    return drawn;
   }
 
   /** For each column of pixels where the highest mark ends of those whose width is asked for. */
@@ -209,8 +215,9 @@
   }
 
   // Marks that look alike are one path, or thousands of them would keep the reader waiting. The wide
-  // come first, so that what lies upon them is drawn upon them, then by shade.
-  const widthSteps = [at.wide_mark, 12, 6, at.least_mark];
+  // come first, of equal width the tall, and of equal height what was seen often, so that what lies
+  // upon them is drawn upon them and never behind.
+  const heightSteps = 10;
   function drawMarks() {
     const groups = new Map();
     // A white edge parts marks from what they lie upon; a crowd, where it would be all one saw, has
@@ -221,24 +228,27 @@
     for (const channel of channels) {
       if (!isInView(channel)) continue;
       const { width } = boxOf(channel);
-      const step = widthSteps.findIndex((least) => width > least);
+      const step = at.width_steps.filter((least) => width <= least).length;
       const state = `mark${isEdged(channel) ? ' edged' : ''}${passes(channel) ? '' : ' left-out'}`
         + (channel.changeText === 'new' || channel.changeText === 'gone' ? ` ${channel.changeText}` : '');
-      const order = (step < 0 ? widthSteps.length : step) * data.shades.length + channel.shade;
-      const key = `${order} ${state}`;
-      if (!groups.has(key)) groups.set(key, { order, state, shade: data.shades[channel.shade], parts: [] });
-      groups.get(key).parts.push(outlines(channel));
+      for (const { part, path } of outlines(channel)) {
+        const order = (step + 1) * (heightSteps + 1) - Math.round(heightSteps * part);
+        const key = `${order} ${channel.shade} ${state}`;
+        if (!groups.has(key)) groups.set(key, { order, state, shade: channel.shade, paths: [] });
+        groups.get(key).paths.push(path);
+      }
     }
     marks.replaceChildren();
-    for (const { state, shade, parts } of [...groups.values()].sort((a, b) => a.order - b.order)) {
-      shape('path', { class: state, fill: shade, stroke: shade, d: parts.join('') }, marks);
+    for (const { state, shade, paths } of [...groups.values()].sort((a, b) => a.order - b.order || b.shade - a.shade)) {
+      const colour = data.shades[shade];
+      shape('path', { class: state, fill: colour, stroke: colour, d: paths.join('') }, marks);
     }
   }
   function drawHighlights() {
     highlights.replaceChildren();
     for (const channel of new Set([picked, hovered])) {
       if (!channel || !isInView(channel)) continue;
-      shape('path', { class: 'highlight', d: outlines(channel) }, highlights);
+      shape('path', { class: 'highlight', d: outlines(channel).map(({ path }) => path).join('') }, highlights);
     }
   }
 

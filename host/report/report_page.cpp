@@ -70,6 +70,7 @@ json dataOf(const ReportData& report) {
                       {"height", at.height},
                       {"least_mark", at.least_mark},
                       {"wide_mark", at.wide_mark},
+                      {"width_steps", at.width_steps},
                       {"character_width", at.character_width},
                       {"label_height", at.label_height},
                       {"tick_distance", at.tick_distance}};
