@@ -203,6 +203,20 @@ TEST(BandSvg, DrawsTheShortAfterTheTallAndTheNarrowAfterTheWide) {
   EXPECT_EQ(svg.find("opacity:.6"), std::string::npos) << "in the colours of the legend";
 }
 
+TEST(BandLayout, TheSpanOfTimeIsThatOfTheSurveyAndNotOfWhatIsGone) {
+  auto channels = withoutComparison({channelAt(145e6, 3e3, 1, 1), channelAt(146e6, 3e3, 1, 1)});
+  channels[0].channel.first_unix_ms = 2'000'000;
+  channels[0].channel.last_unix_ms = 5'600'000;
+  channels[1].channel.first_unix_ms = 1000;
+  channels[1].channel.last_unix_ms = 2000;
+  channels[1].change = Change::kGone;
+  const BandLayout layout = layOutBand(channels, {}, {});
+  EXPECT_EQ(layout.first_unix_ms, 2000000);
+  EXPECT_EQ(layout.last_unix_ms, 5600000);
+  EXPECT_EQ(layout.marks[1].time_begin, layout.measures.time_top) << "before all of it";
+  EXPECT_EQ(layOutBand({channels[1]}, {}, {}).marks[0].time_end, 0.0) << "nothing to show it in";
+}
+
 TEST(BandLayout, LevelsBeyondReasonMakeNoEndlessScale) {
   auto rows = parseSurveyRows(
       "145012500,1,1,1,1e300,-1e300,1,1,1,1,?\n145112500,1,1,1,900,-900,1,1,1,1,?\n");

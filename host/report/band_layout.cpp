@@ -112,7 +112,8 @@ BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
   for (const auto& [channel, change, old_hits, old_looks] : channels) {
     widen(layout.span, extent(channel));
     top_db = std::max(top_db, overFloorDb(channel));
-    if (!hasTimes(channel)) continue;
+    // What is gone was seen by another survey at another time.
+    if (!hasTimes(channel) || change == Change::kGone) continue;
     const bool is_first = layout.first_unix_ms == 0;
     layout.first_unix_ms =
         is_first ? channel.first_unix_ms : std::min(layout.first_unix_ms, channel.first_unix_ms);
@@ -140,14 +141,14 @@ BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
       static_cast<double>(layout.last_unix_ms) - static_cast<double>(layout.first_unix_ms);
   const auto time_y = [&](int64_t unix_ms) {
     const double since = static_cast<double>(unix_ms) - static_cast<double>(layout.first_unix_ms);
-    const double part = time_span > 0.0 ? since / time_span : 0.0;
+    const double part = time_span > 0.0 ? std::clamp(since / time_span, 0.0, 1.0) : 0.0;
     return at.time_top + part * (at.time_bottom - at.least_mark - at.time_top);
   };
   for (const auto& [channel, change, old_hits, old_looks] : channels) {
     ChannelMark mark;
     const double height = overFloorDb(channel) / layout.top_db * (at.level_bottom - at.level_top);
     mark.top = at.level_bottom - std::max(height, at.least_mark);
-    if (hasTimes(channel)) {
+    if (hasTimes(channel) && layout.first_unix_ms > 0) {
       mark.time_begin = time_y(channel.first_unix_ms);
       mark.time_end = time_y(channel.last_unix_ms) + at.least_mark;
     }

@@ -43,7 +43,7 @@ struct PlanStretch {
 /// left to right follows from its frequencies and from the part of the band that is looked at.
 struct ChannelMark {
   double top = 0.0;
-  double time_begin = 0.0;  ///< both 0 when it has no times
+  double time_begin = 0.0;  ///< both 0 when it has no times; within the span of the survey
   double time_end = 0.0;
   size_t shade = 0;  ///< index into activityShades()
 };
@@ -56,7 +56,7 @@ struct BandLayout {
   FrequencyRange span;         ///< the band with every signal whole, and a margin
   double top_db = 0.0;         ///< the level over the floor at level_top
   double level_step_db = 0.0;  ///< from line to line of the scale; top_db is a multiple
-  int64_t first_unix_ms = 0;   ///< both 0 when no channel has times
+  int64_t first_unix_ms = 0;   ///< of this survey, so not of what is gone; both 0 without times
   int64_t last_unix_ms = 0;
   std::vector<PlanStretch> strip;
   std::vector<ChannelMark> marks;  ///< one for each channel, in their order

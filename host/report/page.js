@@ -82,7 +82,7 @@
   const spanText = firstSeen === lastSeen ? `at ${timeText(firstSeen)}` : `from ${timeText(firstSeen)} to ${timeText(lastSeen)}`;
   find('time-span').textContent = firstSeen > 0
     ? `Seen ${spanText} (${zoneText})`
-    : channels.length > 0 ? 'The survey had no clock, so nothing is known about times.' : 'Nothing was found yet.';
+    : known > 0 ? 'The survey had no clock, so nothing is known about times.' : 'Nothing was found yet.';
   for (const [name, value] of data.settings) {
     const pair = element('div', {}, undefined, find('settings'));
     element('dt', {}, name, pair);
