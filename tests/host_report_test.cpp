@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
+#include <ctime>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -201,6 +203,20 @@ TEST(BandSvg, DrawsTheShortAfterTheTallAndTheNarrowAfterTheWide) {
   EXPECT_LT(drawnAt(0.5), drawnAt(1.0)) << "the wide one first";
   EXPECT_LT(drawnAt(1.0), drawnAt(0.04)) << "then the tall one";
   EXPECT_EQ(svg.find("opacity:.6"), std::string::npos) << "in the colours of the legend";
+}
+
+TEST(BandSvg, TellsTheZoneOfEachTimeWhereTheyDiffer) {
+  ReportData report;
+  report.channels = withoutComparison({channelAt(145e6, 3e3, 1, 1)});
+  report.channels[0].channel.first_unix_ms = 1'729'983'600'000;
+  report.channels[0].channel.last_unix_ms = 1'729'994'400'000;
+  report.layout = layOutBand(report.channels, {}, {});
+  setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+  tzset();
+  const std::string svg = bandSvg(report);
+  unsetenv("TZ");
+  tzset();
+  EXPECT_NE(svg.find(">2024-10-27 01:00:00 CEST to 2024-10-27 03:00:00 CET<"), std::string::npos);
 }
 
 TEST(BandLayout, TheSpanOfTimeIsThatOfTheSurveyAndNotOfWhatIsGone) {

@@ -123,12 +123,15 @@ class Drawing {
     text(12.0, 22.0 - kHeadHeight, "title", title);
     const auto& layout = report_.layout;
     if (layout.first_unix_ms == 0) return;
-    text(kWidth - at_.right, 22.0 - kHeadHeight, "soft end",
-         fmt::format("{}{} {:%Z}",
-                     layout.first_unix_ms == layout.last_unix_ms
-                         ? ""
-                         : timeText(layout.first_unix_ms) + " to ",
-                     timeText(layout.last_unix_ms), localTime(layout.last_unix_ms)));
+    // Between summer and winter the zone is part of each time, otherwise it is said once.
+    const auto zoneText = [](int64_t unix_ms) { return fmt::format(" {:%Z}", localTime(unix_ms)); };
+    std::string span = timeText(layout.last_unix_ms) + zoneText(layout.last_unix_ms);
+    if (layout.first_unix_ms != layout.last_unix_ms) {
+      const std::string zone = zoneText(layout.first_unix_ms);
+      const bool is_one_zone = zone == zoneText(layout.last_unix_ms);
+      span = timeText(layout.first_unix_ms) + (is_one_zone ? "" : zone) + " to " + span;
+    }
+    text(kWidth - at_.right, 22.0 - kHeadHeight, "soft end", span);
   }
 
   /// Whether the survey took so little time that the seconds would all be one.
