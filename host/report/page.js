@@ -25,7 +25,7 @@
   // ---- Text --------------------------------------------------------------------------------------
   const missing = '–';
   const mhz = (hz, digits = 4) => (hz / 1e6).toFixed(digits);
-  const khz = (hz) => (hz / 1e3).toFixed(1);
+  const khz = (hz) => (hz / 1e3).toFixed(hz < 1000 ? 3 : 1);
   const decibel = (db) => (db === null ? missing : db.toFixed(1));
   const percent = (part) => `${Math.round(100 * part)} %`;
   const two = (number) => String(number).padStart(2, '0');
