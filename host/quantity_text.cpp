@@ -46,6 +46,11 @@ std::optional<double> takeNumber(std::string_view& text) {
   return value;
 }
 
+/// Nothing when that is too large for a number.
+std::optional<double> scaled(double value, double factor) {
+  return std::isfinite(value * factor) ? std::optional(value * factor) : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<double> parseQuantity(std::string_view text) {
@@ -53,9 +58,9 @@ std::optional<double> parseQuantity(std::string_view text) {
   if (!value) return std::nullopt;
   if (text.ends_with("Hz")) text.remove_suffix(2);
   if (text.empty()) return value;
-  if (text == "k" || text == "K") return *value * 1e3;
-  if (text == "M" || text == "m") return *value * 1e6;
-  if (text == "G" || text == "g") return *value * 1e9;
+  if (text == "k" || text == "K") return scaled(*value, 1e3);
+  if (text == "M" || text == "m") return scaled(*value, 1e6);
+  if (text == "G" || text == "g") return scaled(*value, 1e9);
   return std::nullopt;
 }
 
@@ -73,9 +78,9 @@ std::optional<double> parseSeconds(std::string_view text) {
   const auto value = takeNumber(text);
   if (!value || *value < 0.0) return std::nullopt;
   if (text.empty() || text == "s") return value;
-  if (text == "m" || text == "min") return *value * 60.0;
-  if (text == "h") return *value * 3600.0;
-  if (text == "d") return *value * 86400.0;
+  if (text == "m" || text == "min") return scaled(*value, 60.0);
+  if (text == "h") return scaled(*value, 3600.0);
+  if (text == "d") return scaled(*value, 86400.0);
   return std::nullopt;
 }
 
