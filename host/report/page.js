@@ -9,8 +9,9 @@
     centre, width, minWidth, maxWidth, peak, floor, hits, looks, first, last, kind, band, top, timeBegin, timeEnd,
     shade, change, oldHits, oldLooks,
   ]) => ({
-    centre, width, minWidth, maxWidth, peak, hits, looks, first, last, kind, band, top, timeBegin, timeEnd,
+    centre, width, minWidth, maxWidth, peak, hits, looks, first, last, kind, top, timeBegin, timeEnd,
     shade, change, oldHits, oldLooks,
+    band: data.plan.indexOf(data.plan[band]),  // of several ranges of one name the first; none: -1
     low: centre - Math.max(width, 0) / 2,
     high: centre + Math.max(width, 0) / 2,
     activity: hits / looks,
