@@ -28,7 +28,8 @@
   const mhz = (hz, digits = 4) => (hz / 1e6).toFixed(digits);
   const khz = (hz) => (hz / 1e3).toFixed(hz < 1000 ? 3 : 1);
   const decibel = (db) => (db === null ? missing : db.toFixed(1));
-  const percent = (part) => `${Math.round(100 * part)} %`;
+  // Whole percents, and neither none nor all for what is in between.
+  const percentOf = (c) => (c.hits === c.looks ? 100 : Math.min(Math.max(Math.round(100 * c.activity), 1), 99));
   const two = (number) => String(number).padStart(2, '0');
 
   const hasTime = (ms) => ms > 0 && ms <= 8.64e15;
@@ -510,7 +511,7 @@
         element('span', { class: 'seen', style: `background: ${data.shades[channel.shade]}` }, '', cell);
       }
       cell.append(column.text(channel));
-      if (column.key === 'activity') element('span', { class: 'part' }, percent(channel.activity), cell);
+      if (column.key === 'activity') element('span', { class: 'part' }, `${percentOf(channel)} %`, cell);
     }
     return channel.row;
   }
@@ -520,7 +521,7 @@
     return (filters.kind.value === '' || channel.kind === Number(filters.kind.value))
       && (filters.band.value === '' || channel.band === Number(filters.band.value))
       && (filters.change.value === '' || channel.change === Number(filters.change.value))
-      && 100 * channel.activity >= Number(filters.activity.value);
+      && percentOf(channel) >= Number(filters.activity.value);  // as it is shown
   }
   function offer(select, key, nameOf) {
     for (const value of [...new Set(channels.map((c) => c[key]))].sort((a, b) => a - b)) {
