@@ -472,7 +472,7 @@
     { title: 'Kind', unit: 'by width', key: 'kind', width: 10, text: (c) => c.kindText, isText: true },
     { title: 'Over floor', unit: 'relative dB', key: 'over', width: 11, isDown: true, text: (c) => decibel(c.over) },
     { title: 'Peak', unit: 'relative dB', key: 'peak', width: 9, isDown: true, text: (c) => decibel(c.peak) },
-    { title: 'Seen', unit: 'of looks', key: 'activity', width: 13, isDown: true, text: (c) => `${c.hits}/${c.looks}` },
+    { title: 'Seen', unit: 'of looks', key: 'activity', width: 15, isDown: true, text: (c) => `${c.hits}/${c.looks}` },
     { title: 'First seen', unit: zoneText, key: 'first', width: 17.5, isDown: true, text: (c) => timeText(c.first) },
     { title: 'Last seen', unit: zoneText, key: 'last', width: 17.5, isDown: true, text: (c) => timeText(c.last) },
     { title: 'Band', unit: 'band plan', key: 'bandText', width: 14, text: (c) => c.bandText, isText: true },
@@ -490,6 +490,7 @@
   for (const column of columns) {
     element('col', { style: `width: ${((100 * column.width) / widths).toFixed(2)}%` }, undefined, colgroup);
     column.head = element('th', { scope: 'col', class: column.isText ? 'text' : '' }, undefined, find('heading'));
+    column.head.dataset.title = column.title;  // for paper: buttons are not repeated on every sheet
     element('button', { type: 'button' }, column.title, column.head).addEventListener('click', () => {
       const isSame = sortBy.key === column.key;
       sortBy = { key: column.key, isDown: isSame ? !sortBy.isDown : Boolean(column.isDown) };
@@ -533,6 +534,19 @@
   offer(filters.change, 'change', (change) => data.changes[change] || 'as before');
   find('change-label').hidden = !data.compared;
 
+  /** The filters as a sentence for paper, where they themselves are not seen. */
+  function filterText(onlyInView) {
+    const chosen = (name) => filters[name].selectedOptions[0].textContent;
+    const isWhole = view.low === data.span[0] && view.high === data.span[1];
+    return [
+      filters.kind.value && `kind ${chosen('kind')}`,
+      filters.band.value && `band ${chosen('band')}`,
+      filters.change.value && `change: ${chosen('change')}`,
+      Number(filters.activity.value) > 0 && `seen in at least ${filters.activity.value} % of looks`,
+      onlyInView && !isWhole && `from ${mhz(view.low)} to ${mhz(view.high)} MHz`,
+    ].filter(Boolean).join(', ');
+  }
+
   // Rows come in portions, so that the page is seen, and answers, before the last of them is made.
   const portion = 150;
   let waiting = [];
@@ -557,6 +571,7 @@
     const onlyInView = find('in-view').checked;
     waiting = channels.filter((c) => passes(c) && (!onlyInView || isInView(c))).sort(compare);
     find('count').textContent = `${waiting.length} of ${counted(channels.length, 'channel')}`;
+    find('chosen').textContent = filterText(onlyInView);
     find('rows').replaceChildren();
     appendRows(portion);
     const first = find('rows').firstChild;
