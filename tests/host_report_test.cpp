@@ -233,6 +233,17 @@ TEST(BandLayout, TheSpanOfTimeIsThatOfTheSurveyAndNotOfWhatIsGone) {
   EXPECT_EQ(layOutBand({channels[1]}, {}, {}).marks[0].time_end, 0.0) << "nothing to show it in";
 }
 
+TEST(BandSvg, NamesNoBandThatNothingTells) {
+  ReportData report;
+  report.layout = layOutBand({}, {}, {});
+  EXPECT_NE(bandSvg(report).find("<title>0 channels<"), std::string::npos);
+  SurveySettings settings;
+  settings.start_hz = 144e6;
+  settings.stop_hz = 146e6;
+  report.layout = layOutBand({}, {}, settings);
+  EXPECT_NE(bandSvg(report).find("<title>144.000–146.000 MHz, 0 channels<"), std::string::npos);
+}
+
 TEST(BandLayout, LevelsBeyondReasonMakeNoEndlessScale) {
   auto rows = parseSurveyRows(
       "145012500,1,1,1,1e300,-1e300,1,1,1,1,?\n145112500,1,1,1,900,-900,1,1,1,1,?\n");

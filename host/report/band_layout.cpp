@@ -33,7 +33,7 @@ FrequencyRange bandOf(const std::vector<ReportedChannel>& channels,
                         *settings.start_hz < *settings.stop_hz && *settings.start_hz >= 0.0;
   const FrequencyRange asked =
       has_band ? FrequencyRange{*settings.start_hz, *settings.stop_hz} : FrequencyRange{0.0, 0.0};
-  if (channels.empty()) return has_band ? asked : FrequencyRange{0.0, kLeastSpanHz};
+  if (channels.empty()) return asked;
   const auto is_in_band = [&](const ReportedChannel& reported) {
     const double centre_hz = reported.channel.centre_hz;
     return asked.low_hz <= centre_hz && centre_hz <= asked.high_hz;

@@ -52,7 +52,7 @@ struct ChannelMark {
 /// shows: the page, which zooms, and the plain picture are both drawn from it.
 struct BandLayout {
   PictureMeasures measures;
-  FrequencyRange band;         ///< what the title names
+  FrequencyRange band;         ///< what the title names; 0 to 0 when nothing tells it
   FrequencyRange span;         ///< the band with every signal whole, and a margin
   double top_db = 0.0;         ///< the level over the floor at level_top
   double level_step_db = 0.0;  ///< from line to line of the scale; top_db is a multiple

@@ -117,8 +117,11 @@ class Drawing {
     const auto count = channels.size() - static_cast<size_t>(std::count_if(
                                              channels.begin(), channels.end(), is_gone));
     const FrequencyRange& band = report_.layout.band;
-    const std::string title = fmt::format("{:.3f}\u2013{:.3f} MHz, {} channel{}", band.low_hz / 1e6,
-                                          band.high_hz / 1e6, count, count == 1 ? "" : "s");
+    const bool has_band = band.high_hz > 0.0;
+    const std::string range =
+        has_band ? fmt::format("{:.3f}\u2013{:.3f} MHz, ", band.low_hz / 1e6, band.high_hz / 1e6)
+                 : "";
+    const std::string title = fmt::format("{}{} channel{}", range, count, count == 1 ? "" : "s");
     add("<title>{}</title>", title);
     text(12.0, 22.0 - kHeadHeight, "title", title);
     const auto& layout = report_.layout;

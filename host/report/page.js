@@ -77,7 +77,9 @@
   // ---- Heading -----------------------------------------------------------------------------------
   const counted = (number, what) => `${number} ${what}${number === 1 ? '' : 's'}`;
   const known = channels.filter((c) => c.changeText !== 'gone').length;
-  const title = `${mhz(data.band[0], 3)}–${mhz(data.band[1], 3)} MHz, ${counted(known, 'channel')}`;
+  const [bandLow, bandHigh] = data.band;
+  const bandText = bandHigh > 0 ? `${mhz(bandLow, 3)}–${mhz(bandHigh, 3)} MHz, ` : '';
+  const title = bandText + counted(known, 'channel');
   find('title').textContent = title;
   document.title = `${title} – band survey`;
   const [firstSeen, lastSeen] = data.times;
