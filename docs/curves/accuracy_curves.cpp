@@ -133,10 +133,16 @@ void measureKinds(const std::filesystem::path& dir) {
                              {"FM broadcast", SimulatedKind::kWideFm, 180000.0, 75000.0}};
   constexpr double kDwellSeconds = 4.0;
   const pelagrim_host::Programmes programmes(1);
-  std::string table = "| station | level | 250 kS/s | 1 MS/s | 2.4 MS/s |\n|---|---|---|---|---|\n";
+  struct Strength {
+    const char* name;
+    double level_db;
+  };
+  constexpr Strength kStrengths[] = {{"weak", 18.0}, {"medium", 30.0}, {"strong", 45.0}};
+  std::string table =
+      "| station | strength | 250 kS/s | 1 MS/s | 2.4 MS/s |\n|---|---|---|---|---|\n";
   for (const Sort& sort : kSorts) {
-    for (const double db : {18.0, 30.0, 45.0}) {
-      table += fmt::format("| {} | {:g} dB |", sort.name, db);
+    for (const auto& [strength, level_db] : kStrengths) {
+      table += fmt::format("| {} | {} |", sort.name, strength);
       for (const double rate_hz : {250e3, 1e6, 2.4e6}) {
         NoisyBand band(rate_hz, 71);
         const double at_hz = 20.3 * band.binHz();
@@ -144,7 +150,7 @@ void measureKinds(const std::filesystem::path& dir) {
                                                     .kind = sort.kind,
                                                     .centre_hz = at_hz,
                                                     .width_hz = sort.width_hz,
-                                                    .level_db = db,
+                                                    .level_db = level_db,
                                                     .deviation_hz = sort.deviation_hz};
         band.add(station(truth, programmes, rate_hz, 0.0));
         const auto frames = static_cast<uint64_t>(kDwellSeconds * band.binHz());
@@ -157,8 +163,8 @@ void measureKinds(const std::filesystem::path& dir) {
         const auto widest =
             std::max_element(pieces.begin(), pieces.end(),
                              [](const auto& a, const auto& b) { return a.width_hz < b.width_hz; });
-        table += fmt::format(" {:.1f} kHz {}", 1e-3 * widest->width_hz,
-                             pelagrim::guessKind(widest->width_hz));
+        table += fmt::format(" {:.0f} dB, {:.1f} kHz {}", widest->peak_db - widest->floor_db,
+                             1e-3 * widest->width_hz, pelagrim::guessKind(widest->width_hz));
         table += pieces.size() > 1 ? fmt::format(", {} pieces |", pieces.size()) : " |";
       }
       table += "\n";
