@@ -103,6 +103,47 @@ try {
   await page.keyboard.press('Enter');
   assert.match(await page.textContent('#readout'), new RegExp(third));
 
+  // Two ranges of one name are one choice, two looks of three the 67 % they are shown as, and neither
+  // none nor all what is in between; a carrier of 29 Hz has a width.
+  writeFileSync(join(dir, 'survey-labels.txt'), '144 144.1 Club\n145.9 146 Club\n');
+  const crowd = Array.from({ length: 30 }, (_, i) => row(144.2e6 + 5e4 * i, 3000, 20, 1, 2, '?'));
+  await page.goto(report('parts.html', [row(144050000, 29, 50, 400, 400, 'carrier?'), row(144060000, 29, 15, 1, 400, 'carrier?'),
+    row(145950000, 12000, 20, 2, 3, 'NFM?'), row(145960000, 3000, 20, 399, 400, 'NFM?'), row(145000000, 900000, 40, 9, 10, 'WFM?'), ...crowd]));
+  assert.deepEqual(await page.locator('#band option').allTextContents(), ['all', 'not in the band plan', 'Club']);
+  await page.selectOption('#band', { label: 'Club' });
+  await page.fill('#activity', '67');
+  assert.deepEqual(await cells(6), ['400/400 100 %', '399/400 99 %', '2/3 67 %']);
+  assert.equal((await cells(2))[0], '0.029');
+
+  // Paper tells the filters; the table gives all its rows and its titles on every sheet.
+  assert.equal(await page.textContent('#chosen'), 'band Club, seen in at least 67 % of looks');
+  const tableHeight = () => page.evaluate(() => document.querySelector('#table-box').clientHeight / document.querySelector('#table').offsetHeight);
+  await page.emulateMedia({ media: 'print' });
+  assert.equal(await page.locator('#chosen').isVisible(), true);
+  await page.evaluate(() => document.querySelector('#filters').reset());
+  await page.waitForFunction(() => document.querySelectorAll('#rows tr').length === 35);
+  assert.ok(await tableHeight() >= 1);
+  await page.emulateMedia({ media: 'screen' });
+
+  // On a screen the table scrolls by itself: picture, headings and the row that is picked are seen at once.
+  await page.setViewportSize({ width: 1280, height: 800 });
+  assert.ok(await tableHeight() < 1);
+  await page.locator('#rows tr').nth(20).click();
+  await page.locator('#picture').evaluate((element) => element.scrollIntoView());
+  for (const seen of ['#picture', 'th:has-text("Frequency")', '#rows tr[aria-current]']) {
+    const { y, height } = await page.locator(seen).boundingBox();
+    assert.ok(y >= 0 && y + height <= 800, `${seen}: ${y} to ${y + height}`);
+  }
+
+  // The wide is drawn first, in the colour of the legend, then the tall, then the short; what is
+  // picked is framed and hides nothing.
+  const marks = await page.locator('#picture .mark').evaluateAll((all) => all.map((mark) => ({
+    fill: mark.getAttribute('fill'), opacity: getComputedStyle(mark).fillOpacity })));
+  const drawn = (shade) => marks.findIndex(({ fill }) => fill === shade);
+  assert.deepEqual(marks[0], { fill: '#0f2677', opacity: '1' });
+  assert.ok(drawn('#230863') < drawn('#deba42'));
+  assert.equal(await page.locator('.highlight').first().evaluate((frame) => getComputedStyle(frame).fill), 'none');
+
   // Five thousand channels: all there, and there soon.
   const many = Array.from({ length: 5000 }, (_, i) => row(30e6 + 90e3 * i, 3000 + 40 * (i % 900), 12 + (i % 50), 1 + (i % 40), 40, '?'));
   const url = report('many.html', many);

@@ -514,7 +514,9 @@
         element('span', { class: 'seen', style: `background: ${data.shades[channel.shade]}` }, '', cell);
       }
       cell.append(column.text(channel));
-      if (column.key === 'activity') element('span', { class: 'part' }, `${percentOf(channel)} %`, cell);
+      if (column.key !== 'activity') continue;
+      cell.append(' ');
+      element('span', { class: 'part' }, `${percentOf(channel)} %`, cell);
     }
     return channel.row;
   }
