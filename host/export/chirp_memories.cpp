@@ -66,9 +66,9 @@ std::string chirpMemories(const ExportedChannels& channels) {
   int location = 0;
   for (const ExportedChannel& channel : channels) {
     const Tuned tuned = nearestTuned(channel.listening);
-    const auto comment =
-        fmt::format("{} {:.1f} kHz wide, seen {} of {}", channel.seen.kind,
-                    channel.seen.width_hz / 1e3, channel.seen.hits, channel.seen.looks);
+    const auto comment = fmt::format(
+        "{} {:.{}f} kHz wide, seen {} of {}", channel.seen.kind, channel.seen.width_hz / 1e3,
+        channel.seen.width_hz < 1e3 ? 3 : 1, channel.seen.hits, channel.seen.looks);
     text += fmt::format("{},{},{:.6f},off,0.000000,,88.5,88.5,023,NN,{},{:.2f},,{},,,\n",
                         ++location, csvField(plainText(channel.name)), tuned.hz / 1e6,
                         modeOf(channel.listening), tuned.step_khz, csvField(comment));

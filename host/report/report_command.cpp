@@ -148,9 +148,9 @@ void runReport(int argc, const char* const* argv) {
   sayRemarks(report.remarks);
   const std::string text = is_page ? reportPage(report) : bandSvg(report);
   writeWhole(output, text);
-  TextOutput(stdout).write(
-      fmt::format("{}: {} channel{}, {} kB\n", output.string(), report.channels.size(),
-                  report.channels.size() == 1 ? "" : "s", (text.size() + 999) / 1000));
+  const size_t channels = survey.rows.channels.size();  // without those that have gone
+  TextOutput(stdout).write(fmt::format("{}: {} channel{}, {} kB\n", output.string(), channels,
+                                       channels == 1 ? "" : "s", (text.size() + 999) / 1000));
 }
 
 }  // namespace pelagrim_host
