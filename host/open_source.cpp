@@ -122,7 +122,9 @@ std::unique_ptr<IqSource> openSource(const Options& options, const std::string& 
 StartTime startTime(const Options& options, const IqSource& source) {
   const auto offset_ms = static_cast<int64_t>(options.offset_seconds * 1000.0);
   if (options.start_unix_ms) return {*options.start_unix_ms + offset_ms, "the command line"};
-  if (const auto start_ms = source.startUnixMs()) return {*start_ms, "the recording"};
+  if (const auto start_ms = source.startUnixMs()) {
+    return {*start_ms, options.isSimulated() ? "the simulation" : "the recording"};
+  }
   struct stat status = {};
   if (options.source.empty() || isStandardInput(options) ||
       stat(options.source.c_str(), &status) != 0) {

@@ -242,9 +242,9 @@ std::variant<Options, std::string> parseOptions(int argc, const char* const* arg
   app.footer(
       "Afterwards: \"pelagrim-survey report\" draws a survey, \"pelagrim-survey export\" hands\n"
       "its channels to other programs; each has a --help of its own.\n\n"
-      "Frequencies and rates take the suffixes k, M and G, times s, m, h and d. What --band, "
-      "--dwell, --threshold,\n"
-      "--raster, --fixed and --sweep say is written to survey.cfg and holds from then on.\n"
+      "Frequencies and rates take the suffixes k, M and G, times s, m, h and d. What\n"
+      "--band, --dwell, --threshold, --raster, --fixed and --sweep say is written to survey.cfg\n"
+      "and holds from then on.\n"
       "The first Ctrl-C evaluates and saves the dwell in progress, a second leaves at once.\n"
       "SIGHUP, or the key r in the live view, does as much and starts afresh with what survey.cfg\n"
       "then says; the band's limits stay as they were when sweep has become no.\n"

@@ -9,20 +9,13 @@ namespace pelagrim_host {
 /// and is saved. requireOutput tells of it at the end.
 class TextOutput {
  public:
-  explicit TextOutput(std::FILE* stream);
-
-  /// Whether lines can be redrawn in place.
-  bool isTerminal() const { return is_terminal_; }
-
-  /// The width of the terminal in characters, as it is now; 80 where it is not known.
-  size_t columns() const;
+  explicit TextOutput(std::FILE* stream) : stream_(stream) {}
 
   /// Writes and flushes, so that lines come out as they arise.
   void write(std::string_view text);
 
  private:
   std::FILE* stream_;
-  bool is_terminal_;
 };
 
 /// Throws std::runtime_error when something could not be written to standard output, but for a pipe

@@ -7,12 +7,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "host/export/export_formats.h"
-#include "host/options.h"
+#include "host/quantity_text.h"
 #include "host/results/survey_arguments.h"
 #include "host/text_output.h"
 #include "host/usage_error.h"
@@ -75,7 +74,7 @@ std::optional<ExportOptions> parseExportOptions(int argc, const char* const* arg
       ->type_name("SHARE")
       ->check(CLI::Validator(
           [](const std::string& text) {
-            const auto share = parseQuantity(text);
+            const auto share = parsePlainNumber(text);
             const bool fits = share && *share >= 0.0 && *share <= 1.0;
             return fits ? std::string() : fmt::format("'{}' is not a share from 0 to 1", text);
           },
@@ -107,10 +106,7 @@ void runExport(int argc, const char* const* argv) {
       [&](const ExportFormat& candidate) { return candidate.name == options->format; });
   const std::string text = format->write(channels);
   if (options->output == "-") {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
-        std::fflush(stdout) != 0) {
-      throw std::runtime_error("cannot write to standard output");
-    }
+    TextOutput(stdout).write(text);
     return;
   }
   refuseSurveyFiles(options->output, survey);

@@ -23,7 +23,8 @@ std::string sdrppBookmarks(const ExportedChannels& channels);
 
 /// Memories for CHIRP, numbered from 1, set to receive only ("off" for the duplex) where the radio
 /// knows that. FM, and AM from 30 MHz on, go to the nearest multiple of 5 or 6.25 kHz, the steps
-/// that radios have, AM below to whole kilohertz, everything else to whole tens of hertz. Characters that CHIRP does not have become "?".
+/// that radios have, AM below to whole kilohertz, everything else to whole tens of hertz.
+/// Characters that CHIRP does not have become "?".
 std::string chirpMemories(const ExportedChannels& channels);
 
 /// Centres in whole hertz, one to a line, none twice.

@@ -1,13 +1,12 @@
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include <chrono>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <string_view>
 
 #include "host/export/csv_field.h"
 #include "host/export/export_formats.h"
+#include "host/quantity_text.h"
 
 namespace pelagrim_host {
 namespace {
@@ -19,8 +18,7 @@ constexpr ModeNames<std::string_view> kModeTexts = {
 std::string moment(int64_t unix_ms) {
   constexpr int64_t kLatestMs = 253402300799999;
   if (unix_ms <= 0 || unix_ms > kLatestMs) return "";
-  const auto seconds = static_cast<std::time_t>(unix_ms / 1000);
-  return fmt::format("{:%Y-%m-%dT%H:%M:%S}Z", fmt::gmtime(seconds));
+  return formatMoment(unix_ms);
 }
 
 /// The same to the millisecond, which survey.csv holds: "2026-01-01T00:00:00.250Z".

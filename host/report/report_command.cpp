@@ -9,7 +9,6 @@
 #include <string>
 #include <utility>
 
-#include "host/options.h"
 #include "host/report/band_svg.h"
 #include "host/report/report_data.h"
 #include "host/report/report_page.h"
