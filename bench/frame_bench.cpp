@@ -14,7 +14,7 @@
 #include "bench/rival_pipelines.h"
 #include "survey/spectrum.h"
 #include "survey/spectrum_kernel.h"
-#include "tests/plain_recurrence.h"
+#include "tests/survey/plain_recurrence.h"
 
 // What a frame costs, ours beside the plain recurrence and other people's transforms. Rounds of a
 // millisecond for each contender in turn, so that whatever else the machine does hits all alike;

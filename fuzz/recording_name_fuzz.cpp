@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "host/quantity_text.h"
 #include "host/sources/gain_setting.h"
+#include "host/text/quantity_text.h"
 #include "input_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

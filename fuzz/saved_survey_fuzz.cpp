@@ -2,9 +2,9 @@
 // makes sense, and a setting that is written is read back.
 
 #include "files/labels_file.h"
-#include "host/display_text.h"
-#include "host/results/survey_file.h"
-#include "host/survey_settings_file.h"
+#include "host/survey_dir/saved_survey.h"
+#include "host/survey_dir/survey_settings_file.h"
+#include "host/text/display_text.h"
 #include "input_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -6,14 +6,14 @@
 #include <string_view>
 #include <variant>
 
-#include "host/display_text.h"
-#include "host/export/export_command.h"
-#include "host/options.h"
-#include "host/report/report_command.h"
-#include "host/signals.h"
-#include "host/survey_command.h"
-#include "host/text_output.h"
-#include "host/usage_error.h"
+#include "host/commands/export_command.h"
+#include "host/commands/report_command.h"
+#include "host/commands/survey_command.h"
+#include "host/commands/survey_options.h"
+#include "host/process/signals.h"
+#include "host/process/text_output.h"
+#include "host/process/usage_error.h"
+#include "host/text/display_text.h"
 
 int main(int argc, char** argv) {
   enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };

@@ -19,7 +19,7 @@
 //
 // Several stages in one pass (radix 2 x 2) spare loads and stores; every butterfly stays the plain
 // formula, so that no bit depends on the arrangement. That includes the twiddle 1 + 0i: an infinity
-// times its zero is not a number. The plain recurrence stands in tests/plain_recurrence.h.
+// times its zero is not a number. The plain recurrence stands in tests/survey/plain_recurrence.h.
 #include "survey/spectrum_kernel.h"
 
 #include <array>

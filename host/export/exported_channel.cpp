@@ -8,7 +8,7 @@
 #include <set>
 #include <string_view>
 
-#include "host/display_text.h"
+#include "host/text/display_text.h"
 
 namespace pelagrim_host {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "host/export/csv_field.h"
 #include "host/export/export_formats.h"
-#include "host/quantity_text.h"
+#include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 namespace {

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "host/quantity_text.h"
 #include "host/report/survey_change.h"
-#include "host/results/survey_file.h"
+#include "host/survey_dir/saved_survey.h"
+#include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <tuple>
 
-#include "host/display_text.h"
+#include "host/text/display_text.h"
 
 namespace pelagrim_host {
 namespace {

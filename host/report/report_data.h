@@ -6,7 +6,7 @@
 
 #include "host/report/band_layout.h"
 #include "host/report/survey_change.h"
-#include "host/results/survey_file.h"
+#include "host/survey_dir/saved_survey.h"
 
 namespace pelagrim_host {
 

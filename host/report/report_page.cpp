@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "host/display_text.h"
 #include "host/report/page_assets.h"
+#include "host/text/display_text.h"
 
 namespace pelagrim_host {
 namespace {

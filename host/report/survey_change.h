@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/results/survey_file.h"
+#include "host/survey_dir/saved_survey.h"
 
 namespace pelagrim_host {
 

@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "host/display_text.h"
+#include "host/text/display_text.h"
 
 namespace pelagrim_host {
 namespace {
@@ -31,7 +31,7 @@ uint64_t samplesOf(std::optional<double> seconds, double rate_hz) {
 }  // namespace
 
 SurveySession::SurveySession(const PluginLibrary& plugin, IqSource& source, HostServices& services,
-                             SurveyClock& clock, SurveyReport& report,
+                             SurveyClock& clock, SurveyView& report,
                              const SessionSettings& settings)
     : iq_(plugin.iq()),
       host_client_(plugin.hostClient()),

@@ -9,7 +9,7 @@
 #include "host/session/host_services.h"
 #include "host/session/plugin_library.h"
 #include "host/session/survey_clock.h"
-#include "host/session/survey_report.h"
+#include "host/session/survey_view.h"
 #include "host/sources/iq_source.h"
 
 namespace pelagrim_host {
@@ -39,7 +39,7 @@ struct SessionResult {
 class SurveySession {
  public:
   SurveySession(const PluginLibrary& plugin, IqSource& source, HostServices& services,
-                SurveyClock& clock, SurveyReport& report, const SessionSettings& settings);
+                SurveyClock& clock, SurveyView& report, const SessionSettings& settings);
   ~SurveySession();
   SurveySession(const SurveySession&) = delete;
   SurveySession& operator=(const SurveySession&) = delete;
@@ -71,7 +71,7 @@ class SurveySession {
   IqSource& source_;
   HostServices& services_;
   SurveyClock& clock_;
-  SurveyReport& report_;
+  SurveyView& report_;
   SessionSettings settings_;
   PanelReader panel_;
 

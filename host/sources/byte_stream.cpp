@@ -11,7 +11,7 @@
 #include <cstring>
 #include <vector>
 
-#include "host/signals.h"
+#include "host/process/signals.h"
 #include "host/sources/iq_source.h"
 
 namespace pelagrim_host {

@@ -1,6 +1,6 @@
 #include "host/sources/gain_setting.h"
 
-#include "host/quantity_text.h"
+#include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 std::optional<GainSetting> parseGain(std::string_view text) {

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "host/quantity_text.h"
+#include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 namespace {

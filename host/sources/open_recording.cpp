@@ -6,12 +6,12 @@
 #include <filesystem>
 #include <utility>
 
-#include "host/sources/letter_case.h"
+#include "host/process/usage_error.h"
 #include "host/sources/raw_recording.h"
 #include "host/sources/sample_format.h"
 #include "host/sources/sigmf_recording.h"
 #include "host/sources/wav_recording.h"
-#include "host/usage_error.h"
+#include "host/text/letter_case.h"
 
 namespace pelagrim_host {
 namespace {

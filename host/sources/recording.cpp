@@ -4,9 +4,9 @@
 
 #include <utility>
 
-#include "host/quantity_text.h"
+#include "host/process/usage_error.h"
 #include "host/sources/recording_name.h"
-#include "host/usage_error.h"
+#include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 namespace {

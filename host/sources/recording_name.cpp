@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/quantity_text.h"
-#include "host/sources/letter_case.h"
+#include "host/text/letter_case.h"
+#include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 namespace {

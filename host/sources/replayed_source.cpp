@@ -6,7 +6,7 @@
 #include <cmath>
 #include <utility>
 
-#include "host/signals.h"
+#include "host/process/signals.h"
 
 namespace pelagrim_host {
 

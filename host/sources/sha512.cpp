@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "host/signals.h"
+#include "host/process/signals.h"
 
 namespace pelagrim_host {
 

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
-#include "host/quantity_text.h"
+#include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 namespace {

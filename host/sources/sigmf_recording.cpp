@@ -6,11 +6,11 @@
 #include <functional>
 #include <utility>
 
-#include "host/quantity_text.h"
-#include "host/signals.h"
-#include "host/sources/letter_case.h"
+#include "host/process/signals.h"
 #include "host/sources/sha512.h"
 #include "host/sources/sigmf_archive.h"
+#include "host/text/letter_case.h"
+#include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 namespace {

@@ -14,9 +14,9 @@
 #include <exception>
 #include <thread>
 
-#include "host/quantity_text.h"
-#include "host/sources/letter_case.h"
 #include "host/sources/sample_format.h"
+#include "host/text/letter_case.h"
+#include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 namespace {

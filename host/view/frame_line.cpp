@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/text_width.h"
+#include "host/text/text_width.h"
 
 namespace pelagrim_host {
 namespace {

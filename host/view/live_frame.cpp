@@ -6,9 +6,10 @@
 #include <cmath>
 #include <span>
 
-#include "host/quantity_text.h"
-#include "host/text_width.h"
+#include "host/text/quantity_text.h"
+#include "host/text/text_width.h"
 #include "host/view/frame_line.h"
+#include "host/view/panel_text.h"
 
 namespace pelagrim_host {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/session/survey_report.h"
+#include "host/session/survey_view.h"
 #include "host/view/terminal_screen.h"
 
 namespace pelagrim_host {

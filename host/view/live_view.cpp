@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "host/signals.h"
+#include "host/process/signals.h"
 
 namespace pelagrim_host {
 namespace {

@@ -3,8 +3,8 @@
 #include <chrono>
 #include <memory>
 
-#include "host/session/survey_report.h"
-#include "host/view/console_report.h"
+#include "host/session/survey_view.h"
+#include "host/view/console_view.h"
 #include "host/view/live_frame.h"
 #include "host/view/terminal_screen.h"
 
@@ -15,7 +15,7 @@ namespace pelagrim_host {
 /// The picture has a screen of its own, which opens when the run has lasted for half a second: a
 /// short one leaves its lines alone. When it closes, the last of what was said in the meantime is
 /// said again as lines, and the final table follows. Key r rescans, key q ends.
-class LiveView final : public SurveyReport {
+class LiveView final : public SurveyView {
  public:
   explicit LiveView(FrameStyle style);
   ~LiveView() override;
@@ -37,7 +37,7 @@ class LiveView final : public SurveyReport {
   void close();
 
   FrameStyle style_;
-  ConsoleReport lines_;
+  ConsoleView lines_;
   RefusalWords refusals_;
   ViewState state_;
   std::vector<SaidLine> unsaid_;  ///< since the screen was opened, not yet said as lines

@@ -12,7 +12,7 @@
 #include <atomic>
 #include <string_view>
 
-#include "host/signals.h"
+#include "host/process/signals.h"
 
 namespace pelagrim_host {
 namespace {

@@ -1,0 +1,121 @@
+#include "host/commands/export_command.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/commands/saved_survey_arguments.h"
+#include "host/export/export_formats.h"
+#include "host/process/text_output.h"
+#include "host/process/usage_error.h"
+#include "host/process/whole_file.h"
+#include "host/text/quantity_text.h"
+
+namespace pelagrim_host {
+namespace {
+
+struct ExportOptions {
+  std::string survey;
+  std::string format;
+  std::string output = "-";
+  ExportSelection selection;
+};
+
+std::vector<std::string> kindNames() {
+  return {signalKinds().begin(), signalKinds().end()};
+}
+
+/// "NFM" for "NFM?", whatever the case; as it is when there is no such kind.
+std::string kindNamed(const std::string& text) {
+  const auto folded = [](std::string name) {
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return name;
+  };
+  for (const std::string& kind : kindNames()) {
+    if (folded(text) == folded(kind) || folded(text) + "?" == folded(kind)) return kind;
+  }
+  return text;
+}
+
+std::string formatsText() {
+  std::string text = "Formats for --to:\n";
+  for (const ExportFormat& format : exportFormats()) {
+    text += fmt::format("  {:8}{}\n", format.name, format.what);
+  }
+  return text + fmt::format("Kinds for --kind, with or without the question mark:\n  {}",
+                            fmt::join(signalKinds(), ", "));
+}
+
+/// Reads the command line; nothing when it asked for the help text alone, which is printed.
+std::optional<ExportOptions> parseExportOptions(int argc, const char* const* argv) {
+  ExportOptions options;
+  CLI::App app("Writes the channels of a survey for another program.", "pelagrim-survey export");
+  addSurveyArgument(app, options.survey);
+  std::vector<std::string> names;
+  for (const ExportFormat& format : exportFormats()) names.emplace_back(format.name);
+  app.add_option("--to", options.format, "What to write, see below")
+      ->type_name("FORMAT")
+      ->required()
+      ->check(CLI::IsMember(names));
+  app.add_option("-o,--output", options.output, "Where to write it; - for standard output")
+      ->check(notEmpty)
+      ->type_name("FILE")
+      ->capture_default_str();
+  app.add_option("--min-activity", options.selection.min_activity,
+                 "Only channels seen in at least this share of looks, 0 to 1;\n"
+                 "the share or, as tables show it, its whole per cent")
+      ->type_name("SHARE")
+      ->check(CLI::Validator(
+          [](const std::string& text) {
+            const auto share = parsePlainNumber(text);
+            const bool fits = share && *share >= 0.0 && *share <= 1.0;
+            return fits ? std::string() : fmt::format("'{}' is not a share from 0 to 1", text);
+          },
+          ""));
+  app.add_option("--min-hits", options.selection.min_hits, "Only channels seen in N dwells or more")
+      ->type_name("N");
+  app.add_option("--kind", options.selection.kinds,
+                 "Only channels of these kinds, with commas between them")
+      ->type_name("KIND")
+      ->allow_extra_args(false)  // what follows is the survey
+      ->delimiter(',')
+      ->transform(kindNamed)
+      ->check(CLI::IsMember(kindNames()));
+  app.footer(formatsText());
+  if (!parseArguments(app, argc, argv)) return std::nullopt;
+  return options;
+}
+
+}  // namespace
+
+void runExport(int argc, const char* const* argv) {
+  const auto options = parseExportOptions(argc, argv);
+  if (!options) return;
+  const SurveyFiles survey = readSurveyFiles(surveyPlace(options->survey));
+  sayRemarks(surveyRemarks(survey));
+  const auto channels = selectChannels(survey, options->selection);
+  const auto format = std::find_if(
+      exportFormats().begin(), exportFormats().end(),
+      [&](const ExportFormat& candidate) { return candidate.name == options->format; });
+  const std::string text = format->write(channels);
+  if (options->output == "-") {
+    TextOutput(stdout).write(text);
+    return;
+  }
+  refuseSurveyFiles(options->output, survey);
+  const bool was_kept = keepOldFile(options->output, text);
+  writeWhole(options->output, text);
+  TextOutput(stdout).write(
+      fmt::format("{0}: {1} of {2} channels{3}\n", options->output, channels.size(),
+                  survey.rows.channels.size(),
+                  was_kept ? fmt::format("; what it held is now in {}~", options->output) : ""));
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,154 @@
+#include "host/commands/open_source.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+
+#include "host/process/signals.h"
+#include "host/process/usage_error.h"
+#include "host/session/survey_clock.h"
+#include "host/sources/offset_tuned_source.h"
+#include "host/sources/open_recording.h"
+#include "host/sources/replayed_source.h"
+#include "host/sources/soapy_receiver.h"
+#include "host/survey_dir/survey_settings_file.h"
+
+namespace pelagrim_host {
+namespace {
+
+constexpr double kSimulatedRateHz = 1e6;
+constexpr double kLiveRateHz = 2.4e6;  // what the usual receivers do, and a survey likes
+
+constexpr const char* kCommandLine = "the command line";
+
+RecordingRequest recordingAsked(const Options& options) {
+  RecordingRequest request{.source = options.source, .told = {}, .verify = options.verify};
+  RecordingFacts& told = request.told;
+  if (!options.format.empty()) told.format = {options.format, kCommandLine};
+  if (options.sample_rate_hz) told.rate_hz = {*options.sample_rate_hz, kCommandLine};
+  if (options.frequency_hz) told.centre_hz = {*options.frequency_hz, kCommandLine};
+  if (options.start_unix_ms) told.start_unix_ms = {*options.start_unix_ms, kCommandLine};
+  return request;
+}
+
+bool isStandardInput(const Options& options) {
+  return options.source == "-";
+}
+
+std::unique_ptr<IqSource> openSimulatedBand(const Options& options, const std::string& settings) {
+  if (!options.format.empty() || options.plays != 1 || options.offset_seconds != 0.0 ||
+      options.verify) {
+    throw UsageError("--format, --loop, --offset and --verify are for a recording; name one");
+  }
+  return std::make_unique<SimulatedBand>(simulatedBandConfig(options, settings));
+}
+
+/// A live receiver starts where a sweep does, else in the band's middle, unless told otherwise.
+std::unique_ptr<IqSource> openLive(const Options& options, const std::string& settings) {
+  const double rate_hz = options.sample_rate_hz.value_or(kLiveRateHz);
+  const double start_hz = findNumber(settings, "start").value_or(SimulatedBandConfig{}.low_hz);
+  const double stop_hz = findNumber(settings, "stop").value_or(SimulatedBandConfig{}.high_hz);
+  const double first_centre_hz =
+      asksToSweep(settings) ? start_hz + 0.5 * rate_hz : 0.5 * (start_hz + stop_hz);
+  return openReceiver({.device = options.device,
+                       .sample_rate_hz = rate_hz,
+                       .centre_hz = options.frequency_hz.value_or(first_centre_hz),
+                       .gain = options.gain,
+                       .antenna = options.antenna,
+                       .ppm = options.ppm,
+                       .bandwidth_hz = options.bandwidth_hz,
+                       .settle_seconds = options.settle_seconds,
+                       .stall_timeout_seconds = options.stall_timeout_seconds,
+                       .stop = stopRequested});
+}
+
+std::unique_ptr<IqSource> openTunable(const Options& options, const std::string& settings,
+                                      const RemarkSink& remark) {
+  auto source =
+      options.isSimulated() ? openSimulatedBand(options, settings) : openLive(options, settings);
+  if (options.lo_offset_hz == 0.0) return source;
+  const bool is_above = options.lo_offset_hz > 0.0;
+  remark(fmt::format(
+      "--lo-offset: the {} {} of every slice show what lies beyond its other edge, {} away",
+      is_above ? "lowest" : "highest", formatFrequency(std::abs(options.lo_offset_hz)),
+      formatFrequency(source->sampleRateHz())));
+  return std::make_unique<OffsetTunedSource>(std::move(source), options.lo_offset_hz);
+}
+
+}  // namespace
+
+SimulatedBandConfig simulatedBandConfig(const Options& options, const std::string& settings) {
+  SimulatedBandConfig config;
+  const FrequencyRange surveyed = {findNumber(settings, "start").value_or(config.low_hz),
+                                   findNumber(settings, "stop").value_or(config.high_hz)};
+  const FrequencyRange simulated = options.simulated_range.value_or(surveyed);
+  config.low_hz = simulated.low_hz;
+  config.high_hz = simulated.high_hz;
+  config.sample_rate_hz = options.sample_rate_hz.value_or(kSimulatedRateHz);
+  config.centre_hz = options.frequency_hz;
+  if (!config.centre_hz && asksToSweep(settings)) {
+    config.centre_hz = simulated.low_hz + 0.5 * config.sample_rate_hz;
+  }
+  config.seed = options.seed;
+  return config;
+}
+
+std::unique_ptr<IqSource> openSource(const Options& options, const std::string& settings,
+                                     const RemarkSink& remark) {
+  if (options.source.empty()) return openTunable(options, settings, remark);
+  if (options.lo_offset_hz != 0.0) {
+    throw UsageError("--lo-offset: a recording cannot be tuned; leave the option out");
+  }
+  if (options.plays == 1 && options.offset_seconds == 0.0)
+    return openRecording(recordingAsked(options), remark);
+  if (options.plays != 1 && isStandardInput(options)) {
+    throw UsageError("--loop: standard input cannot be played again; name a file");
+  }
+  return std::make_unique<ReplayedSource>(
+      [request = recordingAsked(options), remark = RemarkSink(remark)]() mutable {
+        auto source = openRecording(request, remark);
+        request.verify = false;  // once is enough, as it is of remarks
+        remark = [](const std::string&) {};
+        return source;
+      },
+      options.plays, options.offset_seconds);
+}
+
+StartTime startTime(const Options& options, const IqSource& source) {
+  const auto offset_ms = static_cast<int64_t>(options.offset_seconds * 1000.0);
+  if (options.start_unix_ms) return {*options.start_unix_ms + offset_ms, "the command line"};
+  if (const auto start_ms = source.startUnixMs()) {
+    return {*start_ms, options.isSimulated() ? "the simulation" : "the recording"};
+  }
+  struct stat status = {};
+  if (options.source.empty() || isStandardInput(options) ||
+      stat(options.source.c_str(), &status) != 0) {
+    return {wallClockMs(), "the clock"};
+  }
+  const int64_t file_ms =
+      int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000;
+  // The file was last written when the recording ended.
+  const double length_seconds =
+      static_cast<double>(source.lengthSamples().value_or(0)) / source.sampleRateHz();
+  const auto length_ms = static_cast<int64_t>(std::min(length_seconds, 1e9) * 1000.0);
+  return {file_ms - length_ms + offset_ms, "the age of its file"};
+}
+
+std::filesystem::path liveSurveyDirectory(const char* home) {
+  if (home == nullptr || *home == '\0') return ".";
+  return std::filesystem::path(home) / ".orvane" / "pelagrim";
+}
+
+std::string surveyDirectoryName(const Options& options) {
+  if (!options.device.empty()) return liveSurveyDirectory(std::getenv("HOME")).string();
+  if (options.source.empty()) return "simulated-band.survey";
+  if (isStandardInput(options)) return "standard-input.survey";
+  return std::filesystem::path(options.source).stem().string() + ".survey";
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,274 @@
+#include "host/commands/survey_options.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <system_error>
+
+#include "host/process/usage_error.h"
+#include "host/sources/sample_format.h"
+
+namespace pelagrim_host {
+namespace {
+
+/// Help that shows an option as "--name VALUE", without what else the library knows about it.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_opts(const CLI::Option* option) const override {
+    const std::string value = option->get_type_name();
+    return value.empty() ? "" : " " + value;
+  }
+};
+
+constexpr const char* kRange = "a range such as 144M:146M";
+
+/// Adds an option whose text `parse` turns into a value for `target`, or does not; `expected` says
+/// what it takes then.
+template <typename Parse, typename Target>
+CLI::Option* addParsed(CLI::App& app, const std::string& name, Parse parse, Target& target,
+                       const std::string& expected, const std::string& help) {
+  const auto take = [=, &target](const std::string& text) {
+    const auto value = parse(text);
+    if (!value) throw CLI::ValidationError(name, fmt::format("'{}' is not {}", text, expected));
+    target = *value;
+  };
+  return app.add_option_function<std::string>(name, take, help);
+}
+
+std::optional<double> parsePositiveHz(std::string_view text) {
+  const auto value = parseQuantity(text);
+  return value && *value > 0.0 ? value : std::nullopt;
+}
+
+std::optional<double> parseNotNegativeHz(std::string_view text) {
+  const auto value = parseQuantity(text);
+  return value && *value >= 0.0 ? value : std::nullopt;
+}
+
+std::optional<double> parsePositiveSeconds(std::string_view text) {
+  const auto seconds = parseSeconds(text);
+  return seconds && *seconds > 0.0 ? seconds : std::nullopt;
+}
+
+std::optional<int64_t> parseStart(std::string_view text) {
+  const auto moment = parseMoment(text);
+  return moment && *moment > 0 ? moment : std::nullopt;  // 0 means that there is no time
+}
+
+/// A whole number from `least` to `most`.
+template <typename Number>
+std::function<std::optional<Number>(const std::string&)> countBetween(Number least, Number most) {
+  return [least, most](const std::string& text) -> std::optional<Number> {
+    Number count = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, count);
+    if (error != std::errc() || stop != end || count < least || count > most) {
+      return std::nullopt;
+    }
+    return count;
+  };
+}
+
+void addSourceOptions(CLI::App& app, Options& options) {
+  constexpr const char* kFrequency = "a frequency such as 145.5M";
+  constexpr const char* kTime = "a time in seconds such as 2.5";
+  constexpr const char* kCount = "a whole number";
+  app.add_option("SOURCE", options.source,
+                 "A recording (SigMF, WAV or raw samples), or - for standard input;\n"
+                 "without it a simulated band")
+      ->type_name("")
+      ->check(notEmpty);
+  addParsed(app, "--sample-rate", parsePositiveHz, options.sample_rate_hz,
+            "a sample rate such as 2.4M", "Samples per second")
+      ->type_name("RATE");
+  addParsed(app, "--frequency", parseNotNegativeHz, options.frequency_hz, kFrequency,
+            "Centre of the recording, or where the receiver starts.\n"
+            "Else both as the recording or its name says")
+      ->type_name("HZ");
+  app.add_option("--format", options.format,
+                 "Take the file for raw samples of this format, whatever its name:\n"
+                 "cu8 cs8 cu16 cs16 cu32 cs32 cf32 cf64")
+      ->type_name("NAME")
+      ->check(notEmpty);
+  addParsed(app, "--offset", parseSeconds, options.offset_seconds, kTime,
+            "Skip the beginning of the recording")
+      ->type_name("SECONDS");
+  addParsed(app, "--loop", countBetween<uint64_t>(0, UINT64_MAX), options.plays, kCount,
+            "Play the recording N times; 0 plays it without end")
+      ->type_name("N");
+  app.add_flag("--verify", options.verify, "Check a SigMF recording against its checksum first");
+  app.add_flag("--info", options.show_source_info,
+               "Say what the source is, and where that is known from, and end");
+  addParsed(app, "--start-time", parseStart, options.start_unix_ms,
+            "a time such as 2024-11-16T12:00:00Z, or Unix milliseconds",
+            "When the first sample was received: UTC, or Unix milliseconds.\n"
+            "Else as the recording says, else by the age of its file,\n"
+            "which was last written when the recording ended")
+      ->type_name("TIME");
+  addParsed(app, "--simulate", parseFrequencyRange, options.simulated_range, kRange,
+            "The simulated band, where it is not the band to survey")
+      ->type_name("LOW:HIGH");
+  addParsed(app, "--seed", countBetween<uint64_t>(0, UINT64_MAX), options.seed, kCount,
+            "Seed of the simulated band: the same one, the same samples")
+      ->type_name("N");
+}
+
+std::optional<double> parseUpToAMinute(std::string_view text) {
+  const auto seconds = parseSeconds(text);
+  return seconds && *seconds <= 60.0 ? seconds : std::nullopt;
+}
+
+std::optional<double> parsePpm(std::string_view text) {
+  const auto value = parsePlainNumber(text);
+  return value && std::abs(*value) <= 1000.0 ? value : std::nullopt;
+}
+
+/// After the other options of a source, as a receiver rules some of them out.
+void addReceiverOptions(CLI::App& app, Options& options) {
+  auto* const device =
+      app.add_option("--device", options.device,
+                     "Survey with a live receiver, e.g. driver=rtlsdr (see --list-devices)")
+          ->type_name("ARGS")
+          ->check(notEmpty);
+  for (const char* ruled_out : {"SOURCE", "--format", "--offset", "--loop", "--verify",
+                                "--start-time", "--simulate", "--seed"}) {
+    device->excludes(app.get_option(ruled_out));
+  }
+  app.add_flag("--list-devices", options.list_devices, "List the receivers found and end");
+  addParsed(app, "--gain", parseGain, options.gain, "a gain such as 32.8, auto or LNA=20,IF=8",
+            "In dB, \"auto\", or by stages such as LNA=20,IF=8; else the\ndriver's own choice")
+      ->type_name("GAIN")
+      ->needs(device);
+  app.add_option("--antenna", options.antenna, "The antenna socket, by the driver's name for it")
+      ->type_name("NAME")
+      ->check(notEmpty)
+      ->needs(device);
+  addParsed(app, "--ppm", parsePpm, options.ppm, "a correction such as -1.5, at most 1000",
+            "How far the receiver's crystal runs fast, in millionths")
+      ->type_name("PPM")
+      ->needs(device);
+  addParsed(app, "--bandwidth", parsePositiveHz, options.bandwidth_hz, "a bandwidth such as 2M",
+            "Width of the receiver's filter; else the driver's own choice")
+      ->type_name("HZ")
+      ->needs(device);
+  addParsed(app, "--lo-offset", parseQuantity, options.lo_offset_hz, "an offset such as 25k",
+            "Tune the receiver so far above the centre and shift digitally,\n"
+            "which moves its centre spike; may be negative")
+      ->type_name("HZ");
+  addParsed(app, "--settle", parseUpToAMinute, options.settle_seconds,
+            "a time in seconds such as 0.05, at most 60",
+            "Drop so much of the samples after every tune (usually 0.05)")
+      ->type_name("SECONDS")
+      ->needs(device);
+  addParsed(app, "--stall-timeout", parsePositiveSeconds, options.stall_timeout_seconds,
+            "a time in seconds such as 5",
+            "Without samples for so long the receiver counts as gone (usually 5)")
+      ->type_name("SECONDS")
+      ->needs(device);
+}
+
+void addSurveyOptions(CLI::App& app, Options& options) {
+  app.add_option("--dir", options.survey_dir,
+                 "Directory of survey.cfg and survey.csv; else $ORVANE_SURVEY_DIR,\n"
+                 "else with --device ~/.orvane/pelagrim, which is also the receiver\n"
+                 "program's, else one here that is named after the source")
+      ->type_name("DIR")
+      ->check(notEmpty);
+  addParsed(app, "--band", parseFrequencyRange, options.band, kRange, "Band to survey")
+      ->type_name("LOW:HIGH");
+  addParsed(app, "--dwell", parsePositiveSeconds, options.dwell_seconds,
+            "a time in seconds such as 20", "Time on each slice of the band")
+      ->type_name("SECONDS");
+  addParsed(app, "--threshold", parseDecibels, options.threshold_db, "a level in dB such as 12",
+            "How far above the noise floor a signal has to stand")
+      ->type_name("DB");
+  addParsed(app, "--raster", parsePositiveHz, options.raster_hz, "a spacing such as 12.5k",
+            "Signals closer together than this are one channel")
+      ->type_name("HZ");
+  auto* const fixed = app.add_flag_callback(
+      "--fixed", [&options] { options.sweep = false; }, "Stay on the tuned slice");
+  app.add_flag_callback(
+         "--sweep", [&options] { options.sweep = true; }, "Move across the band, slice by slice")
+      ->excludes(fixed);
+}
+
+void addRunOptions(CLI::App& app, Options& options) {
+  constexpr uint32_t kMostBlockSamples = 1 << 24;
+  addParsed(app, "--passes", countBetween<uint32_t>(1, UINT32_MAX), options.passes,
+            "a whole number from 1 on", "End after N passes over the band")
+      ->type_name("N");
+  addParsed(app, "--duration", parsePositiveSeconds, options.duration_seconds,
+            "a time in seconds such as 60", "End after so much receiver time")
+      ->type_name("SECONDS");
+  app.add_flag_callback(
+      "--no-tune", [&options] { options.may_tune = false; }, "Do not let the plug-in tune");
+  app.add_flag("--realtime", options.realtime, "Play no faster than the receiver would")
+      ->excludes(app.get_option("--device"));
+  addParsed(app, "--block", countBetween<uint32_t>(1, kMostBlockSamples), options.block_samples,
+            "a whole number from 1 to 16777216",
+            "Samples to hand over at once (usually a twentieth of a second)")
+      ->type_name("N");
+  auto* const quiet = app.add_flag("--quiet", options.quiet, "Say nothing but errors and warnings");
+  app.add_flag("--json", options.json, "Say everything as one JSON object a line")->excludes(quiet);
+}
+
+void addProgramOptions(CLI::App& app, Options& options) {
+  app.add_option("--plugin", options.plugin,
+                 "Plug-in to load; else pelagrim_plugin.so beside the program or in\n"
+                 "lib/pelagrim")
+      ->type_name("PATH")
+      ->check(notEmpty);
+  app.add_flag("--plugin-info", options.show_plugin_info, "Say what the plug-in is and end");
+  app.add_flag("--list-stations", options.list_stations,
+               "List the stations of the simulated band and end");
+  app.set_version_flag("--version", "pelagrim-survey " PELAGRIM_VERSION, "Say the version and end");
+  app.set_help_flag("--help,-h", "Print this text and end");
+}
+
+}  // namespace
+
+std::variant<Options, std::string> parseOptions(int argc, const char* const* argv) {
+  Options options;
+  CLI::App app("Surveys a stretch of spectrum: finds the signals in it and keeps a list of them.",
+               "pelagrim-survey");
+  const auto formatter = std::make_shared<HelpFormatter>();
+  formatter->column_width(24);
+  app.formatter(formatter);
+  app.set_help_flag();  // it would come first, in a group of its own
+  app.footer(
+      "Afterwards: \"pelagrim-survey report\" draws a survey, \"pelagrim-survey export\" hands\n"
+      "its channels to other programs; each has a --help of its own.\n\n"
+      "Frequencies and rates take the suffixes k, M and G, times s, m, h and d. What\n"
+      "--band, --dwell, --threshold, --raster, --fixed and --sweep say is written to survey.cfg\n"
+      "and holds from then on.\n"
+      "The first Ctrl-C evaluates and saves the dwell in progress, a second leaves at once.\n"
+      "SIGHUP, or the key r in the live view, does as much and starts afresh with what survey.cfg\n"
+      "then says; the band's limits stay as they were when sweep has become no.\n"
+      "Exit status: 0 done, 1 something failed, 2 the command line is wrong.");
+  app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+  const auto inGroup = [&](const char* name, void (*add)(CLI::App&, Options&)) {
+    app.option_defaults()->group(name);
+    add(app, options);
+  };
+  inGroup("Source", addSourceOptions);
+  inGroup("Receiver", addReceiverOptions);
+  inGroup("Survey", addSurveyOptions);
+  inGroup("Run", addRunOptions);
+  inGroup("Program", addProgramOptions);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    return app.help();
+  } catch (const CLI::CallForVersion&) {
+    return app.version() + "\n";
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(fmt::format("{}; see pelagrim-survey --help", error.what()));
+  }
+  return options;
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "host/sources/gain_setting.h"
+#include "host/text/quantity_text.h"
+
+namespace pelagrim_host {
+
+/// The command line.
+struct Options {
+  // What to listen to.
+  std::string source;  ///< a file, "-" for standard input, empty for the simulated band
+  std::optional<double> sample_rate_hz;
+  std::optional<double> frequency_hz;
+  std::string format;  ///< of raw samples; empty: as the file's extension says
+  double offset_seconds = 0.0;
+  uint64_t plays = 1;   ///< of a recording; 0: without end
+  bool verify = false;  ///< compare a recording with its checksum
+  bool show_source_info = false;
+  std::optional<int64_t> start_unix_ms;
+  std::optional<FrequencyRange> simulated_range;  ///< the simulated band; unset: the band surveyed
+  uint64_t seed = 1;
+
+  // The receiver, where it is a live one.
+  std::string device;  ///< as SoapySDR writes it, "driver=rtlsdr"; empty: none
+  std::optional<GainSetting> gain;
+  std::string antenna;
+  double ppm = 0.0;
+  std::optional<double> bandwidth_hz;
+  double lo_offset_hz = 0.0;
+  double settle_seconds = 0.05;
+  double stall_timeout_seconds = 5.0;
+
+  // Where and how to survey; written into survey.cfg.
+  std::string survey_dir;  ///< empty: chosen by the source
+  std::optional<FrequencyRange> band;
+  std::optional<double> dwell_seconds;
+  std::optional<double> threshold_db;
+  std::optional<double> raster_hz;
+  std::optional<bool> sweep;
+
+  // The run.
+  std::optional<uint32_t> passes;
+  std::optional<double> duration_seconds;
+  bool may_tune = true;
+  bool realtime = false;
+  bool quiet = false;
+  bool json = false;
+  uint32_t block_samples = 0;  ///< 0: the usual
+
+  // The program.
+  std::string plugin;  ///< empty: where it usually is
+  bool show_plugin_info = false;
+  bool list_stations = false;
+  bool list_devices = false;
+
+  bool isSimulated() const { return source.empty() && device.empty(); }
+};
+
+/// Reads the command line. The text instead when that is all that was asked for (--help,
+/// --version). Throws UsageError.
+std::variant<Options, std::string> parseOptions(int argc, const char* const* argv);
+
+}  // namespace pelagrim_host

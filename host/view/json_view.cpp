@@ -1,0 +1,75 @@
+#include "host/view/json_view.h"
+
+#include <nlohmann/json.hpp>
+
+#include "host/view/tune_text.h"
+
+namespace pelagrim_host {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// One line. Text that is no UTF-8, as a label or a file name may be, loses the bytes in question.
+std::string jsonLine(const Json& object) {
+  return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+std::string textLine(const char* event, const std::string& text) {
+  return jsonLine({{"event", event}, {"text", text}});
+}
+
+const char* rowKindText(int32_t kind) {
+  if (kind == kRowSummary) return "summary";
+  return kind == kRowWarning ? "warning" : "channel";
+}
+
+}  // namespace
+
+void JsonView::opened(const SourceFacts& source) {
+  output_.write(jsonLine({{"event", "source"},
+                          {"name", source.name},
+                          {"centre_hz", source.centre_hz},
+                          {"rate_hz", source.rate_hz}}));
+}
+
+void JsonView::note(const std::string& line) {
+  output_.write(textLine("note", line));
+}
+
+void JsonView::warning(const std::string& line) {
+  output_.write(textLine("warning", line));
+}
+
+void JsonView::message(const std::string& line) {
+  output_.write(textLine("message", line));
+}
+
+void JsonView::dwellDone(const SurveyProgress& progress) {
+  output_.write(jsonLine({{"event", "dwell"},
+                          {"unix_ms", progress.unix_ms},
+                          {"centre_hz", progress.centre_hz},
+                          {"dwells_done", progress.dwells->dwells_done},
+                          {"dwells_per_pass", progress.dwells->dwellsPerPass()},
+                          {"samples", progress.samples},
+                          {"overflows", progress.overflows}}));
+}
+
+void JsonView::tuned(const TuneRequest& request, double centre_hz) {
+  Json line = {{"event", "tune"},
+               {"asked_hz", request.hz},
+               {"answer", tuneAnswerText(request.answer)},
+               {"centre_hz", centre_hz}};
+  if (!request.why_refused.empty()) line["reason"] = request.why_refused;
+  output_.write(jsonLine(line));
+}
+
+void JsonView::finished(const Panel& panel) {
+  Json rows = Json::array();
+  for (const PanelRow& row : panel.rows) {
+    rows.push_back({{"kind", rowKindText(row.kind)}, {"cells", row.cells}});
+  }
+  output_.write(jsonLine(
+      {{"event", "panel"}, {"title", panel.title}, {"columns", panel.columns}, {"rows", rows}}));
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "host/commands/open_source.h"
+#include "host/sources/iq_source.h"
+
+namespace pelagrim_host {
+
+/// What a source was taken for, in one line: "taken as format cu8 from the file name, rate ...".
+std::string sourceLine(const IqSource& source, const StartTime& start);
+
+/// The same as a table, one fact to a line.
+std::string sourceTable(const IqSource& source, const StartTime& start);
+
+}  // namespace pelagrim_host

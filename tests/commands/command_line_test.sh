@@ -1,0 +1,137 @@
+#!/bin/bash
+# The command line of pelagrim-survey: exit statuses, messages, what a run leaves behind.
+# Usage: command_line_test.sh PROGRAM
+program=$(realpath "$1")
+here=$(mktemp -d) && cd "$here" || exit 1
+trap 'rm -rf "$here"' EXIT
+unset ORVANE_SURVEY_DIR
+failures=0
+
+# expect STATUS TEXT ARGUMENTS...: the status, and TEXT in what is printed (errors included).
+expect() {
+  local status=$1 text=$2 output
+  shift 2
+  output=$("$program" "$@" 2>&1)
+  local got=$?
+  if [[ $got != "$status" || $output != *"$text"* ]]; then
+    echo "FAILED: pelagrim-survey $*"
+    echo "  status $got instead of $status, or no '$text' in: $output"
+    failures=$((failures + 1))
+  fi
+}
+check() { "$@" || { echo "FAILED: $*"; failures=$((failures + 1)); }; }
+
+expect 0 "Usage: pelagrim-survey" --help
+expect 0 "pelagrim-survey 0." --version
+expect 0 "interface   version 3" --plugin-info
+expect 0 "repeater" --list-stations
+expect 2 "--bogus" --bogus
+expect 2 "--band: '146M:144M' is not a range such as" --band 146M:144M
+expect 1 "cannot load the plug-in" --plugin ./missing.so
+expect 2 "--gain requires --device" --gain 30
+expect 2 "excludes --device" --device driver=nothing noise.cu8
+expect 1 "pelagrim-survey: " --device driver=nothing
+expect 1 "less than 0.500 MHz" --lo-offset 500k
+head -c 16387 /dev/urandom > noise.cu8
+: > empty.cs16
+expect 2 "give --sample-rate" noise.cu8
+expect 2 "give --frequency" noise.cu8 --sample-rate 1M
+expect 0 "format      cs8 " noise.cu8 --sample-rate 1M --frequency 1M --format CS8 --info
+expect 2 "give --format with cu8, " noise.bin --sample-rate 1M --frequency 1M
+expect 1 "cannot open gone.cu8: No such file" gone.cu8 --sample-rate 1M --frequency 1M
+mkdir folder.wav
+expect 1 "folder.wav is a directory; name a recording" folder.wav
+expect 1 "no samples" empty.cs16 --sample-rate 1M --frequency 1M
+expect 1 "behind its end" noise.cu8 --sample-rate 1M --frequency 1M --offset 1
+expect 1 "last 1 of its bytes" noise.cu8 --sample-rate 1M --frequency 433M --loop 3
+check grep -q "sweep = no" noise.survey/survey.cfg
+expect 1 "there is no survey at gone; name" report gone
+mkdir piped && cp noise.survey/survey.csv piped && mkfifo piped/survey-labels.txt
+output=$(timeout 10 "$program" export piped --to list 2>&1)
+check [ "$output" = "pelagrim-survey: piped/survey-labels.txt is a pipe, not a file" ]
+expect 1 "noise.cu8 is no survey" report noise.cu8
+expect 2 "ends in .html or .svg" report noise.survey -o band.pdf
+expect 0 "band.html: " report noise.survey -o band.html
+expect 2 "an empty text" report noise.survey --compare ""
+expect 2 "that is the survey itself" export noise.survey --to csv -o noise.survey/../noise.survey/survey.csv
+expect 2 "that is the survey itself" export noise.survey/survey.csv --to csv -o noise.survey/survey.cfg
+echo 433000000 > noise.list
+expect 0 "noise.list: 0 of 0 channels; what it held is now in noise.list~" export noise.survey --to list -o noise.list
+check grep -q 433000000 noise.list~
+expect 0 "noise.list: 0 of 0 channels" export --to list -o noise.list --kind nfm,am --kind wfm noise.survey
+truncate -s -1 noise.cu8
+expect 0 "nothing will be kept" noise.cu8 --sample-rate 1M --frequency 433M --sweep --band 1M:2M
+
+# Two runs agree; a third one resumes, and a reader that leaves early does not harm it.
+expect 0 "survey written to a/survey.csv" --dir a --dwell 0.2
+expect 0 "" --dir b --dwell 0.2 --quiet
+check cmp a/survey.csv b/survey.csv
+check grep -q "dwell_seconds = 0.2" a/survey.cfg
+expect 0 "survey: resumed" --dir a
+before=$(stat -c %y a/survey.csv)
+"$program" --dir a | head -1 > head.txt
+check [ "${PIPESTATUS[0]}" = 0 ]
+check [ "$before" != "$(stat -c %y a/survey.csv)" ]
+
+# The same samples as raw, WAV and SigMF give the same survey.
+time=(--sample-rate 1M --frequency 433M --start-time 2024-01-01T00:00:00Z)
+for _ in {1..4000}; do printf '\xc0\x80\x80\xc0\x40\x80\x80\x40'; done > tone.cu8
+{ printf 'RIFF\x24\x7d\0\0WAVEfmt \x10\0\0\0\1\0\2\0\x40\x42\x0f\0\x80\x84\x1e\0\2\0\x08\0'
+  printf 'data\0\x7d\0\0'; cat tone.cu8; } > tone.wav
+cp tone.cu8 tone.sigmf-data
+echo '{"global":{"core:datatype":"cu8","core:sample_rate":1e6,"core:version":"1.0.0"},
+  "captures":[{"core:sample_start":0,"core:frequency":433e6}],"annotations":[]}' > tone.sigmf-meta
+tar cf packed.sigmf tone.sigmf-meta tone.sigmf-data
+expect 0 "known after 1 dwell" tone.cu8 --dir raw "${time[@]}"
+check grep -q "^[0-9]" raw/survey.csv
+for source in tone.wav tone.sigmf-meta tone.sigmf-data packed.sigmf; do
+  expect 0 "known after 1 dwell" $source --dir ${source/./-} "${time[@]:2}"
+  check cmp raw/survey.csv ${source/./-}/survey.csv
+done
+
+# Where a recording changes the centre too early for a dwell, shorter ones are taken.
+sed 's/}\],"ann/},{"core:sample_start":8000,"core:frequency":435e6}],"ann/' tone.sigmf-meta > two.sigmf-meta
+cp tone.sigmf-data two.sigmf-data
+expect 0 "known after 2 dwells" two.sigmf-meta
+check grep -q "dwell_seconds = 0.008" two.survey/survey.cfg
+expect 0 "give --dwell 0.008" two.sigmf-meta --dwell 0.1
+
+# A file is as old as the end of its recording.
+truncate -s 240000000 old_433M_1M.cu8
+touch -d 2024-01-01T00:02:00Z old_433M_1M.cu8
+expect 0 "2024-01-01T00:00:05Z      from the age of its file" old_433M_1M.cu8 --info --offset 5
+
+# Damage: what is there is surveyed, and the run says what was wrong and fails.
+head -c 30000 tone.wav > cut.wav
+expect 1 "promises 32000 bytes of samples, 29956 are there" cut.wav --frequency 433M
+check grep -q "^[0-9]" cut.survey/survey.csv
+{ printf '{"global":'; head -c 1000000 /dev/zero | tr '\0' '['; } > bomb.sigmf-meta
+expect 1 "nested too deeply" bomb.sigmf-meta
+tar cf hostile.sigmf -P --transform 's,^,../,' tone.sigmf-meta tone.sigmf-data
+expect 1 "leads out of the archive" hostile.sigmf
+expect 1 "makes no sense; give --sample-rate" tone.cu8 --frequency 433M --sample-rate 1e300
+
+mkdir full && ln -s /dev/full full/survey.csv
+expect 1 "could not be written whole to full/survey.csv" --dir full --passes 1
+check [ "$("$program" --info 2>&1 > /dev/full)" = \
+  "pelagrim-survey: cannot write to standard output: No space left on device" ]
+expect 1 "cannot open gone␊␛[2J.cu8" $'gone\n\e[2J.cu8' "${time[@]}"
+
+# The same samples from a pipe give the same survey; the first signal ends a run in order.
+expect 0 "" noise.cu8 --dir file "${time[@]}"
+"$program" - --format cu8 --dir pipe "${time[@]}" < <(cat noise.cu8) > /dev/null 2>&1
+check cmp file/survey.csv pipe/survey.csv
+mkfifo fifo_433M_1M.cu8
+"$program" fifo_433M_1M.cu8 --offset 1 > fifo.txt 2>&1 &
+waiting=$!
+"$program" --dir c --duration 1e9 > run.txt &
+survey=$!
+for _ in $(seq 100); do grep -q "1 dwell" run.txt && break; sleep 0.1; done
+kill -INT $survey $waiting
+wait $survey
+check [ $? = 0 ]
+wait $waiting
+check [ $? = 0 ]
+check grep -q "stopped on request" fifo.txt
+check grep -q "survey written to c/survey.csv" run.txt
+exit $((failures > 0))

@@ -1,0 +1,247 @@
+// Reading a survey directory back, comparing two, and names that are not what a page expects.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "host/report/band_layout.h"
+#include "host/report/band_svg.h"
+#include "host/report/report_page.h"
+#include "host/report/survey_change.h"
+#include "host/survey_dir/saved_survey.h"
+#include "host/text/display_text.h"
+
+namespace pelagrim_host {
+namespace {
+
+constexpr const char* kRow =
+    "145012500,12000,10000,14000,-62.3,-98.1,17,20,1731760000000,1731763600000";
+
+SurveyedChannel channelAt(double centre_hz, double width_hz, uint32_t hits, uint32_t looks) {
+  SurveyedChannel channel;
+  channel.centre_hz = centre_hz;
+  channel.width_hz = width_hz;
+  channel.hits = hits;
+  channel.looks = looks;
+  channel.kind = guessSignalKind(width_hz);
+  return channel;
+}
+
+TEST(SurveyRows, TakesWhatIsAChannelAndCountsWhatIsNot) {
+  const std::string row = kRow;
+  const struct {
+    std::string text;
+    size_t channels;
+    size_t skipped;
+    const char* why;
+  } cases[] = {
+      {"", 0, 0, "an empty file"},
+      {"# survey.csv format 2\ncentre_hz,width_hz\n \n", 0, 0, "headers alone"},
+      {row + ",NFM?\n" + row + ",NFM?\r\n", 2, 0, "both line ends"},
+      {row + "\n", 1, 0, "no guess"},
+      {row + ",NFM?", 1, 0, "no line feed at the end"},
+      {row, 0, 1, "cut off in its last number"},
+      {row.substr(0, 40) + "\n" + row + ",NFM?\n", 1, 1, "cut off in the middle"},
+      {"145012500 ,1,1,1,1,1,1,1,1,1\n145012500, 1,1,1,1,1,1,1,1,1\n", 1, 1, "blank before, after"},
+      {"0,1,1,1,1,1,1,1,1,1,?\n145012500,1,1,1,1,1,0,1,1,1,?\n", 0, 2, "no centre, no hits"},
+      {"145012500145012500,1,1,1,1,1,1,1,1,1,?\n5,1000120001200012000,1,1,1,1,1,1,1,1,?\n", 0, 2,
+       "two numbers run together"},
+      {"145012500,-1,1,1,1,1,1,1,1,1,?\n", 0, 1, "a width below zero"},
+      {row + "," + std::string(2000, 'x') + "\n" + row + "\n", 2, 0, "a line longer than any"},
+      {std::string("\0\xff\x1b", 3) + "\n", 0, 1, "no text"},
+  };
+  for (const auto& [text, channels, skipped, why] : cases) {
+    const SurveyRows rows = parseSurveyRows(text);
+    EXPECT_EQ(rows.channels.size(), channels) << why;
+    EXPECT_EQ(rows.skipped_lines, skipped) << why;
+  }
+}
+
+TEST(SurveyRows, TakesEveryFieldFromItsPlace) {
+  const SurveyRows rows =
+      parseSurveyRows(std::string("x\n") + kRow + ",<b>\n5,1,1,1,nan,0,7,5,0,0,AM?\n" +
+                      "# survey.csv format 2, wherever it stands\n");
+  ASSERT_EQ(rows.channels.size(), 2u);
+  const SurveyedChannel& channel = rows.channels[0];
+  EXPECT_EQ(channel.centre_hz, 145012500.0);
+  EXPECT_EQ(channel.min_width_hz, 10000.0);
+  EXPECT_EQ(channel.max_width_hz, 14000.0);
+  EXPECT_EQ(channel.peak_db, -62.3);
+  EXPECT_EQ(channel.floor_db, -98.1);
+  EXPECT_EQ(channel.activity(), 0.85);
+  EXPECT_EQ(channel.first_unix_ms, 1731760000000);
+  EXPECT_EQ(channel.last_unix_ms, 1731763600000);
+  EXPECT_EQ(channel.kind, "NFM?") << "by the width, as the file names no kind";
+  EXPECT_TRUE(std::isnan(rows.channels[1].peak_db));
+  EXPECT_EQ(rows.channels[1].looks, 7u) << "never fewer than hits";
+  EXPECT_EQ(rows.channels[1].kind, "AM?") << "as the file says";
+  EXPECT_EQ(rows.first_skipped_line, 1u);
+  EXPECT_FALSE(rows.is_older_format);
+  EXPECT_TRUE(parseSurveyRows(kRow).is_older_format);
+  EXPECT_FALSE(parseSurveyRows("\xEF\xBB\xBF# survey.csv format 2\n").is_older_format);
+}
+
+TEST(BandPlan, NamesAFrequencyAfterTheFirstRangeThatHoldsIt) {
+  const auto plan = parseBandPlan(
+      "145.5 145.5 Calling # and no more\n144 145 Lower\t\r\n-1 0.5 Longwave\n146 144 Reversed\n"
+      "144 146\nword 1 2 x\n145 146 Upper\n144 147 Whole\n147 148 # nothing left\n");
+  const struct {
+    double hz;
+    const char* name;
+  } cases[] = {{144e6, "Lower"},     {145e6, "Upper"}, {145.5e6, "Calling"},
+               {145500001, "Upper"}, {146e6, "Whole"}, {147e6, nullptr},
+               {0, "Longwave"},      {500e3, nullptr}, {143999999.0, nullptr},
+               {147.5e6, nullptr}};
+  for (const auto& [hz, name] : cases) {
+    const BandRange* const range = findBandRange(plan, hz);
+    EXPECT_EQ(range == nullptr ? "" : range->name, name == nullptr ? "" : name) << hz;
+  }
+}
+
+TEST(BandPlan, EdgesThatAreNoNumberSpoilNothing) {
+  const auto plan = parseBandPlan(
+      "144.5 nan Never\nnan 144.1 Never\n144.9 inf Up\n-inf 144.2 Down\n144 145 Between\n");
+  std::string names;
+  for (const auto& stretch : layOutBand({}, plan, parseSurveySettings("")).strip) {
+    names += plan[stretch.range].name + " ";
+  }
+  EXPECT_EQ(names, "Down Between Up ");
+}
+
+TEST(CompareSurveys, PairsNearestCentresAndTellsChanceFromChange) {
+  const std::vector<SurveyedChannel> old = {
+      channelAt(144.600e6, 160e3, 9, 10), channelAt(145.000e6, 3e3, 10, 40),
+      channelAt(145.100e6, 3e3, 10, 10), channelAt(145.200e6, 3e3, 1, 2)};
+  const std::vector<SurveyedChannel> now = {
+      channelAt(144.610e6, 160e3, 10, 10), channelAt(144.650e6, 12e3, 1, 1),
+      channelAt(145.004e6, 3e3, 38, 40), channelAt(145.106e6, 3e3, 10, 10),
+      channelAt(145.200e6, 3e3, 2, 2)};
+  const Change expected[] = {Change::kNone, Change::kNew,  Change::kMoreOften,
+                             Change::kNew,  Change::kNone, Change::kGone};
+  const auto reported = compareSurveys(now, old, 5e3).channels;
+  ASSERT_EQ(reported.size(), std::size(expected));
+  for (size_t index = 0; index < reported.size(); ++index) {
+    EXPECT_EQ(reported[index].change, expected[index]) << index;
+  }
+  EXPECT_EQ(reported.back().channel.centre_hz, 145.1e6);
+  EXPECT_EQ(compareSurveys(old, now, 5e3).channels[1].change, Change::kLessOften);
+}
+
+TEST(CompareSurveys, TellsOthersFromTheSameAndLooksSinceFromAllLooks) {
+  const auto seen = [](uint32_t hits, uint32_t looks, int64_t first_ms, int64_t last_ms) {
+    SurveyedChannel channel = channelAt(145e6, 10e3, hits, looks);
+    channel.first_unix_ms = first_ms;
+    channel.last_unix_ms = last_ms;
+    return channel;
+  };
+  const auto wide = channelAt(144.62e6, 160e3, 9, 9);
+  const std::tuple<SurveyedChannel, SurveyedChannel, Change, const char*> cases[] = {
+      {wide, channelAt(144.5e6, 60e3, 9, 9), Change::kNew, "beside the old one"},
+      {wide, channelAt(144.62e6, 10e3, 9, 9), Change::kNew, "narrow, upon it"},
+      {wide, channelAt(144.69e6, 60e3, 9, 9), Change::kNone, "a part of it"},
+      {seen(90, 100, 1, 5), seen(90, 104, 1, 5), Change::kLessOften, "never since"},
+      {seen(2, 100, 1, 5), seen(5, 104, 1, 9), Change::kMoreOften, "three of four times since"},
+      {seen(90, 100, 1, 5), seen(90, 104, 2, 5), Change::kNone, "another survey"},
+      {seen(90, 100, 1, 5), seen(360, 400, 1, 5), Change::kNone, "one recording, two dwells"}};
+  for (const auto& [old, now, change, why] : cases) {
+    EXPECT_EQ(compareSurveys({now}, {old}, 5e3).channels[0].change, change) << why;
+  }
+}
+
+TEST(CompareSurveys, CallsNothingNewOrGoneWhereNobodyLookedForIt) {
+  const auto lower = parseSurveySettings("start = 144000000\nstop = 145000000\n");
+  const auto staying = parseSurveySettings("stop = 145000000\nsweep = no\n");
+  const auto here = channelAt(144.5e6, 10e3, 5, 5);
+  const auto there = channelAt(145.5e6, 10e3, 5, 5);
+  for (const auto& [settings, changes] : {std::pair(lower, 0U), std::pair(staying, 1U)}) {
+    Comparison gone = compareSurveys({here}, {here, there}, 5e3);
+    forgetUnlookedFor(gone, settings, {});
+    EXPECT_EQ(gone.channels.size(), 1U + changes);
+    Comparison fresh = compareSurveys({here, there}, {here}, 5e3);
+    forgetUnlookedFor(fresh, {}, settings);
+    EXPECT_EQ(fresh.channels[1].change, changes == 0U ? Change::kNone : Change::kNew);
+  }
+}
+
+TEST(BandSvg, MarksEveryChangeAlsoWhereNoFrequencyHasRoom) {
+  ReportData report;
+  report.is_compared = true;
+  for (const Change change :
+       {Change::kNew, Change::kGone, Change::kMoreOften, Change::kLessOften}) {
+    const double step_hz = 30e3 * static_cast<double>(report.channels.size());
+    report.channels.push_back({channelAt(145e6 + step_hz, 3e3, 1, 1), change, 1, 1});
+  }
+  report.channels.push_back({channelAt(147e6, 3e3, 1, 1)});
+  report.layout = layOutBand(report.channels, {}, {});
+  const std::string svg = bandSvg(report);
+  for (const char* const symbol : {"+", "×", "▲", "▼"}) {
+    EXPECT_NE(svg.find(std::string("class=\"label\">") + symbol), std::string::npos) << symbol;
+  }
+}
+
+TEST(BandSvg, DrawsTheWideFirstThenTheTallInTheColoursOfTheLegend) {
+  ReportData report;
+  report.channels =
+      withoutComparison({channelAt(100.03e6, 3e3, 1, 25), channelAt(100e6, 3e3, 25, 25),
+                         channelAt(105e6, 9e6, 5, 10)});
+  report.channels[0].channel.peak_db = 15.0;
+  report.channels[1].channel.peak_db = 50.0;
+  report.layout = layOutBand(report.channels, {}, {});
+  const std::string svg = bandSvg(report);
+  const auto drawn = [&svg](size_t shade) { return svg.find("\"" + activityShades()[shade]); };
+  EXPECT_LT(drawn(5), drawn(10));
+  EXPECT_LT(drawn(10), drawn(0));
+  EXPECT_EQ(svg.find("opacity:."), std::string::npos);
+}
+
+TEST(BandSvg, TellsTheBandAndTheTimesOfTheSurveyAndNotOfWhatIsGone) {
+  ReportData report;
+  report.layout = layOutBand({}, {}, {});
+  EXPECT_NE(bandSvg(report).find("<title>0 channels<"), std::string::npos) << "no band is known";
+  report.channels = {{channelAt(145e6, 3e3, 1, 1)}, {channelAt(146e6, 3e3, 1, 1), Change::kGone}};
+  report.channels[0].channel.first_unix_ms = 1'729'983'600'000;
+  report.channels[0].channel.last_unix_ms = 1'729'994'400'000;
+  report.channels[1].channel.first_unix_ms = report.channels[1].channel.last_unix_ms = 1000;
+  report.layout = layOutBand(report.channels, {}, {});
+  EXPECT_EQ(report.layout.marks[1].time_begin, report.layout.measures.time_top);
+  setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+  tzset();
+  const std::string svg = bandSvg(report);
+  unsetenv("TZ");
+  tzset();
+  EXPECT_NE(svg.find(">2024-10-27 01:00:00 CEST to 2024-10-27 03:00:00 CET<"), std::string::npos);
+}
+
+TEST(BandLayout, LevelsBeyondReasonMakeNoEndlessScale) {
+  auto rows = parseSurveyRows(
+      "145012500,1,1,1,1e300,-1e300,1,1,1,1,?\n145112500,1,1,1,900,-900,1,1,1,1,?\n");
+  const auto layout = layOutBand(withoutComparison(rows.channels), {}, {});
+  EXPECT_EQ(layout.top_db, 2000.0);
+  EXPECT_LE(layout.top_db / layout.level_step_db, 7.0);
+}
+
+TEST(Report, ShowsAnyNameWithoutTakingItForMarkup) {
+  EXPECT_EQ(
+      displayText("\x1b[1m\x7f\xff\xc0\xaf \xed\xa0\x80 \xf0\x9f\x93\xbb\xe2\x80\xae caf\xc3"),
+      "␛[1m␡��� ��� 📻� caf�");
+  ReportData report;
+  report.band_plan = {{144e6, 146e6, "</script><!--<script>\"&'\xff\x02{{page.js}}"}};
+  report.channels = withoutComparison({channelAt(145e6, 12e3, 1, 1)});
+  report.channels[0].channel.peak_db = std::nan("");
+  report.layout = layOutBand(report.channels, report.band_plan, {});
+  const std::string page = reportPage(report);
+  const size_t begin = page.find("id=\"survey\">");
+  const std::string data = page.substr(begin, page.find("</script>", begin) - begin);
+  EXPECT_NE(data.find("{{page.js}}"), std::string::npos) << "the data end at the name's markup";
+  EXPECT_EQ(data.find('<'), std::string::npos);
+  const std::string svg = bandSvg(report);
+  EXPECT_NE(svg.find("&lt;/script&gt;&lt;!--&lt;script&gt;&quot;&amp;'�␂"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace pelagrim_host

@@ -1,0 +1,182 @@
+// The host's run loop: against a fake plug-in that writes down its calls, and against the real one.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <vector>
+
+#include "host/session/host_services.h"
+#include "host/session/plugin_library.h"
+#include "host/session/survey_session.h"
+#include "host/view/panel_text.h"
+#include "tests/support/temporary_dir.h"
+
+namespace pelagrim_host {
+namespace {
+
+/// 100 samples to the second, each of which holds the centre it comes from. Answers to tune as
+/// told, throwing on kTuneRefused.
+class ScriptedSource : public IqSource {
+ public:
+  std::string name() const override { return "script"; }
+  double sampleRateHz() const override { return 100.0; }
+  double centreHz() const override { return read_ >= jumps_at ? 777.0 : centre_hz_; }
+  std::optional<int64_t> nextUnixMs() const override {
+    return read_ == resumes_at ? std::optional(resumes_ms) : std::nullopt;
+  }
+  size_t read(std::span<std::complex<float>> block) override {
+    const size_t count = std::min(block.size(), length - read_);
+    for (auto& sample : block.first(count)) sample = {static_cast<float>(centreHz()), 0.0F};
+    read_ += count;
+    if (read_ == fails_at) throw SourceError("unplugged");
+    return count;
+  }
+  WendleTuneResult tune(double hz) override {
+    const auto answer = answers.empty() ? kTuneAccepted : answers[tunes++ % answers.size()];
+    if (answer == kTuneRefused) throw SourceError("stuck");
+    if (answer == kTuneAccepted) centre_hz_ = hz;
+    return answer;
+  }
+
+  size_t length = 1000;
+  size_t jumps_at = SIZE_MAX;
+  size_t fails_at = SIZE_MAX;
+  size_t resumes_at = SIZE_MAX;
+  int64_t resumes_ms = 0;
+  std::vector<WendleTuneResult> answers;
+  size_t tunes = 0;
+
+ private:
+  size_t read_ = 0;
+  double centre_hz_ = 50.0;
+};
+
+struct Recorder : SurveyView {
+  void note(const std::string&) override {}
+  void warning(const std::string&) override {}
+  void message(const std::string& line) override { messages += line + "\n"; }
+  void tuned(const TuneRequest& request, double) override { refusals += request.why_refused; }
+  void opened(const SourceFacts&) override {}
+  void dwellDone(const SurveyProgress&) override {}
+  void progress(const SurveyProgress&, PanelReader&) override {}
+  void finished(const Panel& panel) override { panels.push_back(panel); }
+  std::string messages;
+  std::string refusals;
+  std::vector<Panel> panels;
+};
+
+/// Runs `source` through a plug-in; returns what the fake one wrote down after attach.
+std::string runThrough(
+    const char* plugin_path, ScriptedSource& source, Recorder& report, SessionSettings settings,
+    bool may_tune = true, const std::function<bool()>& rescan = [] { return false; }) {
+  const PluginLibrary plugin(plugin_path);
+  SurveyClock clock = SurveyClock::ofSamples(1000, source.sampleRateHz());
+  HostServices services(source, clock, may_tune);
+  {
+    SurveySession session(plugin, source, services, clock, report, settings);
+    try {
+      session.run([] { return false; }, rescan);
+    } catch (const SourceError& failure) {
+      report.messages += failure.what();
+    }
+  }
+  void* const library = dlopen(plugin_path, RTLD_NOW);
+  using Calls = const char* (*)();
+  const auto calls = reinterpret_cast<Calls>(dlsym(library, "fake_plugin_calls"));
+  std::string text = calls == nullptr ? "" : calls();
+  dlclose(library);
+  return text;
+}
+
+TEST(HostSession, ReportsAnAcceptedTuneAfterTheCallAndBeforeTheNextBlock) {
+  ScriptedSource source;
+  source.length = 45;
+  source.answers = {kTuneAccepted, kTuneOutOfRange, kTuneRefused};
+  Recorder report;
+  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, source, report, {.block_samples = 10}),
+            "attach\ncreate 50\nprocess 10 from 50 at 1100\nprocess 10 from 50 at 1200\ntune 0\n"
+            "retune 200\nprocess 10 from 200 at 1300\nprocess 10 from 200 at 1400\ntune -2\n"
+            "process 5 from 200 at 1450\ndestroy\ndetach\n");
+}
+
+TEST(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
+  ScriptedSource moving;  // a recording that goes on elsewhere and later, cut short
+  moving.jumps_at = moving.resumes_at = 10;
+  moving.resumes_ms = 60000;
+  Recorder report;
+  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, moving, report,
+                       {.block_samples = 10, .duration_seconds = 0.15}, false),
+            "attach\ncreate 50\nprocess 10 from 50 at 1100\nretune 777\n"
+            "process 5 from 777 at 60050\ntune -1\ndestroy\ndetach\n");
+  ScriptedSource failing;
+  failing.fails_at = 30;
+  failing.resumes_at = 10;  // in the past: the clock never goes back
+  failing.answers = {kTuneRefused};
+  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, failing, report, {.block_samples = 10}),
+            "attach\ncreate 50\nprocess 10 from 50 at 1100\nprocess 10 from 50 at 1200\ntune -4\n"
+            "destroy\ndetach\n");
+  EXPECT_EQ(report.messages, "unplugged");
+  EXPECT_EQ(report.refusals, "stuck");
+  ScriptedSource passes;
+  EXPECT_THROW(runThrough(FAKE_PLUGIN_PATH, passes, report, {.passes = 1}), PluginError);
+}
+
+TEST(HostSession, SavesAndStartsAfreshOnARescan) {
+  ScriptedSource source;
+  source.length = 30;
+  Recorder report;
+  int asked = 0;
+  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, source, report, {.block_samples = 10}, false,
+                       [&] { return ++asked == 2; }),
+            "attach\ncreate 50\nprocess 10 from 50 at 1100\ndestroy\ncreate 50\n"
+            "process 10 from 50 at 1200\ntune -1\nprocess 10 from 50 at 1300\ndestroy\ndetach\n");
+}
+
+TEST(HostSession, ShowsRefusalAndRecoveryOfTheRealPlugin) {
+  const TemporaryDir dir;
+  setenv("ORVANE_SURVEY_DIR", dir.path().c_str(), 1);
+  dir.write("survey.cfg", "start = 0\nstop = 250\ndwell_seconds = 20\n");
+  ScriptedSource source;
+  source.length = 20000;
+  source.answers = {kTuneOutOfRange, kTuneAccepted, kTuneRefused};
+  Recorder report;
+  runThrough(PELAGRIM_PLUGIN_PATH, source, report, {.block_samples = 100, .passes = 1});
+  const size_t refused = report.messages.find("outside this radio's range");
+  const size_t again = report.messages.find("survey: tuning allowed");
+  const size_t stuck = report.messages.find("survey: the radio refused to tune");
+  EXPECT_TRUE(refused < again && again < stuck && stuck != std::string::npos) << report.messages;
+  ASSERT_EQ(report.panels.size(), 1u);
+  const std::string table = formatPanel(report.panels[0]);
+  EXPECT_NE(table.find("Survey  sweeping  3 slices  3 dwells done"), std::string::npos) << table;
+  EXPECT_NE(table.find("! Cannot sweep  the radio refused to tune"), std::string::npos) << table;
+}
+
+TEST(PluginLibrary, RefusesWhatIsNoSoundPluginAndSaysWhy) {
+  const std::vector<std::pair<const char*, const char*>> faults = {
+      {"other version", "another version of the interface than 3"},
+      {"short descriptor", "descriptor has 48 bytes instead of 56"},
+      {"mask", "mask 0x2 does not agree with its list, 0x100022"},
+      {"short table", "host client has 8 bytes in the list and 8 in itself instead of 16"},
+      {"sizes differ", "IQ processor has 72 bytes in the list and 64 in itself"},
+      {"null table", "table of its IQ processor is null"},
+      {"null function", "function of its IQ processor is null"},
+      {"no processor", "no IQ processor"}};
+  const auto failureOf = [](const char* path) -> std::string {
+    try {
+      return PluginLibrary(path).describe();
+    } catch (const PluginError& failure) {
+      return failure.what();
+    }
+  };
+  for (const auto& [fault, words] : faults) {
+    setenv("FAKE_PLUGIN_FAULT", fault, 1);
+    EXPECT_NE(failureOf(FAKE_PLUGIN_PATH).find(words), std::string::npos) << fault;
+  }
+  unsetenv("FAKE_PLUGIN_FAULT");
+  EXPECT_NE(failureOf(FAKE_PLUGIN_PATH).find("kind 1048576, not known here"), std::string::npos);
+  EXPECT_NE(failureOf("libm.so.6").find("does not export"), std::string::npos);
+  EXPECT_NE(failureOf("/nowhere.so").find("/nowhere.so"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace pelagrim_host

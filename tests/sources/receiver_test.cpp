@@ -1,0 +1,125 @@
+// Live receivers against a scripted SoapySDR driver.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "host/sources/soapy_receiver.h"
+#include "tests/sources/scripted_device.h"
+
+namespace pelagrim_host {
+namespace {
+
+struct LiveReceiver : testing::Test {
+  void SetUp() override { script = {}; }
+  ReceiverConfig config{"driver=scripted", 1e6, 200e6, {}, {}, 0.0, {}, 0.001, 0.02, {}};
+  std::vector<std::complex<float>> block = std::vector<std::complex<float>>(64);
+};
+
+template <typename Call>
+std::string failureOf(Call call) try {
+  call();
+  return "none";
+} catch (const SourceError& failure) {
+  return failure.what();
+}
+
+TEST_F(LiveReceiver, DropsWhatWasInFlightThenDeliversTheNewCentreAtFullScaleOne) {
+  for (const char* format : {SOAPY_SDR_CS16, SOAPY_SDR_CF32}) {
+    script.format = format;
+    const auto receiver = openReceiver(config);
+    EXPECT_EQ(receiver->read(block), 64U);
+    script.waiting = 300;  // then the buffer that was being filled, then 900 that come late
+    script.stale = 300 + 100 + 900;
+    EXPECT_EQ(receiver->tune(600e6), kTuneAccepted);
+    receiver->settle();
+    EXPECT_EQ(script.delivered, 300U + 100U + 1000U);
+    EXPECT_EQ(receiver->read(block), 64U);
+    EXPECT_EQ(block[0], std::complex<float>(600.0F / 2048.0F, 0.25F));
+    EXPECT_EQ(receiver->centreHz(), 600e6);
+  }
+}
+
+TEST_F(LiveReceiver, RefusesATuneTruthfullyAndSaysWhereItIs) {
+  const auto receiver = openReceiver(config);
+  for (const double hz : {23e6, 450e6, 2e9, std::nan("")}) {
+    EXPECT_EQ(receiver->tune(hz), kTuneOutOfRange) << hz;
+  }
+  script.throws = true;
+  EXPECT_EQ(failureOf([&] { receiver->tune(300e6); }), "driver=scripted: no lock");
+  EXPECT_EQ(receiver->centreHz(), 200e6);
+  script.throws = false;
+  script.step_hz = 15e3;
+  EXPECT_EQ(receiver->tune(300.004e6), kTuneAccepted);
+  EXPECT_EQ(receiver->centreHz(), 300e6);
+  script.step_hz = 77e6;
+  EXPECT_EQ(failureOf([&] { receiver->tune(100e6); }),
+            "driver=scripted: the device stays at 77.000 MHz");
+  EXPECT_EQ(receiver->centreHz(), 77e6);
+  config.ppm = 2.5;
+  for (const bool takes_whole_ppm : {false, true}) {
+    script = {};
+    script.takes_ppm = takes_whole_ppm;
+    EXPECT_EQ(openReceiver(config)->centreHz(), 200e6);
+    EXPECT_NEAR(script.sent_hz, takes_whole_ppm ? 199'999'900.0 : 199'999'500.0, 0.01);
+  }
+}
+
+TEST_F(LiveReceiver, OutlivesOverflowsAndErrorsButNotTheDevicesEnd) {
+  auto receiver = openReceiver(config);
+  script.codes = {SOAPY_SDR_OVERFLOW, SOAPY_SDR_TIMEOUT, SOAPY_SDR_CORRUPTION, SOAPY_SDR_OVERFLOW};
+  EXPECT_EQ(receiver->read(block), 64U);
+  EXPECT_EQ(receiver->overflows(), 2U);
+  script.overflows = true;
+  EXPECT_EQ(receiver->tune(300e6), kTuneAccepted);
+  EXPECT_NE(failureOf([&] { receiver->settle(); }).find("(OVERFLOW)"), std::string::npos);
+  script.overflows = false;
+  script.unplugged = true;
+  EXPECT_EQ(
+      failureOf([&] { receiver->read(block); }),
+      "driver=scripted: no samples for 0.02 s (TIMEOUT); see that the receiver is plugged in");
+  script.throws = true;
+  EXPECT_NE(failureOf([&] { receiver->read(block); }).find("usb gone"), std::string::npos);
+  receiver.reset();
+  EXPECT_EQ(script.calls, "dc closed");
+  script = {};
+  script.unplugged = true;
+  EXPECT_NE(failureOf([&] { openReceiver(config); }).find("cannot start the stream"),
+            std::string::npos);
+  EXPECT_EQ(script.calls, "dc closed");
+  script = {};
+  config.stop = [] { return true; };
+  EXPECT_EQ(openReceiver(config)->read(block), 0U);
+}
+
+TEST_F(LiveReceiver, SetsWhatIsAskedForAndNamesTheDevicesRangesOtherwise) {
+  config.antenna = "HF";
+  for (const auto& [gain, calls] : {std::pair("auto", "HF auto dc closed"),
+                                    {"32.8", "HF manual 32 dc closed"},
+                                    {"LNA=20,IF=8", "HF manual LNA20 IF8 dc closed"}}) {
+    script = {};
+    config.gain = parseGain(gain);
+    openReceiver(config);
+    EXPECT_EQ(script.calls, calls);
+  }
+  for (const char* text : {"", "loud", "3k", "LNA", "=3", "LNA=3,", "LNA=x"}) {
+    EXPECT_FALSE(parseGain(text)) << text;
+  }
+  const std::vector<std::pair<void (*)(ReceiverConfig&), const char*>> faults = {
+      {[](auto& c) { c.sample_rate_hz = 5e6; }, "225 kS/s to 300 kS/s, 1 MS/s"},
+      {[](auto& c) { c.centre_hz = 450e6; }, "24.000 MHz to 400.000 MHz, 500.000 MHz to"},
+      {[](auto& c) { c.gain = parseGain("70"); }, "cannot do 70 dB; it offers 0 dB to 60 dB"},
+      {[](auto& c) { c.gain = parseGain("LNA=31"); }, "--gain LNA: the device cannot do 31 dB"},
+      {[](auto& c) { c.gain = parseGain("VGA=1"); }, "no stage 'VGA'; the device has LNA, IF"},
+      {[](auto& c) { c.antenna = "TX"; }, "no 'TX'; the device has RX, HF"},
+      {[](auto& c) { c.bandwidth_hz = 1e6; }, "filter cannot be set"},
+      {[](auto& c) { c.device = "driver=nothing"; }, "--list-devices"},
+      {[](auto&) { script.format = "CS12"; }, "only samples of format CS12"}};
+  for (const auto& [spoil, words] : faults) {
+    ReceiverConfig spoilt = config;
+    spoil(spoilt);
+    EXPECT_NE(failureOf([&] { openReceiver(spoilt); }).find(words), std::string::npos) << words;
+  }
+}
+
+}  // namespace
+}  // namespace pelagrim_host

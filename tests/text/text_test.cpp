@@ -1,0 +1,93 @@
+// The host's small readers and writers: quantities, sample formats, the clock, settings.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include "host/session/survey_clock.h"
+#include "host/sources/sample_format.h"
+#include "host/survey_dir/survey_settings_file.h"
+#include "host/text/quantity_text.h"
+
+namespace pelagrim_host {
+namespace {
+
+TEST(QuantityText, TakesSuffixesAndNothingElse) {
+  const std::vector<std::pair<const char*, double>> good = {
+      {"145.5M", 145.5e6}, {"250k", 250e3}, {"2.4GHz", 2.4e9}, {"12500", 12500}, {"-3", -3}};
+  for (const auto& [text, value] : good) EXPECT_EQ(parseQuantity(text), value) << text;
+  for (const char* text :
+       {"", "M", "1.5 M", "1M6", "nan", "inf", "1e999", "1e308M", "0x10", "5dB", "1,5"}) {
+    EXPECT_FALSE(parseQuantity(text)) << text;
+  }
+  const std::pair<const char*, double> times[] = {{"2.5", 2.5},  {"10m", 600}, {"1h", 3600},
+                                                  {"3min", 180}, {"30s", 30},  {"2d", 172800}};
+  for (const auto& [text, seconds] : times) EXPECT_EQ(parseSeconds(text), seconds) << text;
+  for (const char* text : {"", "5M", "5k", "-1", "1 h", "nan"}) EXPECT_FALSE(parseSeconds(text));
+  EXPECT_EQ(parseDecibels("12dB"), 12.0);
+  EXPECT_FALSE(parseDecibels("12k"));
+  EXPECT_FALSE(parsePlainNumber("12k"));
+  EXPECT_EQ(parseFrequencyRange("430M:0.44G")->high_hz, 440e6);
+  for (const char* text : {"144M", "146M:144M", "1M:1M", ":", "1M:2M:3M"}) {
+    EXPECT_FALSE(parseFrequencyRange(text)) << text;
+  }
+}
+
+TEST(QuantityText, TakesMomentsInUtc) {
+  for (const char* text :
+       {"2024-02-29T12:00:01.25Z", "2024-02-29T12:00:01.2509", "1709208001250"}) {
+    EXPECT_EQ(parseMoment(text), 1709208001250) << text;
+  }
+  for (const char* text : {"2023-02-29T12:00:00Z", "2024-02-28", "2024-02-28T24:00:00Z",
+                           "2024-02-28T12:00:00+01:00", "2024-02-28T12:00:00.", "noon"}) {
+    EXPECT_FALSE(parseMoment(text)) << text;
+  }
+}
+
+TEST(SampleFormat, ScalesEveryFormatToOne) {
+  const auto converted = [](const char* name, std::vector<unsigned char> bytes) {
+    const SampleFormat* const format = findSampleFormat(name);
+    std::vector<float> out(bytes.size() / format->component_bytes);
+    format->convert(reinterpret_cast<const std::byte*>(bytes.data()), out.size(), out.data());
+    return out;
+  };
+  using Floats = std::vector<float>;
+  EXPECT_EQ(converted("cu8", {0, 127, 128, 255}),
+            (Floats{-0.99609375F, -0.00390625F, 0.00390625F, 0.99609375F}));
+  EXPECT_EQ(converted("cs8", {0x80, 0xFF, 0x40}), (Floats{-1.0F, -0.0078125F, 0.5F}));
+  EXPECT_EQ(converted("cs16", {0x00, 0x80, 0x00, 0x40}), (Floats{-1.0F, 0.5F}));
+  EXPECT_EQ(converted("cf32", {0, 0, 0x20, 0xC0}), (Floats{-2.5F}));
+  EXPECT_EQ(converted("cf64", {0, 0, 0, 0, 0, 0, 0x04, 0xC0}), (Floats{-2.5F}));
+}
+
+TEST(SurveyClock, FollowsTheSamplesWithoutDrift) {
+  SurveyClock clock = SurveyClock::ofSamples(1000, 2.4e6);
+  for (int i = 0; i < 2399; ++i) clock.advance(1);
+  EXPECT_EQ(clock.nowMs(), 1000);  // a sample short of a millisecond
+  clock.advance(1);
+  EXPECT_EQ(clock.nowMs(), 1001);
+  clock.advance(uint64_t{2'400'000} * 3600 * 24 * 365 * 100);
+  EXPECT_EQ(clock.nowMs(), int64_t{1001} + int64_t{1000} * 3600 * 24 * 365 * 100);
+  EXPECT_NE(SurveyClock::ofSamples(0, 1.0).nowMs(), 0);  // 0 would say that there is no time
+}
+
+TEST(SurveySettings, EditsKeepEveryOtherByte) {
+  const std::string text =
+      "# start = 1\r\n start\t= 144000000 Hz  # mine\r\nsweep = yes # not now\n\nstop=1\nstop =2\n"
+      "odd line\nraster_hz = \ndwell_seconds = 20";
+  EXPECT_EQ(findNumber(text, "start"), 144e6);
+  EXPECT_EQ(findNumber(text, "stop"), 2);  // the last line of a key counts
+  EXPECT_FALSE(asksToSweep(text));         // as the n of "not" counts
+  EXPECT_EQ(withSettings(text, {{"start", "430000000"},
+                                {"stop", "440000000"},
+                                {"sweep", "yes"},
+                                {"raster_hz", "12500"},
+                                {"threshold_db", "9"}}),
+            "# start = 1\r\n start\t= 430000000 Hz  # mine\r\nsweep = yes\n\nstop=1\n"
+            "stop =440000000\nodd line\nraster_hz = 12500\ndwell_seconds = 20\nthreshold_db = 9\n");
+  EXPECT_TRUE(asksToSweep(""));
+}
+
+}  // namespace
+}  // namespace pelagrim_host

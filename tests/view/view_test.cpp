@@ -1,0 +1,95 @@
+// What a user and a script see: the live view's frames, the JSON lines, and a rescan.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <regex>
+
+#include "host/text/text_width.h"
+#include "host/view/json_view.h"
+#include "host/view/live_frame.h"
+
+namespace pelagrim_host {
+namespace {
+
+Panel panelOf(int channels) {
+  Panel panel{"Pelagrim", {"Frequency", "Guess", "Seen", "Band"}, {}};
+  panel.rows.push_back({kRowSummary, {"Survey", "sweeping", "3", "slices"}});
+  panel.rows.push_back({kRowWarning, {"Cannot sweep", "no radio"}});
+  for (int i = 0; i < channels; ++i) {
+    panel.rows.push_back(
+        {kRowPlain, {std::to_string(i) + ".5 MHz", "NFM?", "1/2", "Gen\xE9ve \x9B"}});
+  }
+  return panel;
+}
+
+std::string frameText(const std::vector<std::string>& frame) {
+  std::string text;
+  for (const std::string& line : frame) text += line + "\n";
+  return std::regex_replace(text, std::regex("\x1b\\[[0-9;]*m"), "");
+}
+
+TEST(LiveFrame, FillsEveryWindowExactlyAndSteersTheTerminalInNoOtherWay) {
+  ViewState state{.source = {"a \x1b[2J name", 0, 0}, .panel = panelOf(90)};
+  state.progress = {.centre_hz = 145.4e6, .rate_hz = 1e6, .dwell_length_seconds = 5.0};
+  state.progress.dwells = DwellCount{4, 3, true};
+  state.said = {{"survey: \xC2\x9B 東京 resumed"}, {"unplugged\a", true}};
+  for (const size_t columns : {1u, 7u, 40u, 80u, 131u, 250u}) {
+    for (const size_t rows : {1u, 5u, 8u, 15u, 24u, 70u}) {
+      const auto frame = composeFrame(state, {columns, rows}, {true, true});
+      ASSERT_EQ(frame.size(), rows);
+      const std::string text = frameText(frame);
+      EXPECT_EQ(text.find_first_of("\x1b\a"), std::string::npos) << columns << "x" << rows;
+      for (size_t begin = 0; begin < text.size(); begin = text.find('\n', begin) + 1) {
+        const auto line = text.substr(begin, text.find('\n', begin) - begin);
+        EXPECT_EQ(textWidth(line), columns) << line;
+      }
+    }
+  }
+}
+
+TEST(LiveFrame, KeepsTheMostImportantRowsInSmallWindowsAndFillsLargeOnes) {
+  ViewState state{.source = {"band", 0, 0}, .panel = panelOf(90), .said = {{"heard"}, {"last"}}};
+  state.progress = {.rate_hz = 1e6, .overflows = 7};
+  const auto has = [&](WindowSize window, const char* words) {
+    return frameText(composeFrame(state, window, {})).find(words) != std::string::npos;
+  };
+  EXPECT_TRUE(has({40, 5}, "! Cannot sweep  no radio"));
+  EXPECT_FALSE(has({40, 5}, "0.5 MHz"));
+  EXPECT_TRUE(has({40, 9}, "1.5 MHz") && !has({40, 9}, "last"));
+  EXPECT_TRUE(has({40, 24}, "7 overflows") && has({40, 24}, "last"));
+  EXPECT_TRUE(has({40, 24}, "more in survey.csv"));
+  EXPECT_TRUE(has({250, 50}, "89.5 MHz") && !has({250, 50}, "more in"));
+  state.panel = panelOf(3);
+  EXPECT_TRUE(has({120, 24}, "2.5 MHz") && has({120, 24}, "Messages"));
+  const auto coloured = [&](FrameStyle style) {
+    const auto frame = composeFrame(state, {80, 24}, style);
+    return frame[0].find("[1;97;44m") != std::string::npos;
+  };
+  EXPECT_TRUE(coloured({true, false}) && !coloured({false, false}));
+}
+
+TEST(JsonView, WritesAnObjectALineForEveryEventWhateverTheTextHolds) {
+  std::FILE* const stream = std::tmpfile();
+  JsonView report(stream);
+  report.opened({"caf\xE9.cu8", 433e6, 1e6});
+  report.message("two\nlines \"quoted\"");
+  report.dwellDone({.centre_hz = 433e6, .dwells = DwellCount{4, 3, true}});
+  report.tuned({434e6, kTuneRefused, "stuck"}, 433e6);
+  report.finished(panelOf(2));
+  std::rewind(stream);
+  std::string events;
+  std::vector<nlohmann::json> objects;
+  for (char line[4096]; std::fgets(line, sizeof line, stream) != nullptr;) {
+    events +=
+        objects.emplace_back(nlohmann::json::parse(line)).at("event").get<std::string>() + " ";
+  }
+  std::fclose(stream);
+  ASSERT_EQ(events, "source message dwell tune panel ");
+  EXPECT_EQ(objects[1]["text"], "two\nlines \"quoted\"");
+  EXPECT_EQ(objects[2]["dwells_done"], 4);
+  EXPECT_EQ(objects[3]["answer"], "refused");
+  EXPECT_EQ(objects[4]["rows"][2]["cells"][0], "0.5 MHz");
+}
+
+}  // namespace
+}  // namespace pelagrim_host
