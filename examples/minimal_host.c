@@ -3,7 +3,7 @@
  * tune, feeds it samples and prints what it says. Of Pelagrim it knows the boundary header alone.
  *
  *   cc -I include examples/minimal_host.c -ldl -lm -o minimal_host
- *   ORVANE_SURVEY_DIR=/tmp/survey ./minimal_host build/pelagrim_plugin.so
+ *   ORVANE_SURVEY_DIR=. ./minimal_host build/pelagrim_plugin.so
  *
  * The receiver here is made up: noise, and one carrier at 145.25 MHz.
  */
