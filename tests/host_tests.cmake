@@ -1,7 +1,5 @@
 # The headless host: its parts, its run loop against a fake plug-in and the real one, and the
 # program as a user calls it.
-find_package(nlohmann_json REQUIRED)
-
 add_library(fake_plugin MODULE session/fake_plugin.cpp)
 target_include_directories(fake_plugin PRIVATE ${PROJECT_SOURCE_DIR}/include)
 
