@@ -1,6 +1,6 @@
 # Nobody gets the slow plug-in that a compiler makes when it is asked for nothing: Release, unless
 # the user or a preset names another type.
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
-  message(STATUS "No build type was given: this is a Release build; set CMAKE_BUILD_TYPE for another")
+  message(STATUS "No build type was given: Release (CMAKE_BUILD_TYPE asks for another)")
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Release, Debug or RelWithDebInfo" FORCE)
 endif()

@@ -1,6 +1,6 @@
-# Says what a long step does: sourced by ./demo, ./test and install-deps. On a terminal one line with
-# a percentage that is redrawn; elsewhere a line at the beginning and one at every quarter. What the
-# step itself says is kept in a log, and shown when the step fails.
+# Says what a long step does: sourced by ./demo, ./test and others. On a terminal one line with a
+# percentage that is redrawn; elsewhere a line at the beginning and one at every quarter. What the
+# step itself says is kept in a log, and its end shown when the step fails.
 
 # with_progress TITLE COMMAND ...: the percentage is the last one that the command writes as cmake
 # does, "[ 42%]". Returns the command's status.

@@ -26,6 +26,8 @@ lacks "$dynamic" 'RPATH|RUNPATH' "a search path is built in"
 has "$undefined" '__stack_chk_fail' "no stack protector"
 has "$undefined" '__v?snprintf_chk' "no fortified functions"
 # The C and C++ libraries, maths, and libgcc_s: the unwinder, without which no exception is caught.
-holds_only "$needed" '^(libc\.so\.6|libm\.so\.6|libstdc\+\+\.so\.6|libgcc_s\.so\.1)$' "needs more libraries"
-holds_only "$undefined" '@(GLIBC|GLIBCXX|CXXABI|GCC)_[0-9.]+$' "undefined symbols of other libraries"
+holds_only "$needed" '^(libc\.so\.6|libm\.so\.6|libstdc\+\+\.so\.6|libgcc_s\.so\.1)$' \
+  "needs more libraries"
+holds_only "$undefined" '@(GLIBC|GLIBCXX|CXXABI|GCC)_[0-9.]+$' \
+  "undefined symbols of other libraries"
 exit $failed

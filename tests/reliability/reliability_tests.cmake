@@ -33,7 +33,8 @@ add_custom_command(OUTPUT ${locale_dir}/de_DE.UTF-8/LC_NUMERIC
   COMMAND ${CMAKE_COMMAND} -E make_directory ${locale_dir}
   COMMAND localedef --no-archive -f UTF-8 -i de_DE ${locale_dir}/de_DE.UTF-8)
 add_custom_target(comma_locale ALL DEPENDS ${locale_dir}/de_DE.UTF-8/LC_NUMERIC)
-# The C library itself never frees the path that it keeps of LOCPATH, so leaks are not looked for here.
+# The C library itself never frees the path that it keeps of LOCPATH, so leaks are not looked for
+# here.
 set(suites model_test plugin_test)
 if(NOT PELAGRIM_SANITIZE)
   list(APPEND suites fault_test reliability_test)  # long ones
@@ -41,6 +42,6 @@ endif()
 foreach(suite IN LISTS suites)
   target_sources(${suite} PRIVATE support/locale_environment.cpp)
   add_test(NAME ${suite}_in_comma_locale COMMAND ${suite})
-  set_tests_properties(${suite}_in_comma_locale PROPERTIES
-    ENVIRONMENT "LOCPATH=${locale_dir};PELAGRIM_TEST_LOCALE=de_DE.UTF-8;ASAN_OPTIONS=detect_leaks=0")
+  set_property(TEST ${suite}_in_comma_locale PROPERTY ENVIRONMENT
+    LOCPATH=${locale_dir} PELAGRIM_TEST_LOCALE=de_DE.UTF-8 ASAN_OPTIONS=detect_leaks=0)
 endforeach()
