@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -14,7 +15,6 @@
 #include "host/commands/open_source.h"
 #include "host/commands/survey_setup.h"
 #include "host/process/signals.h"
-#include "host/session/host_services.h"
 #include "host/session/plugin_library.h"
 #include "host/session/survey_clock.h"
 #include "host/session/survey_session.h"
@@ -50,34 +50,22 @@ void listStations(const Options& options, const std::string& settings) {
 
 /// Makes the directory and its settings ready for the plug-in, and says what was done.
 void prepareDirectory(const std::filesystem::path& survey_dir,
-                      const std::vector<SettingEdit>& edits, SurveyView& report) {
+                      const std::vector<SettingEdit>& edits, SurveyView& view) {
   const bool created = createSurveyDirectory(survey_dir);
-  report.note(
-      fmt::format("survey directory {}{}", survey_dir.string(), created ? " (created)" : ""));
+  view.note(fmt::format("survey directory {}{}", survey_dir.string(), created ? " (created)" : ""));
   if (edits.empty()) return;
   editSettings(survey_dir, edits);
   std::string keys;
   for (const SettingEdit& edit : edits) {
     keys += fmt::format("{}{} = {}", keys.empty() ? "" : ", ", edit.key, edit.value);
   }
-  report.note(fmt::format("written to {}: {}", settingsPath(survey_dir).string(), keys));
+  view.note(fmt::format("written to {}: {}", settingsPath(survey_dir).string(), keys));
 }
 
-std::unique_ptr<SurveyView> makeReport(const Options& options) {
-  if (options.json) return std::make_unique<JsonView>(stdout);
-  const TerminalKind terminal = terminalKind(STDOUT_FILENO);
-  if (options.quiet || !terminal.redraws) return std::make_unique<ConsoleView>(options.quiet);
-  return std::make_unique<LiveView>(FrameStyle{terminal.colours, terminal.unicode});
-}
-
-SessionSettings sessionSettings(const Options& options, const std::filesystem::path& survey_dir) {
-  SessionSettings session;
-  session.block_samples = options.block_samples;
-  session.passes = options.passes;
-  session.duration_seconds = options.duration_seconds;
-  session.realtime = options.realtime;
+/// Finds how long a dwell is from now on, whenever the plug-in has read survey.cfg.
+std::function<std::optional<double>()> dwellLengthIn(const std::filesystem::path& survey_dir) {
   // As in the plug-in, what the file does not say stays as it was, at first the default.
-  session.dwell_length_seconds = [survey_dir, in_force = kDefaultDwellSeconds]() mutable {
+  return [survey_dir, in_force = kDefaultDwellSeconds]() mutable {
     try {
       const std::string settings = readSettings(survey_dir).value_or("");
       in_force = findNumber(settings, "dwell_seconds").value_or(in_force);
@@ -85,6 +73,27 @@ SessionSettings sessionSettings(const Options& options, const std::filesystem::p
     }
     return std::optional(in_force);
   };
+}
+
+std::unique_ptr<SurveyView> makeView(const Options& options,
+                                     const std::filesystem::path& survey_dir) {
+  if (options.json) return std::make_unique<JsonView>(stdout);
+  const TerminalKind terminal = terminalKind(STDOUT_FILENO);
+  if (options.quiet || !terminal.redraws) return std::make_unique<ConsoleView>(options.quiet);
+  return std::make_unique<LiveView>(
+      FrameStyle{terminal.colours, terminal.unicode},
+      LiveViewHooks{.rescan = requestRescan,
+                    .end = requestStop,
+                    .dwell_length_seconds = dwellLengthIn(survey_dir)});
+}
+
+SessionSettings sessionSettings(const Options& options) {
+  SessionSettings session;
+  session.may_tune = options.may_tune;
+  session.block_samples = options.block_samples;
+  session.passes = options.passes;
+  session.duration_seconds = options.duration_seconds;
+  session.realtime = options.realtime;
   if (options.isSimulated() && !options.passes && !options.duration_seconds) {
     session.passes = kSimulatedPasses;
   }
@@ -104,63 +113,61 @@ void showSourceInfo(const Options& options) {
 }
 
 void survey(const Options& options, const PluginLibrary& plugin) {
-  const auto shown = makeReport(options);
-  SurveyView& report = *shown;
   const auto survey_dir =
       chooseSurveyDirectory(options, std::getenv(kDirectoryVariable), surveyDirectoryName(options));
+  const auto shown = makeView(options, survey_dir);
+  SurveyView& view = *shown;
   const auto old_settings = readSettings(survey_dir);
   auto edits = settingsAsked(options);
   std::string settings = withSettings(old_settings.value_or(""), edits);
 
   const auto source =
-      openSource(options, settings, [&report](const std::string& line) { report.warning(line); });
+      openSource(options, settings, [&view](const std::string& line) { view.warning(line); });
   if (!old_settings) {
     const auto further = settingsForSource(options, *source, edits);
     edits.insert(edits.end(), further.begin(), further.end());
     settings = withSettings(settings, further);
   }
   const StartTime start = startTime(options, *source);
-  report.opened({source->name(), source->centreHz(), source->sampleRateHz()});
-  if (!source->facts().empty()) report.note(sourceLine(*source, start));
-  prepareDirectory(survey_dir, edits, report);
-  if (const auto mismatch = bandMismatch(settings, *source)) report.warning(*mismatch);
+  view.opened({source->name(), source->centreHz(), source->sampleRateHz()});
+  if (!source->facts().empty()) view.note(sourceLine(*source, start));
+  prepareDirectory(survey_dir, edits, view);
+  if (const auto mismatch = bandMismatch(settings, *source)) view.warning(*mismatch);
   const auto dwell_mismatch = dwellMismatch(settings, *source);
-  if (dwell_mismatch) report.warning(*dwell_mismatch);
+  if (dwell_mismatch) view.warning(*dwell_mismatch);
   setenv(kDirectoryVariable, survey_dir.c_str(), 1);
 
-  SurveyClock clock = source->isLive()
-                          ? SurveyClock::onTheWall()
-                          : SurveyClock::ofSamples(start.unix_ms, source->sampleRateHz());
-  SessionSettings session_settings = sessionSettings(options, survey_dir);
+  SessionSettings session_settings = sessionSettings(options);
   if (session_settings.passes && !options.passes) {
-    report.note(fmt::format("ends after {} passes; --passes or --duration set another end",
-                            *session_settings.passes));
+    view.note(fmt::format("ends after {} passes; --passes or --duration set another end",
+                          *session_settings.passes));
   }
   const auto results_path = survey_dir / "survey.csv";
   ResultsWatch results(results_path);
-  session_settings.after_dwell = [&results, &report] {
-    if (const auto news = results.news()) report.warning(*news);
+  session_settings.after_dwell = [&results, &view] {
+    if (const auto news = results.news()) view.warning(*news);
   };
 
-  HostServices services(*source, clock, options.may_tune);
-  SurveySession session(plugin, *source, services, clock, report, session_settings);
+  const auto clock =
+      source->isLive() ? ClockPolicy::wallClock() : ClockPolicy::sampleClock(start.unix_ms);
+  SurveySession session(plugin, *source, clock, view, session_settings);
   const SessionResult result = session.run(stopRequested, takeRescanRequest);
 
   if (const uint64_t lost = source->overflows(); lost > 0) {
-    report.warning(fmt::format(
+    view.warning(fmt::format(
         "the receiver lost samples {} times, as they were not taken in time; lower --sample-rate",
         lost));
   }
-  if (stopRequested()) report.note("stopped on request");
+  if (stopRequested()) view.note("stopped on request");
   if (result.samples == 0 && !stopRequested()) {
     throw SourceError(
         fmt::format("{} holds no samples, so there is nothing to survey", source->name()));
   }
   if (result.dwells_done == 0u) {
-    report.note("no dwell was evaluated: " +
-                dwell_mismatch.value_or("there were too few samples for a spectrum"));
+    view.note("no dwell was evaluated: " +
+              dwell_mismatch.value_or("there were too few samples for a spectrum"));
   } else if (results.written()) {
-    report.note(fmt::format("survey written to {}", results_path.string()));
+    view.note(fmt::format("survey written to {}", results_path.string()));
   } else {
     throw std::runtime_error(results.advice());
   }

@@ -1,20 +1,13 @@
 #pragma once
 
 #include <optional>
-#include <string>
 
 #include "host/session/survey_clock.h"
+#include "host/session/tune_request.h"
 #include "host/sources/iq_source.h"
 #include "wendle_plugin.h"
 
 namespace pelagrim_host {
-
-/// A tune request of the plug-in and what it was told.
-struct TuneRequest {
-  double hz;
-  int answer;               ///< a WendleTuneResult
-  std::string why_refused;  ///< the source's own words where it failed, else empty
-};
 
 /// What the plug-in may ask of its host: the clock, and to tune.
 ///

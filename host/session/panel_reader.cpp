@@ -12,8 +12,8 @@
 namespace pelagrim_host {
 namespace {
 
-constexpr size_t kFirstRoom = 256;       // rows polled at once at first
-constexpr size_t kMostRows = 1'000'000;  // 264 MB
+constexpr size_t kFirstRoom = 256;      // rows polled at once at first
+constexpr size_t kMaxRows = 1'000'000;  // 264 MB
 
 std::string cellText(const char (&cell)[WENDLE_CELL_BYTES]) {
   return displayText(std::string_view(cell, strnlen(cell, WENDLE_CELL_BYTES)));
@@ -43,17 +43,17 @@ PanelReader::~PanelReader() {
   if (api_ != nullptr) api_->destroy(handle_);
 }
 
-Panel PanelReader::read(size_t most) {
+Panel PanelReader::read(size_t max_rows) {
   Panel panel;
   if (api_ == nullptr) return panel;
   panel.title = displayText(api_->title == nullptr ? "" : api_->title);
   panel.columns = columns_;
   // The panel does not say how many rows it has, only that it filled all the room there was.
-  most = std::min(most, kMostRows);
-  size_t room = std::min(most, kFirstRoom);
+  max_rows = std::min(max_rows, kMaxRows);
+  size_t room = std::min(max_rows, kFirstRoom);
   size_t count = poll(room);
-  while (count == room && room < most) {
-    room = std::min(most, 4 * room);
+  while (count == room && room < max_rows) {
+    room = std::min(max_rows, 4 * room);
     count = poll(room);
   }
   for (const WendlePanelRow& polled : std::span(rows_).first(count)) {
@@ -72,11 +72,11 @@ std::optional<DwellCount> PanelReader::countDwells() {
   return DwellCount{*dwells_done, *slices, cellText(rows_[0].cells[1]) != "fixed"};
 }
 
-/// Polls into rows_, which gets room for `most` rows, and returns how many came.
-size_t PanelReader::poll(size_t most) {
-  rows_.resize(std::max(rows_.size(), most));
-  const auto count = api_->poll_rows(handle_, rows_.data(), static_cast<unsigned int>(most));
-  return std::min<size_t>(count, most);
+/// Polls into rows_, which gets room for `max_rows` rows, and returns how many came.
+size_t PanelReader::poll(size_t max_rows) {
+  rows_.resize(std::max(rows_.size(), max_rows));
+  const auto count = api_->poll_rows(handle_, rows_.data(), static_cast<unsigned int>(max_rows));
+  return std::min<size_t>(count, max_rows);
 }
 
 }  // namespace pelagrim_host

@@ -44,14 +44,14 @@ class PanelReader {
   PanelReader(const PanelReader&) = delete;
   PanelReader& operator=(const PanelReader&) = delete;
 
-  /// The summary, warnings and the `most` busiest channels, or a few less.
-  Panel read(size_t most = SIZE_MAX);
+  /// The first `max_rows` rows: the summary, warnings, then the busiest channels.
+  Panel read(size_t max_rows = SIZE_MAX);
 
   /// Nothing when the panel has no summary row that counts dwells.
   std::optional<DwellCount> countDwells();
 
  private:
-  size_t poll(size_t most);
+  size_t poll(size_t max_rows);
 
   const WendlePanelApi* api_;
   void* handle_ = nullptr;

@@ -10,7 +10,7 @@ namespace pelagrim_host {
 namespace {
 
 constexpr const char* kDefaultPluginName = "pelagrim_plugin.so";
-constexpr uint32_t kMostCapabilities = 32;  // the bits of the mask
+constexpr uint32_t kMaxCapabilities = 32;  // the bits of the mask
 
 /// The text of an optional string of the plug-in.
 const char* textOf(const char* text) {
@@ -74,7 +74,7 @@ void PluginLibrary::checkDescriptor() {
                      WENDLE_ABI_VERSION));
   }
   const uint32_t count = descriptor_->capability_count;
-  if (count > kMostCapabilities || (count > 0 && descriptor_->capabilities == nullptr)) {
+  if (count > kMaxCapabilities || (count > 0 && descriptor_->capabilities == nullptr)) {
     fail(fmt::format("its list of {} capabilities is not there", count));
   }
   uint32_t kinds = 0;

@@ -14,8 +14,7 @@ struct PluginError : std::runtime_error {
 };
 
 /// A loaded plug-in whose descriptor and tables have been checked: sizes, kinds, no null function
-/// in a table that is used. It is unloaded with the object, so whatever the plug-in was given (the
-/// services table above all) has to outlive it.
+/// in a table that is used. It is unloaded with the object.
 class PluginLibrary {
  public:
   /// Loads the library; a path without a slash is looked for as the dynamic loader does.
@@ -23,8 +22,6 @@ class PluginLibrary {
   ~PluginLibrary();
   PluginLibrary(const PluginLibrary&) = delete;
   PluginLibrary& operator=(const PluginLibrary&) = delete;
-
-  const WendlePluginDesc& descriptor() const { return *descriptor_; }
 
   const WendleIqApi& iq() const { return *iq_; }
 

@@ -4,31 +4,23 @@
 
 namespace pelagrim_host {
 
-SurveyClock SurveyClock::onTheWall() {
-  return {};
-}
-
-SurveyClock SurveyClock::ofSamples(int64_t start_unix_ms, double rate_hz) {
-  SurveyClock clock;
-  clock.start_unix_ms_ = start_unix_ms;
-  clock.rate_hz_ = rate_hz;
-  return clock;
-}
+SurveyClock::SurveyClock(ClockPolicy policy, double rate_hz)
+    : start_unix_ms_(policy.startUnixMs()), rate_hz_(rate_hz) {}
 
 void SurveyClock::leapTo(int64_t unix_ms) {
   constexpr int64_t kRoundingMs = 1;  // no gap: both times are cut to whole milliseconds
-  if (rate_hz_ == 0.0 || unix_ms <= nowMs() + kRoundingMs) return;
+  if (!start_unix_ms_ || unix_ms <= nowMs() + kRoundingMs) return;
   start_unix_ms_ = unix_ms;
   samples_ = 0;
 }
 
 int64_t SurveyClock::nowMs() const {
-  if (rate_hz_ == 0.0) return wallClockMs();
+  if (!start_unix_ms_) return wallClockMs();
   // The 64-bit mantissa of a long double holds samples * 1000 exactly for thousands of years, and
   // then the quotient truncates as whole numbers would; a rate with a fraction works as well.
   const long double elapsed_ms =
       static_cast<long double>(samples_) * 1000.0L / static_cast<long double>(rate_hz_);
-  const int64_t now_ms = start_unix_ms_ + static_cast<int64_t>(elapsed_ms);
+  const int64_t now_ms = *start_unix_ms_ + static_cast<int64_t>(elapsed_ms);
   return now_ms == 0 ? 1 : now_ms;
 }
 

@@ -2,23 +2,37 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 namespace pelagrim_host {
 
-/// The clock that the plug-in reads: the clock on the wall for a live receiver, else one that
-/// follows the samples, so that a survey runs as fast as the machine can and comes out the same
-/// every time. Not synchronised.
+/// Which time a survey goes by: that of the wall clock for a live receiver, else one that follows
+/// the samples, so that a survey runs as fast as the machine can and comes out the same every time.
+class ClockPolicy {
+ public:
+  static ClockPolicy wallClock() { return ClockPolicy({}); }
+
+  /// `start_unix_ms`: when the first sample was received.
+  static ClockPolicy sampleClock(int64_t start_unix_ms) { return ClockPolicy(start_unix_ms); }
+
+  std::optional<int64_t> startUnixMs() const { return start_unix_ms_; }
+
+ private:
+  explicit ClockPolicy(std::optional<int64_t> start_unix_ms) : start_unix_ms_(start_unix_ms) {}
+
+  std::optional<int64_t> start_unix_ms_;
+};
+
+/// The clock that the plug-in reads. Not synchronised.
 class SurveyClock {
  public:
-  static SurveyClock onTheWall();
-
-  /// Starts at start_unix_ms and moves by rate_hz samples to the second, rate_hz positive.
-  static SurveyClock ofSamples(int64_t start_unix_ms, double rate_hz);
+  /// `rate_hz`: of the samples, positive.
+  SurveyClock(ClockPolicy policy, double rate_hz);
 
   /// Counts samples that are about to be delivered.
   void advance(size_t samples) { samples_ += samples; }
 
-  /// Leaps over a gap in a recording to unix_ms. Never back, and the clock on the wall stays.
+  /// Leaps over a gap in a recording to unix_ms. Never back; the wall clock takes no notice.
   void leapTo(int64_t unix_ms);
 
   /// Unix time in whole milliseconds, truncated; without drift, as it is computed from the count.
@@ -26,12 +40,12 @@ class SurveyClock {
   int64_t nowMs() const;
 
  private:
-  double rate_hz_ = 0.0;  ///< 0: the clock on the wall
-  int64_t start_unix_ms_ = 0;
+  std::optional<int64_t> start_unix_ms_;  ///< where samples_ counts from; nothing: the wall clock
+  double rate_hz_;
   uint64_t samples_ = 0;
 };
 
-/// The time on the wall, Unix milliseconds.
+/// The wall clock, Unix milliseconds.
 int64_t wallClockMs();
 
 }  // namespace pelagrim_host

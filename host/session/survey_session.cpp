@@ -3,12 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <complex>
 #include <exception>
 #include <limits>
-#include <span>
 #include <thread>
-#include <vector>
 
 #include "host/text/display_text.h"
 
@@ -30,20 +27,19 @@ uint64_t samplesOf(std::optional<double> seconds, double rate_hz) {
 
 }  // namespace
 
-SurveySession::SurveySession(const PluginLibrary& plugin, IqSource& source, HostServices& services,
-                             SurveyClock& clock, SurveyView& report,
-                             const SessionSettings& settings)
+SurveySession::SurveySession(const PluginLibrary& plugin, IqSource& source, ClockPolicy clock,
+                             SurveyView& view, const SessionSettings& settings)
     : iq_(plugin.iq()),
       host_client_(plugin.hostClient()),
       source_(source),
-      services_(services),
-      clock_(clock),
-      report_(report),
+      view_(view),
       settings_(settings),
+      clock_(clock, source.sampleRateHz()),
+      services_(source_, clock_, settings.may_tune),
       panel_(plugin.panel()),
-      block_samples_(settings.block_samples > 0 ? settings.block_samples
-                                                : usualBlockSamples(source.sampleRateHz())),
-      most_samples_(samplesOf(settings.duration_seconds, source.sampleRateHz())) {
+      buffer_(settings.block_samples > 0 ? settings.block_samples
+                                         : usualBlockSamples(source.sampleRateHz())),
+      max_samples_(samplesOf(settings.duration_seconds, source.sampleRateHz())) {
   if (host_client_ != nullptr) host_client_->attach(services_.table());
 }
 
@@ -54,7 +50,7 @@ SurveySession::~SurveySession() {
 SessionResult SurveySession::run(const std::function<bool()>& stop,
                                  const std::function<bool()>& rescan) {
   begun_ = std::chrono::steady_clock::now();
-  start();
+  tell(start());
   if (settings_.passes && !dwells_) {
     iq_.destroy(handle_);
     throw PluginError(
@@ -63,100 +59,114 @@ SessionResult SurveySession::run(const std::function<bool()>& stop,
 
   std::exception_ptr failure;
   try {
-    deliver(stop, rescan);
+    play(stop, rescan);
   } catch (...) {
     failure = std::current_exception();  // whatever failed, what was gathered is saved
   }
-  end();
-  report_.finished(panel_.read());
+  tell(end());
+  view_.finished(panel_.read());
   if (failure) std::rethrow_exception(failure);
   return {samples_, dwells_ ? std::optional(dwells_before_ + dwells_->dwells_done) : std::nullopt};
 }
 
-void SurveySession::start() {
-  source_.settle();
-  told_centre_hz_ = source_.centreHz();
-  handle_ = iq_.create(source_.sampleRateHz(), told_centre_hz_);
-  // The plug-in has its settings file by now, with what it lacked.
-  if (settings_.dwell_length_seconds) dwell_length_seconds_ = settings_.dwell_length_seconds();
-  dwells_ = panel_.countDwells();
-  beginDwell();
-  reportMessages();
-}
-
-void SurveySession::end() {
-  iq_.destroy(handle_);
-  reportMessages();
-  countDwells(told_centre_hz_);
-}
-
-void SurveySession::deliver(const std::function<bool()>& stop,
-                            const std::function<bool()>& rescan) {
-  std::vector<std::complex<float>> block(block_samples_);
-  while (samples_ < most_samples_ && !passesAreDone() && !stop()) {
+void SurveySession::play(const std::function<bool()>& stop, const std::function<bool()>& rescan) {
+  while (samples_ < max_samples_ && !passesAreDone() && !stop()) {
     if (rescan()) {
-      end();
+      tell(end());
       dwells_before_ += dwells_ ? dwells_->dwells_done : 0;
-      start();
+      tell(start());
     }
-    // A recording may go on later and at another centre.
-    if (const auto recorded_ms = source_.nextUnixMs()) clock_.leapTo(*recorded_ms);
-    if (source_.centreHz() != told_centre_hz_) retune();
-    const size_t count = source_.read(std::span(block).first(nextBlockSize()));
-    if (count == 0) break;
-    // The clock stands at the end of the block when the plug-in looks at it.
-    clock_.advance(count);
-    samples_ += count;
-    const double looked_at_hz = told_centre_hz_;
-    iq_.process(handle_, reinterpret_cast<const float*>(block.data()), count);
-
-    const auto request = services_.takeTuneRequest();
-    if (request && request->answer == kTuneAccepted) retune();
-    // Every dwell that is evaluated leaves a line, so without one there is nothing new to count.
-    if (reportMessages() || request) countDwells(looked_at_hz);
-    if (request) report_.tuned(*request, told_centre_hz_);
-    report_.progress(progress(), panel_);
+    const Block block = readBlock();
+    if (block.samples.empty()) break;
+    tell(feed(block));
+    showSnapshot();
     if (settings_.realtime) waitForSamples(stop);
   }
 }
 
+// ---- reading ------------------------------------------------------------------------------------
+
+SurveySession::Block SurveySession::readBlock() {
+  Block block{{}, source_.centreHz(), source_.nextUnixMs()};
+  block.samples = std::span(buffer_).first(source_.read(std::span(buffer_).first(nextBlockSize())));
+  return block;
+}
+
 size_t SurveySession::nextBlockSize() const {
-  return static_cast<size_t>(std::min<uint64_t>(block_samples_, most_samples_ - samples_));
+  return static_cast<size_t>(std::min<uint64_t>(buffer_.size(), max_samples_ - samples_));
+}
+
+// ---- the plug-in --------------------------------------------------------------------------------
+
+SurveySession::News SurveySession::start() {
+  source_.settle();
+  told_centre_hz_ = source_.centreHz();
+  handle_ = iq_.create(source_.sampleRateHz(), told_centre_hz_);
+  beginDwell();
+  dwells_ = panel_.countDwells();
+  return {.started = true, .messages = takeMessages()};
+}
+
+SurveySession::News SurveySession::feed(const Block& block) {
+  // A recording may go on later and at another centre.
+  if (block.unix_ms) clock_.leapTo(*block.unix_ms);
+  if (block.centre_hz != told_centre_hz_) retune(block.centre_hz);
+  // The clock stands at the end of the block when the plug-in looks at it.
+  clock_.advance(block.samples.size());
+  samples_ += block.samples.size();
+  const double looked_at_hz = told_centre_hz_;
+  iq_.process(handle_, reinterpret_cast<const float*>(block.samples.data()), block.samples.size());
+
+  News news;
+  news.tune = services_.takeTuneRequest();
+  if (news.tune && news.tune->answer == kTuneAccepted) {
+    source_.settle();
+    retune(source_.centreHz());
+  }
+  news.centre_hz = told_centre_hz_;
+  news.messages = takeMessages();
+  // Every dwell that is evaluated leaves a line, so without one there is nothing new to count.
+  if (news.tune || !news.messages.empty()) news.dwell_done = countDwells(looked_at_hz);
+  return news;
+}
+
+SurveySession::News SurveySession::end() {
+  iq_.destroy(handle_);
+  News news;
+  news.messages = takeMessages();
+  news.dwell_done = countDwells(told_centre_hz_);
+  return news;
+}
+
+void SurveySession::retune(double centre_hz) {
+  told_centre_hz_ = centre_hz;
+  iq_.retune(handle_, centre_hz);
+  beginDwell();
+}
+
+std::vector<std::string> SurveySession::takeMessages() {
+  std::vector<std::string> messages;
+  std::array<char, 256> line = {};
+  while (iq_.poll_text(handle_, line.data(), line.size()) != 0) {
+    messages.push_back(displayText(line.data()));
+  }
+  return messages;
+}
+
+/// What there is to say of the dwell at `looked_at_hz`, if it has been evaluated.
+std::optional<SurveyProgress> SurveySession::countDwells(double looked_at_hz) {
+  const uint32_t before = dwells_ ? dwells_->dwells_done : 0;
+  dwells_ = panel_.countDwells();
+  if (!dwells_ || dwells_->dwells_done == before) return std::nullopt;
+  SurveyProgress done = progress();
+  done.centre_hz = looked_at_hz;
+  beginDwell();
+  return done;
 }
 
 bool SurveySession::passesAreDone() const {
   if (!settings_.passes || !dwells_) return false;
   return dwells_->dwells_done / dwells_->dwellsPerPass() >= *settings_.passes;
-}
-
-void SurveySession::retune() {
-  source_.settle();
-  told_centre_hz_ = source_.centreHz();
-  iq_.retune(handle_, told_centre_hz_);
-  beginDwell();
-}
-
-/// Passes on all waiting lines and returns whether there were any.
-bool SurveySession::reportMessages() {
-  std::array<char, 256> line = {};
-  bool any = false;
-  while (iq_.poll_text(handle_, line.data(), line.size()) != 0) {
-    report_.message(displayText(line.data()));
-    any = true;
-  }
-  return any;
-}
-
-/// `looked_at_hz`: the centre of the dwell that may have ended.
-void SurveySession::countDwells(double looked_at_hz) {
-  const uint32_t before = dwells_ ? dwells_->dwells_done : 0;
-  dwells_ = panel_.countDwells();
-  if (!dwells_ || dwells_->dwells_done == before) return;
-  SurveyProgress done = progress();
-  done.centre_hz = looked_at_hz;
-  report_.dwellDone(done);
-  if (settings_.after_dwell) settings_.after_dwell();
-  beginDwell();
 }
 
 SurveyProgress SurveySession::progress() const {
@@ -167,12 +177,29 @@ SurveyProgress SurveySession::progress() const {
   progress.samples = samples_;
   progress.overflows = source_.overflows();
   progress.dwell_elapsed_seconds = static_cast<double>(progress.unix_ms - dwell_begun_ms_) / 1000.0;
-  progress.dwell_length_seconds = dwell_length_seconds_;
   progress.dwells = dwells_;
   progress.wanted_passes = settings_.passes;
   progress.wanted_seconds = settings_.duration_seconds;
   return progress;
 }
+
+// ---- the view -----------------------------------------------------------------------------------
+
+void SurveySession::tell(const News& news) {
+  if (news.started) view_.started();
+  for (const std::string& line : news.messages) view_.message(line);
+  if (news.dwell_done) {
+    view_.dwellDone(*news.dwell_done);
+    if (settings_.after_dwell) settings_.after_dwell();
+  }
+  if (news.tune) view_.tuned(*news.tune, news.centre_hz);
+}
+
+void SurveySession::showSnapshot() {
+  if (const auto rows = view_.wantsSnapshot()) view_.snapshot({progress(), panel_.read(*rows)});
+}
+
+// ---- pace ---------------------------------------------------------------------------------------
 
 /// Sleeps until the samples delivered so far would have arrived, in naps that notice `stop`.
 void SurveySession::waitForSamples(const std::function<bool()>& stop) const {

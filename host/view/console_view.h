@@ -22,7 +22,6 @@ class ConsoleView final : public SurveyView {
   void message(const std::string& line) override;
   void dwellDone(const SurveyProgress& progress) override;
   void tuned(const TuneRequest& request, double centre_hz) override;
-  void progress(const SurveyProgress&, PanelReader&) override {}
   void finished(const Panel& panel) override;
 
  private:

@@ -17,7 +17,6 @@ class JsonView final : public SurveyView {
   void message(const std::string& line) override;
   void dwellDone(const SurveyProgress& progress) override;
   void tuned(const TuneRequest& request, double centre_hz) override;
-  void progress(const SurveyProgress&, PanelReader&) override {}
   void finished(const Panel& panel) override;
 
  private:

@@ -4,32 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "host/session/survey_view.h"
+#include "host/view/frame.h"
+#include "host/view/live_state.h"
 #include "host/view/terminal_screen.h"
 
 namespace pelagrim_host {
-
-/// A line that was said during the run.
-struct SaidLine {
-  std::string text;
-  bool is_warning = false;
-};
-
-/// What the live view shows.
-struct ViewState {
-  SourceFacts source{};
-  SurveyProgress progress{};
-  double wall_seconds = 0.0;     ///< since the beginning
-  Panel panel{};                 ///< as many rows as channelRoom says, where there are so many
-  std::vector<SaidLine> said{};  ///< the oldest first
-  bool offers_keys = false;
-};
-
-/// How the terminal may be drawn on.
-struct FrameStyle {
-  bool colours = false;
-  bool unicode = false;
-};
 
 /// How many rows of the panel can possibly be shown in a window, and one to see that there are
 /// more.
@@ -43,6 +22,6 @@ size_t channelRoom(WindowSize window);
 /// the keys, then what was said, then rows from the end of the table; a narrow one loses columns
 /// from the table's end. A wide one has what was said beside the table, or the table in several
 /// parts side by side.
-std::vector<std::string> composeFrame(const ViewState& state, WindowSize window, FrameStyle style);
+std::vector<std::string> composeFrame(const LiveState& state, WindowSize window, FrameStyle style);
 
 }  // namespace pelagrim_host

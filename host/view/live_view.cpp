@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "host/process/signals.h"
+#include <utility>
 
 namespace pelagrim_host {
 namespace {
@@ -12,17 +12,18 @@ constexpr auto kRedrawInterval = std::chrono::milliseconds(250);
 constexpr size_t kKeptLines = 200;     // what was said, for the tallest of windows
 constexpr size_t kRepeatedLines = 20;  // of that, when the screen has closed
 
-/// Keeps the last `most` lines; returns how many went.
-size_t keepLast(std::vector<SaidLine>& lines, size_t most) {
-  if (lines.size() <= most) return 0;
-  const size_t gone = lines.size() - most;
+/// Keeps the last `max_lines` lines; returns how many went.
+size_t keepLast(std::vector<SaidLine>& lines, size_t max_lines) {
+  if (lines.size() <= max_lines) return 0;
+  const size_t gone = lines.size() - max_lines;
   lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(gone));
   return gone;
 }
 
 }  // namespace
 
-LiveView::LiveView(FrameStyle style) : style_(style), lines_(false) {}
+LiveView::LiveView(FrameStyle style, LiveViewHooks hooks)
+    : style_(style), hooks_(std::move(hooks)), lines_(false) {}
 
 LiveView::~LiveView() {
   close();
@@ -31,6 +32,10 @@ LiveView::~LiveView() {
 void LiveView::opened(const SourceFacts& source) {
   state_.source = source;
   lines_.opened(source);
+}
+
+void LiveView::started() {
+  state_.dwell_length_seconds = hooks_.dwell_length_seconds();
 }
 
 void LiveView::note(const std::string& line) {
@@ -50,23 +55,26 @@ void LiveView::tuned(const TuneRequest& request, double) {
   if (const auto line = refusals_.news(request)) warning(*line);
 }
 
-void LiveView::progress(const SurveyProgress& progress, PanelReader& panel) {
+std::optional<size_t> LiveView::wantsSnapshot() {
   const auto now = Clock::now();
   if (!begun_) begun_ = now;
   if (!screen_) {
-    if (now < *begun_ + kShortRun) return;
+    if (now < *begun_ + kShortRun) return std::nullopt;
     screen_ = std::make_unique<TerminalScreen>();
     next_draw_ = now;
   }
-  if (now < next_draw_) return;
+  if (now < next_draw_) return std::nullopt;
   next_draw_ = now + kRedrawInterval;
   takeKeys();
-  const WindowSize window = screen_->size();
-  state_.progress = progress;
-  state_.wall_seconds = std::chrono::duration<double>(now - *begun_).count();
-  state_.panel = panel.read(channelRoom(window));
+  window_ = screen_->size();
+  return channelRoom(window_);
+}
+
+void LiveView::snapshot(const SurveySnapshot& run) {
+  state_.run = run;
+  state_.wall_seconds = std::chrono::duration<double>(Clock::now() - *begun_).count();
   state_.offers_keys = screen_->hasKeys();
-  screen_->draw(composeFrame(state_, window, style_));
+  screen_->draw(composeFrame(state_, window_, style_));
 }
 
 void LiveView::finished(const Panel& panel) {
@@ -89,8 +97,8 @@ void LiveView::say(const SaidLine& line) {
 
 void LiveView::takeKeys() {
   while (const auto key = screen_->readKey()) {
-    if (*key == 'r') requestRescan();
-    if (*key == 'q') requestStop();
+    if (*key == 'r') hooks_.rescan();
+    if (*key == 'q') hooks_.end();
   }
 }
 

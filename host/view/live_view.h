@@ -1,14 +1,28 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "host/session/survey_view.h"
 #include "host/view/console_view.h"
 #include "host/view/live_frame.h"
 #include "host/view/terminal_screen.h"
+#include "host/view/tune_text.h"
 
 namespace pelagrim_host {
+
+/// What the live view asks of the program around it.
+struct LiveViewHooks {
+  std::function<void()> rescan;  ///< key r
+  std::function<void()> end;     ///< key q
+  /// How long a dwell is, asked whenever the plug-in has read its files; nothing: not known.
+  std::function<std::optional<double>()> dwell_length_seconds;
+};
 
 /// Shows a run on a terminal as a picture that is redrawn in place, four times a second.
 ///
@@ -17,16 +31,18 @@ namespace pelagrim_host {
 /// said again as lines, and the final table follows. Key r rescans, key q ends.
 class LiveView final : public SurveyView {
  public:
-  explicit LiveView(FrameStyle style);
+  LiveView(FrameStyle style, LiveViewHooks hooks);
   ~LiveView() override;
 
   void opened(const SourceFacts& source) override;
+  void started() override;
   void note(const std::string& line) override;
   void warning(const std::string& line) override;
   void message(const std::string& line) override;
   void dwellDone(const SurveyProgress&) override {}
   void tuned(const TuneRequest& request, double centre_hz) override;
-  void progress(const SurveyProgress& progress, PanelReader& panel) override;
+  std::optional<size_t> wantsSnapshot() override;
+  void snapshot(const SurveySnapshot& run) override;
   void finished(const Panel& panel) override;
 
  private:
@@ -37,14 +53,16 @@ class LiveView final : public SurveyView {
   void close();
 
   FrameStyle style_;
+  LiveViewHooks hooks_;
   ConsoleView lines_;
   RefusalWords refusals_;
-  ViewState state_;
+  LiveState state_;
   std::vector<SaidLine> unsaid_;  ///< since the screen was opened, not yet said as lines
   size_t said_before_ = 0;        ///< of those, how many were too many to keep
   std::optional<Clock::time_point> begun_;
   Clock::time_point next_draw_;
   std::unique_ptr<TerminalScreen> screen_;
+  WindowSize window_;  ///< at the last snapshot
 };
 
 }  // namespace pelagrim_host

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <vector>
 
-#include "host/session/host_services.h"
 #include "host/session/plugin_library.h"
 #include "host/session/survey_session.h"
 #include "host/view/panel_text.h"
@@ -58,7 +57,6 @@ struct Recorder : SurveyView {
   void tuned(const TuneRequest& request, double) override { refusals += request.why_refused; }
   void opened(const SourceFacts&) override {}
   void dwellDone(const SurveyProgress&) override {}
-  void progress(const SurveyProgress&, PanelReader&) override {}
   void finished(const Panel& panel) override { panels.push_back(panel); }
   std::string messages;
   std::string refusals;
@@ -67,17 +65,16 @@ struct Recorder : SurveyView {
 
 /// Runs `source` through a plug-in; returns what the fake one wrote down after attach.
 std::string runThrough(
-    const char* plugin_path, ScriptedSource& source, Recorder& report, SessionSettings settings,
+    const char* plugin_path, ScriptedSource& source, Recorder& view, SessionSettings settings,
     bool may_tune = true, const std::function<bool()>& rescan = [] { return false; }) {
   const PluginLibrary plugin(plugin_path);
-  SurveyClock clock = SurveyClock::ofSamples(1000, source.sampleRateHz());
-  HostServices services(source, clock, may_tune);
   {
-    SurveySession session(plugin, source, services, clock, report, settings);
+    settings.may_tune = may_tune;
+    SurveySession session(plugin, source, ClockPolicy::sampleClock(1000), view, settings);
     try {
       session.run([] { return false; }, rescan);
     } catch (const SourceError& failure) {
-      report.messages += failure.what();
+      view.messages += failure.what();
     }
   }
   void* const library = dlopen(plugin_path, RTLD_NOW);
@@ -92,8 +89,8 @@ TEST(HostSession, ReportsAnAcceptedTuneAfterTheCallAndBeforeTheNextBlock) {
   ScriptedSource source;
   source.length = 45;
   source.answers = {kTuneAccepted, kTuneOutOfRange, kTuneRefused};
-  Recorder report;
-  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, source, report, {.block_samples = 10}),
+  Recorder view;
+  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, source, view, {.block_samples = 10}),
             "attach\ncreate 50\nprocess 10 from 50 at 1100\nprocess 10 from 50 at 1200\ntune 0\n"
             "retune 200\nprocess 10 from 200 at 1300\nprocess 10 from 200 at 1400\ntune -2\n"
             "process 5 from 200 at 1450\ndestroy\ndetach\n");
@@ -103,8 +100,8 @@ TEST(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
   ScriptedSource moving;  // a recording that goes on elsewhere and later, cut short
   moving.jumps_at = moving.resumes_at = 10;
   moving.resumes_ms = 60000;
-  Recorder report;
-  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, moving, report,
+  Recorder view;
+  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, moving, view,
                        {.block_samples = 10, .duration_seconds = 0.15}, false),
             "attach\ncreate 50\nprocess 10 from 50 at 1100\nretune 777\n"
             "process 5 from 777 at 60050\ntune -1\ndestroy\ndetach\n");
@@ -112,21 +109,21 @@ TEST(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
   failing.fails_at = 30;
   failing.resumes_at = 10;  // in the past: the clock never goes back
   failing.answers = {kTuneRefused};
-  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, failing, report, {.block_samples = 10}),
+  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, failing, view, {.block_samples = 10}),
             "attach\ncreate 50\nprocess 10 from 50 at 1100\nprocess 10 from 50 at 1200\ntune -4\n"
             "destroy\ndetach\n");
-  EXPECT_EQ(report.messages, "unplugged");
-  EXPECT_EQ(report.refusals, "stuck");
+  EXPECT_EQ(view.messages, "unplugged");
+  EXPECT_EQ(view.refusals, "stuck");
   ScriptedSource passes;
-  EXPECT_THROW(runThrough(FAKE_PLUGIN_PATH, passes, report, {.passes = 1}), PluginError);
+  EXPECT_THROW(runThrough(FAKE_PLUGIN_PATH, passes, view, {.passes = 1}), PluginError);
 }
 
 TEST(HostSession, SavesAndStartsAfreshOnARescan) {
   ScriptedSource source;
   source.length = 30;
-  Recorder report;
+  Recorder view;
   int asked = 0;
-  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, source, report, {.block_samples = 10}, false,
+  EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, source, view, {.block_samples = 10}, false,
                        [&] { return ++asked == 2; }),
             "attach\ncreate 50\nprocess 10 from 50 at 1100\ndestroy\ncreate 50\n"
             "process 10 from 50 at 1200\ntune -1\nprocess 10 from 50 at 1300\ndestroy\ndetach\n");
@@ -139,14 +136,14 @@ TEST(HostSession, ShowsRefusalAndRecoveryOfTheRealPlugin) {
   ScriptedSource source;
   source.length = 20000;
   source.answers = {kTuneOutOfRange, kTuneAccepted, kTuneRefused};
-  Recorder report;
-  runThrough(PELAGRIM_PLUGIN_PATH, source, report, {.block_samples = 100, .passes = 1});
-  const size_t refused = report.messages.find("outside this radio's range");
-  const size_t again = report.messages.find("survey: tuning allowed");
-  const size_t stuck = report.messages.find("survey: the radio refused to tune");
-  EXPECT_TRUE(refused < again && again < stuck && stuck != std::string::npos) << report.messages;
-  ASSERT_EQ(report.panels.size(), 1u);
-  const std::string table = formatPanel(report.panels[0]);
+  Recorder view;
+  runThrough(PELAGRIM_PLUGIN_PATH, source, view, {.block_samples = 100, .passes = 1});
+  const size_t refused = view.messages.find("outside this radio's range");
+  const size_t again = view.messages.find("survey: tuning allowed");
+  const size_t stuck = view.messages.find("survey: the radio refused to tune");
+  EXPECT_TRUE(refused < again && again < stuck && stuck != std::string::npos) << view.messages;
+  ASSERT_EQ(view.panels.size(), 1u);
+  const std::string table = formatPanel(view.panels[0]);
   EXPECT_NE(table.find("Survey  sweeping  3 slices  3 dwells done"), std::string::npos) << table;
   EXPECT_NE(table.find("! Cannot sweep  the radio refused to tune"), std::string::npos) << table;
 }

@@ -62,14 +62,14 @@ TEST(SampleFormat, ScalesEveryFormatToOne) {
 }
 
 TEST(SurveyClock, FollowsTheSamplesWithoutDrift) {
-  SurveyClock clock = SurveyClock::ofSamples(1000, 2.4e6);
+  SurveyClock clock(ClockPolicy::sampleClock(1000), 2.4e6);
   for (int i = 0; i < 2399; ++i) clock.advance(1);
   EXPECT_EQ(clock.nowMs(), 1000);  // a sample short of a millisecond
   clock.advance(1);
   EXPECT_EQ(clock.nowMs(), 1001);
   clock.advance(uint64_t{2'400'000} * 3600 * 24 * 365 * 100);
   EXPECT_EQ(clock.nowMs(), int64_t{1001} + int64_t{1000} * 3600 * 24 * 365 * 100);
-  EXPECT_NE(SurveyClock::ofSamples(0, 1.0).nowMs(), 0);  // 0 would say that there is no time
+  EXPECT_NE(SurveyClock(ClockPolicy::sampleClock(0), 1.0).nowMs(), 0);  // 0 would say that there is no time
 }
 
 TEST(SurveySettings, EditsKeepEveryOtherByte) {

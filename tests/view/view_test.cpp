@@ -29,9 +29,10 @@ std::string frameText(const std::vector<std::string>& frame) {
 }
 
 TEST(LiveFrame, FillsEveryWindowExactlyAndSteersTheTerminalInNoOtherWay) {
-  ViewState state{.source = {"a \x1b[2J name", 0, 0}, .panel = panelOf(90)};
-  state.progress = {.centre_hz = 145.4e6, .rate_hz = 1e6, .dwell_length_seconds = 5.0};
-  state.progress.dwells = DwellCount{4, 3, true};
+  LiveState state{.source = {"a \x1b[2J name", 0, 0}, .run = {{}, panelOf(90)}};
+  state.run.progress = {.centre_hz = 145.4e6, .rate_hz = 1e6};
+  state.dwell_length_seconds = 5.0;
+  state.run.progress.dwells = DwellCount{4, 3, true};
   state.said = {{"survey: \xC2\x9B 東京 resumed"}, {"unplugged\a", true}};
   for (const size_t columns : {1u, 7u, 40u, 80u, 131u, 250u}) {
     for (const size_t rows : {1u, 5u, 8u, 15u, 24u, 70u}) {
@@ -48,8 +49,9 @@ TEST(LiveFrame, FillsEveryWindowExactlyAndSteersTheTerminalInNoOtherWay) {
 }
 
 TEST(LiveFrame, KeepsTheMostImportantRowsInSmallWindowsAndFillsLargeOnes) {
-  ViewState state{.source = {"band", 0, 0}, .panel = panelOf(90), .said = {{"heard"}, {"last"}}};
-  state.progress = {.rate_hz = 1e6, .overflows = 7};
+  LiveState state{
+      .source = {"band", 0, 0}, .run = {{}, panelOf(90)}, .said = {{"heard"}, {"last"}}};
+  state.run.progress = {.rate_hz = 1e6, .overflows = 7};
   const auto has = [&](WindowSize window, const char* words) {
     return frameText(composeFrame(state, window, {})).find(words) != std::string::npos;
   };
@@ -59,7 +61,7 @@ TEST(LiveFrame, KeepsTheMostImportantRowsInSmallWindowsAndFillsLargeOnes) {
   EXPECT_TRUE(has({40, 24}, "7 overflows") && has({40, 24}, "last"));
   EXPECT_TRUE(has({40, 24}, "more in survey.csv"));
   EXPECT_TRUE(has({250, 50}, "89.5 MHz") && !has({250, 50}, "more in"));
-  state.panel = panelOf(3);
+  state.run.panel = panelOf(3);
   EXPECT_TRUE(has({120, 24}, "2.5 MHz") && has({120, 24}, "Messages"));
   const auto coloured = [&](FrameStyle style) {
     const auto frame = composeFrame(state, {80, 24}, style);
@@ -70,12 +72,12 @@ TEST(LiveFrame, KeepsTheMostImportantRowsInSmallWindowsAndFillsLargeOnes) {
 
 TEST(JsonView, WritesAnObjectALineForEveryEventWhateverTheTextHolds) {
   std::FILE* const stream = std::tmpfile();
-  JsonView report(stream);
-  report.opened({"caf\xE9.cu8", 433e6, 1e6});
-  report.message("two\nlines \"quoted\"");
-  report.dwellDone({.centre_hz = 433e6, .dwells = DwellCount{4, 3, true}});
-  report.tuned({434e6, kTuneRefused, "stuck"}, 433e6);
-  report.finished(panelOf(2));
+  JsonView view(stream);
+  view.opened({"caf\xE9.cu8", 433e6, 1e6});
+  view.message("two\nlines \"quoted\"");
+  view.dwellDone({.centre_hz = 433e6, .dwells = DwellCount{4, 3, true}});
+  view.tuned({434e6, kTuneRefused, "stuck"}, 433e6);
+  view.finished(panelOf(2));
   std::rewind(stream);
   std::string events;
   std::vector<nlohmann::json> objects;

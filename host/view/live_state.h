@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/session/survey_view.h"
+
+namespace pelagrim_host {
+
+/// A line that was said during the run.
+struct SaidLine {
+  std::string text;
+  bool is_warning = false;
+};
+
+/// What the live view shows at one moment.
+struct LiveState {
+  SourceFacts source{};
+  SurveySnapshot run{};
+  std::optional<double> dwell_length_seconds{};  ///< where it is known
+  double wall_seconds = 0.0;                     ///< since the beginning
+  std::vector<SaidLine> said{};                  ///< the oldest first
+  bool offers_keys = false;
+};
+
+}  // namespace pelagrim_host
