@@ -6,23 +6,43 @@
 
 namespace pelagrim {
 
+namespace {
+
+constexpr const char* kDirVariable = "ORVANE_SURVEY_DIR";
+constexpr const char* kHomeVariable = "HOME";
+
+/// Null for an empty one, too.
+const char* variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr || *value == '\0' ? nullptr : value;
+}
+
+std::string orvaneDirIn(const char* home) {
+  return pathJoin(home, ".orvane");
+}
+
+}  // namespace
+
 std::string pathJoin(const std::string& dir, const std::string& name) {
   if (dir.empty()) return name;
   const bool separated = dir.back() == '/' || dir.back() == '\\';
   return separated ? dir + name : dir + "/" + name;
 }
 
-std::string resolveSurveyDir() {
-  const char* const chosen = std::getenv("ORVANE_SURVEY_DIR");
-  if (chosen != nullptr && *chosen != '\0') return chosen;
+std::string surveyDir() {
+  if (const char* const chosen = variable(kDirVariable)) return chosen;
+  const char* const home = variable(kHomeVariable);
+  return home == nullptr ? "." : pathJoin(orvaneDirIn(home), "pelagrim");
+}
 
-  const char* const home = std::getenv("HOME");
-  if (home == nullptr || *home == '\0') return ".";
+std::string resolveSurveyDir() {
   constexpr mode_t kMode = 0755;
-  const std::string orvane_dir = pathJoin(home, ".orvane");
-  std::string dir = pathJoin(orvane_dir, "pelagrim");
-  mkdir(orvane_dir.c_str(), kMode);
-  mkdir(dir.c_str(), kMode);
+  std::string dir = surveyDir();
+  const char* const home = variable(kHomeVariable);
+  if (variable(kDirVariable) == nullptr && home != nullptr) {
+    mkdir(orvaneDirIn(home).c_str(), kMode);
+    mkdir(dir.c_str(), kMode);
+  }
   return dir;
 }
 

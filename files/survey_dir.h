@@ -4,13 +4,21 @@
 
 namespace pelagrim {
 
+/// The survey's files in their directory.
+inline constexpr const char* kSettingsName = "survey.cfg";
+inline constexpr const char* kLabelsName = "survey-labels.txt";
+inline constexpr const char* kResultsName = "survey.csv";
+
 /// `name` in directory `dir`: joined by a slash unless `dir` is empty or already ends in a slash or
 /// a backslash. Nothing is normalised.
 std::string pathJoin(const std::string& dir, const std::string& name);
 
 /// The directory of the survey's files: ORVANE_SURVEY_DIR as it is, else .orvane/pelagrim in HOME,
-/// which is created where it is missing, else the working directory. Failures to create it are
-/// passed over: the files are then not found and not written.
+/// else the working directory. A variable that is empty counts as one that is not set.
+std::string surveyDir();
+
+/// The same, created where it is missing when it lies in HOME. Failures to create it are passed
+/// over: the files are then not found and not written.
 std::string resolveSurveyDir();
 
 }  // namespace pelagrim

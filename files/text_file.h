@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -11,6 +12,8 @@ namespace pelagrim {
 /// line comes as a further piece. A piece ends at a NUL byte.
 class LineReader {
  public:
+  static constexpr size_t kMaxPiece = 511;
+
   /// Opens the file. One that cannot be opened reads as empty; only want of memory is thrown, as
   /// std::bad_alloc, for then nothing is known about the file. A device reads as empty, for it may
   /// never end; a pipe is not even opened, for that waits until somebody writes.
@@ -31,7 +34,7 @@ class LineReader {
   std::unique_ptr<std::FILE, Close> file_;
   bool missing_ = false;
   bool empty_ = false;
-  char piece_[512];
+  char piece_[kMaxPiece + 1];
 };
 
 /// Creates the file, or empties it in place, and writes the text. Failures are passed over. Nothing

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "files/labels_text.h"
 #include "tests/support/temporary_dir.h"
 
 namespace pelagrim {
@@ -50,6 +51,11 @@ TEST(LabelsFile, CountsUnreadableLinesThatBeginWithADigit) {
     EXPECT_EQ(read.unreadable_lines, 0) << line;
     EXPECT_TRUE(read.labels.empty()) << line;
   }
+}
+
+TEST(LabelsText, EndsALineAtANulByte) {
+  EXPECT_EQ(parseLabelLine(std::string_view("1 2 name \0more", 14)).value().name, "name");
+  EXPECT_FALSE(parseLabelLine(std::string_view("1 2\0 name", 9)));
 }
 
 TEST(LabelsFile, IsCreatedWithABandPlanWhereThereIsNone) {

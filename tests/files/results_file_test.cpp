@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "files/c_locale.h"
+#include "files/results_row.h"
 #include "tests/support/temporary_dir.h"
 
 namespace pelagrim {
@@ -60,6 +62,19 @@ TEST(ResultsFile, SkipsRowsThatMakeNoSense) {
     const ResultsFile read = surveyFrom(kMark + rows);
     EXPECT_EQ(read.channels.size(), count) << rows;
     for (const Channel& c : read.channels) EXPECT_EQ(c.looks, 7U) << "raised to the hits";
+  }
+}
+
+TEST(ResultsRow, HandsOverWhatFollowsTheNumbers) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"", ""}, {",NFM?\n", ",NFM?\n"}, {".5", ".5"}, {std::string(",a\0b", 4), ",a"}};
+  const CLocale c_locale;  // the levels of a row have decimals
+  for (const auto& [after, rest] : cases) {
+    const std::string line = "145,1,1,1,1,1,7,5,0,9" + after;
+    const auto row = parseResultsRow(line.c_str());
+    ASSERT_TRUE(row) << line;
+    EXPECT_EQ(row->rest, rest);
+    EXPECT_EQ(row->channel.last_unix_ms, 9);
   }
 }
 

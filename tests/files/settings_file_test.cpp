@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "files/default_settings.h"
+#include "files/settings_text.h"
 #include "files/survey_dir.h"
 #include "tests/support/temporary_dir.h"
 
@@ -40,6 +41,19 @@ TEST(SettingsFile, ReadsTheStartOfTheBandInManySpellings) {
   };
   for (const auto& [text, start_hz] : cases)
     EXPECT_EQ(settingsFrom(text).start_hz, start_hz) << text;
+}
+
+TEST(SettingsText, FindsKeyAndValueInsideTheLine) {
+  const std::string_view line = "\tfoo bar \t= 12 # why\r\n";
+  const auto found = parseSettingLine(line);
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->key, "foo bar");
+  EXPECT_EQ(found->value, " 12 # why");
+  EXPECT_EQ(found->value.data(), line.data() + 11);
+  EXPECT_EQ(parseSettingLine("a=" + std::string(300, '1'))->value.size(), 255U);
+  for (const char* none : {"", " \t", "\r\n", "# a=1", "a", " =1", "a=", "a=\r\n"}) {
+    EXPECT_FALSE(parseSettingLine(none)) << none;
+  }
 }
 
 TEST(SettingsFile, TakesAnySweepWithAnNForNo) {
@@ -93,6 +107,8 @@ TEST(SurveyDir, IsChosenByTheEnvironment) {
   EXPECT_EQ(resolveSurveyDir(), "some/where");
   EXPECT_FALSE(std::filesystem::exists("some"));
   setenv("ORVANE_SURVEY_DIR", "", 1);
+  EXPECT_EQ(surveyDir(), home.text() + "/.orvane/pelagrim");
+  EXPECT_FALSE(home.has(".orvane")) << "asked for, not created";
   EXPECT_EQ(resolveSurveyDir(), home.text() + "/.orvane/pelagrim");
   EXPECT_TRUE(home.has(".orvane/pelagrim"));
   unsetenv("ORVANE_SURVEY_DIR");

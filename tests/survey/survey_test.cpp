@@ -100,6 +100,8 @@ TEST(SignalKind, IsGuessedFromTheWidth) {
                                                   {260000, "wideband?"},
                                                   {INFINITY, "wideband?"}};
   for (const auto& [width_hz, text] : cases) EXPECT_STREQ(guessKind(width_hz), text) << width_hz;
+  EXPECT_EQ(signalKinds(), (std::vector<std::string_view>{"carrier?", "SSB/CW?", "AM?", "NFM?",
+                                                          "wide NFM?", "WFM?", "wideband?", "?"}));
 }
 
 }  // namespace

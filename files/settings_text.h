@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "survey/settings.h"
+
+namespace pelagrim {
+
+// The keys of survey.cfg.
+inline constexpr std::string_view kStartKey = "start";             // Hz
+inline constexpr std::string_view kStopKey = "stop";               // Hz
+inline constexpr std::string_view kThresholdKey = "threshold_db";  // dB
+inline constexpr std::string_view kDwellKey = "dwell_seconds";     // s
+inline constexpr std::string_view kRasterKey = "raster_hz";        // Hz
+inline constexpr std::string_view kSweepKey = "sweep";             // yes or no
+
+/// One "key = value" line. Both are parts of the line that was read.
+struct SettingLine {
+  std::string_view key;    ///< no blanks around it; need not be one of the keys above
+  std::string_view value;  ///< all that follows the "=", blanks and remarks too; never empty
+};
+
+/// Reads one line of survey.cfg, with or without its line end. Nothing for blank lines, comments
+/// ("#") and lines that are no setting: without a "=" or with nothing on one side of it, or with a
+/// key of more than 63 characters, blanks behind it counted. A value ends at 255.
+std::optional<SettingLine> parseSettingLine(std::string_view line);
+
+/// Whether a value of `sweep` asks to sweep: any n in it, small or capital, means no.
+bool asksToSweep(std::string_view value);
+
+/// The number at the beginning of a value, in any spelling of strtod; 0 where there is none. Read
+/// with a decimal point only while a CLocale lives or the thread has the C locale anyway.
+double settingNumber(std::string_view value);
+
+/// Stores the value in the setting that its key names; other keys change nothing.
+void applySetting(const SettingLine& line, Settings& settings);
+
+}  // namespace pelagrim
