@@ -27,7 +27,8 @@ constexpr double kLiveRateHz = 2.4e6;  // what the usual receivers do, and a sur
 constexpr const char* kCommandLine = "the command line";
 
 RecordingRequest recordingAsked(const Options& options) {
-  RecordingRequest request{.source = options.source, .told = {}, .verify = options.verify};
+  RecordingRequest request{
+      .source = options.source, .told = {}, .verify = options.verify, .stop = stopRequested};
   RecordingFacts& told = request.told;
   if (!options.format.empty()) told.format = {options.format, kCommandLine};
   if (options.sample_rate_hz) told.rate_hz = {*options.sample_rate_hz, kCommandLine};
@@ -116,7 +117,7 @@ std::unique_ptr<IqSource> openSource(const Options& options, const std::string& 
         remark = [](const std::string&) {};
         return source;
       },
-      options.plays, options.offset_seconds);
+      options.plays, options.offset_seconds, stopRequested);
 }
 
 StartTime startTime(const Options& options, const IqSource& source) {

@@ -130,7 +130,7 @@ void survey(const Options& options, const PluginLibrary& plugin) {
   }
   const StartTime start = startTime(options, *source);
   view.opened({source->name(), source->centreHz(), source->sampleRateHz()});
-  if (!source->facts().empty()) view.note(sourceLine(*source, start));
+  if (source->facts()) view.note(sourceLine(*source, start));
   prepareDirectory(survey_dir, edits, view);
   if (const auto mismatch = bandMismatch(settings, *source)) view.warning(*mismatch);
   const auto dwell_mismatch = dwellMismatch(settings, *source);

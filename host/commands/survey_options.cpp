@@ -90,8 +90,8 @@ void addSourceOptions(CLI::App& app, Options& options) {
             "Else both as the recording or its name says")
       ->type_name("HZ");
   app.add_option("--format", options.format,
-                 "Take the file for raw samples of this format, whatever its name:\n"
-                 "cu8 cs8 cu16 cs16 cu32 cs32 cf32 cf64")
+                 "Take the file for raw samples of this format, whatever its name:\n" +
+                     sampleFormatNames(" "))
       ->type_name("NAME")
       ->check(notEmpty);
   addParsed(app, "--offset", parseSeconds, options.offset_seconds, kTime,

@@ -9,33 +9,34 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 #include <vector>
 
-#include "host/process/signals.h"
 #include "host/sources/iq_source.h"
 
 namespace pelagrim_host {
 namespace {
 
-/// Waits for something to read. False when the user asks for the end first: a signal that arrives
-/// just before the wait does not interrupt it, hence the short one.
-bool waitForBytes(int file) {
+/// Waits for something to read. False when it is to stop first: a signal that arrives just before
+/// the wait does not interrupt it, hence the short one.
+bool waitForBytes(int file, const StopFunction& stop) {
   constexpr int kWaitMs = 100;
   pollfd waiting = {file, POLLIN, 0};
-  while (!stopRequested()) {
+  while (!stop()) {
     if (poll(&waiting, 1, kWaitMs) > 0) return true;
   }
   return false;
 }
 
-constexpr int kPipeBytes = 1 << 20;  // the most that is allowed to everybody
+constexpr int kPipeBytes = 1 << 20;  // the maximum for ordinary users
 
-// Opened without blocking, for a named pipe that nobody writes to yet would hold the program where
-// a request to end does not reach it; reading waits by itself.
+// Opened without blocking: opening a named pipe that nobody writes to yet would hold the program
+// where a request to end does not reach it. Reading waits by itself.
 class FileBytes final : public ByteStream {
  public:
-  explicit FileBytes(const std::filesystem::path& path)
-      : name_(path == "-" ? "standard input" : path.string()),
+  FileBytes(const std::filesystem::path& path, StopFunction stop)
+      : stop_(std::move(stop)),
+        name_(path == "-" ? "standard input" : path.string()),
         file_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
     if (file_ < 0) {
       throw SourceError(fmt::format("cannot open {}: {}", name_, std::strerror(errno)));
@@ -48,7 +49,7 @@ class FileBytes final : public ByteStream {
     }
     seekable_ = known && S_ISREG(status.st_mode);
     if (seekable_) size_ = static_cast<uint64_t>(status.st_size);
-    // More room for whoever writes while a dwell is evaluated; without it things go on, too.
+    // More room for the writer while a dwell is evaluated. It works without, too.
     if (known && S_ISFIFO(status.st_mode)) fcntl(file_, F_SETPIPE_SZ, kPipeBytes);
   }
   ~FileBytes() override { closeFile(); }
@@ -56,7 +57,7 @@ class FileBytes final : public ByteStream {
   size_t read(std::span<std::byte> bytes) override {
     size_t got = 0;
     while (got < bytes.size()) {
-      if (!seekable_ && !waitForBytes(file_)) break;
+      if (!seekable_ && !waitForBytes(file_, stop_)) break;
       const ssize_t count = ::read(file_, bytes.data() + got, bytes.size() - got);
       if (count == 0) break;
       if (count > 0) {
@@ -84,6 +85,7 @@ class FileBytes final : public ByteStream {
     if (file_ != STDIN_FILENO) close(file_);
   }
 
+  StopFunction stop_;
   std::string name_;
   int file_;
   bool seekable_ = false;
@@ -104,8 +106,8 @@ uint64_t ByteStream::skip(uint64_t count) {
   return skipped;
 }
 
-std::unique_ptr<ByteStream> openFileBytes(const std::filesystem::path& path) {
-  return std::make_unique<FileBytes>(path);
+std::unique_ptr<ByteStream> openFileBytes(const std::filesystem::path& path, StopFunction stop) {
+  return std::make_unique<FileBytes>(path, std::move(stop));
 }
 
 }  // namespace pelagrim_host

@@ -7,6 +7,8 @@
 #include <optional>
 #include <span>
 
+#include "host/sources/stop_function.h"
+
 namespace pelagrim_host {
 
 /// Bytes that are read once from front to back: a file, a pipe, the member of an archive. One
@@ -28,8 +30,8 @@ class ByteStream {
   virtual std::optional<uint64_t> size() const = 0;
 };
 
-/// Opens a file, a pipe by its name, or standard input for "-". Waiting for a pipe ends, as if it
-/// had ended, when the user asks for the end.
-std::unique_ptr<ByteStream> openFileBytes(const std::filesystem::path& path);
+/// Opens a file, a pipe by its name, or standard input for "-". When `stop` says so, waiting for a
+/// pipe is over, as if the pipe had ended.
+std::unique_ptr<ByteStream> openFileBytes(const std::filesystem::path& path, StopFunction stop);
 
 }  // namespace pelagrim_host

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <complex>
 #include <cstddef>
 #include <cstdint>
@@ -8,18 +7,11 @@
 #include <span>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
+#include "host/sources/recording_facts.h"
 #include "wendle_plugin.h"
 
 namespace pelagrim_host {
-
-/// Something known of a source, for the user's eyes: "rate", "250 kS/s", "the file name".
-struct SourceFact {
-  std::string what;
-  std::string value;
-  std::string origin;  ///< where it was taken from; empty where that goes without saying
-};
 
 /// What a survey listens to: a recording, a simulated band, a live receiver.
 ///
@@ -49,19 +41,19 @@ class IqSource {
   /// says so: it may have gaps.
   virtual std::optional<int64_t> nextUnixMs() const { return std::nullopt; }
 
-  /// How many seconds the centre stays at the least before a recording changes it; nothing where it
-  /// does not. The last stay does not count: nothing cuts its dwell off.
+  /// The shortest time in seconds that a recording stays at one centre before it changes it; nothing
+  /// where it never does. The last stay does not count: nothing cuts its dwell off.
   virtual std::optional<double> shortestStaySeconds() const { return std::nullopt; }
 
   /// How many samples there are in all, where that is known before the end.
   virtual std::optional<uint64_t> lengthSamples() const { return std::nullopt; }
 
-  /// What is known of the source as it was opened: format, rate, centre, start, length and what
-  /// else there is. Empty: rate and centre, which go without saying.
-  virtual std::vector<SourceFact> facts() const { return {}; }
+  /// What is known of a recording and from where; nothing of any other source, whose rate and
+  /// centre go without saying.
+  virtual std::optional<RecordingFacts> facts() const { return std::nullopt; }
 
-  /// True for a receiver whose samples arrive by the clock on the wall; the host's clock is then
-  /// that clock. False: the host's clock follows the samples.
+  /// True for a receiver, whose samples arrive in real time: the host then goes by the system's
+  /// clock. False: the host's clock follows the samples.
   virtual bool isLive() const { return false; }
 
   /// True when tune can succeed for some frequency other than the present centre.
@@ -76,20 +68,10 @@ class IqSource {
 
   /// Passes over the next `samples` samples as if they had been read, and returns how many there
   /// were: fewer at the end.
-  virtual uint64_t skip(uint64_t samples) {
-    std::vector<std::complex<float>> block(1 << 16);
-    uint64_t skipped = 0;
-    while (skipped < samples) {
-      const auto wanted = std::min<uint64_t>(samples - skipped, block.size());
-      const size_t got = read(std::span(block).first(wanted));
-      if (got == 0) break;
-      skipped += got;
-    }
-    return skipped;
-  }
+  virtual uint64_t skip(uint64_t samples);
 
-  /// What was wrong with the data that reads have come upon, in one line: a file that was cut short.
-  /// What there was of it has been delivered.
+  /// What was wrong with the data read so far, in one line: a file that was cut short. What there
+  /// was of it has been delivered.
   virtual std::optional<std::string> damage() const { return std::nullopt; }
 
   /// Moves the centre to `hz`. Accepted: samples still in flight from the old centre are dropped,
@@ -97,11 +79,11 @@ class IqSource {
   /// answer or by a SourceError that says why: the source goes on at centreHz, as a rule unchanged.
   virtual WendleTuneResult tune(double hz) {
     (void)hz;
-    return kTuneNoRadio;  // a recording plays what was received, wherever one would rather be
+    return kTuneNoRadio;  // a recording plays what was received, wherever that was
   }
 
   /// Drops the samples that were in flight at an accepted tune and waits for those from the new
-  /// centre. For whoever wants that time over before the new centre is reported.
+  /// centre. For whoever wants to have waited before the new centre is reported.
   virtual void settle() {}
 };
 

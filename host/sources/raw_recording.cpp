@@ -3,40 +3,61 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
 #include <utility>
 
-#include "host/process/signals.h"
+#include "host/process/usage_error.h"
+#include "host/text/letter_case.h"
 
 namespace pelagrim_host {
+namespace {
 
-RawRecording::RawRecording(const std::filesystem::path& path, const SampleFormat& format,
-                           RecordingFacts facts)
-    : Recording(path == "-" ? "standard input" : path.filename().string()), format_(format) {
+std::string fileName(const RecordingRequest& request) {
+  return std::filesystem::path(request.source).filename().string();
+}
+
+}  // namespace
+
+RawRecording::RawRecording(const RecordingRequest& request)
+    : Recording(request.source == "-" ? "standard input" : fileName(request)), stop_(request.stop) {
+  RecordingFacts facts = request.told;
+  if (request.source != "-") {
+    std::optional<double> told_centre_hz;
+    if (facts.centre_hz) told_centre_hz = facts.centre_hz->value;
+    facts = firstKnown(facts, factsOfName(fileName(request), told_centre_hz));
+  }
+  requireKnown(request.source, facts);
+  format_ = findSampleFormat(lowerCase(facts.format->value));
+  if (format_ == nullptr) {
+    throw UsageError(fmt::format("--format {} is not known; there are {}", facts.format->value,
+                                 sampleFormatNames()));
+  }
+  facts.format->value = format_->name;
   setFacts(std::move(facts));
-  stream_ = openFileBytes(path);
+  stream_ = openFileBytes(request.source, stop_);
 }
 
 size_t RawRecording::read(std::span<std::complex<float>> block) {
-  bytes_.resize(block.size() * format_.sampleBytes());
+  bytes_.resize(block.size() * format_->sampleBytes());
   const size_t got = stream_->read(bytes_);
-  const size_t samples = got / format_.sampleBytes();
-  const size_t left_over = got % format_.sampleBytes();
-  if (left_over != 0 && !stopRequested()) setLeftOver(left_over, format_.name);
+  const size_t samples = got / format_->sampleBytes();
+  const size_t left_over = got % format_->sampleBytes();
+  if (left_over != 0 && !stop_()) setLeftOver(left_over, format_->name);
   // An array of complex numbers is an array of their parts.
-  format_.convert(bytes_.data(), 2 * samples, reinterpret_cast<float*>(block.data()));
+  format_->convert(bytes_.data(), 2 * samples, reinterpret_cast<float*>(block.data()));
   return samples;
 }
 
 uint64_t RawRecording::skip(uint64_t samples) {
-  const uint64_t most = std::numeric_limits<uint64_t>::max() / format_.sampleBytes();
-  return stream_->skip(std::min(samples, most) * format_.sampleBytes()) / format_.sampleBytes();
+  const uint64_t max = std::numeric_limits<uint64_t>::max() / format_->sampleBytes();
+  return stream_->skip(std::min(samples, max) * format_->sampleBytes()) / format_->sampleBytes();
 }
 
 std::optional<uint64_t> RawRecording::lengthSamples() const {
   const auto bytes = stream_->size();
   if (!bytes) return bytes;
-  return *bytes / format_.sampleBytes();
+  return *bytes / format_->sampleBytes();
 }
 
 }  // namespace pelagrim_host

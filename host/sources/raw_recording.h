@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,18 +14,19 @@ namespace pelagrim_host {
 /// elsewhere: the command line, the file's name.
 class RawRecording final : public Recording {
  public:
-  /// Opens `path`; "-" is standard input. `format` has to outlive the source. Bytes at the end that
-  /// make no whole sample are dropped, and are its damage().
-  RawRecording(const std::filesystem::path& path, const SampleFormat& format, RecordingFacts facts);
+  /// What is told stands over the file's name. Bytes at the end that make no whole sample are
+  /// dropped, and are its damage(). Throws UsageError where the command line has to say more.
+  explicit RawRecording(const RecordingRequest& request);
 
-  /// Blocks are full but for the last, however the bytes arrive, so a survey of a pipe is cut into
-  /// dwells like one of a file. Waiting for a pipe ends when the user asks for the end.
+  /// All blocks but the last are full, however the bytes arrive, so a survey of a pipe is cut into
+  /// dwells like one of a file. Waiting for a pipe is over when the request's `stop` says so.
   size_t read(std::span<std::complex<float>> block) override;
   std::optional<uint64_t> lengthSamples() const override;
   uint64_t skip(uint64_t samples) override;
 
  private:
-  const SampleFormat& format_;
+  StopFunction stop_;
+  const SampleFormat* format_ = nullptr;
   std::unique_ptr<ByteStream> stream_;
   std::vector<std::byte> bytes_;
 };

@@ -1,43 +1,27 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 #include "host/sources/iq_source.h"
+#include "host/sources/recording_facts.h"
+#include "host/sources/stop_function.h"
 
 namespace pelagrim_host {
 
 /// Takes a line that the user should see and that stops nothing.
 using RemarkSink = std::function<void(const std::string&)>;
 
-/// A value and what it was taken from: "the command line", "the file name".
-template <typename Value>
-struct Known {
-  Value value;
-  std::string origin;
+/// A recording, and what the user says of it.
+struct RecordingRequest {
+  std::string source;   ///< a file's name; "-" is standard input
+  RecordingFacts told;  ///< stands over all else; with a format the file is taken for raw samples
+  bool verify = false;  ///< compare a SigMF recording with its checksum first
+  StopFunction stop = neverStop;
 };
-
-/// What one place says of a recording: the command line, a header, the file's name.
-struct RecordingFacts {
-  std::optional<Known<std::string>> format;
-  std::optional<Known<double>> rate_hz;
-  std::optional<Known<double>> centre_hz;
-  std::optional<Known<int64_t>> start_unix_ms;  ///< of the first sample
-};
-
-/// `facts`, and `otherwise` for what they leave open.
-RecordingFacts firstKnown(RecordingFacts facts, const RecordingFacts& otherwise);
-
-/// What the file's own name says (parseRecordingName).
-RecordingFacts factsOfName(std::string_view file_name, std::optional<double> told_centre_hz = {});
-
-/// Checks that format, rate and centre are known and could be those of a receiver. Throws UsageError
-/// where the command line has to say them, naming every flag that is missing, else SourceError.
-void requireKnown(const std::string& name, const RecordingFacts& facts);
 
 /// A recording, and what is known of it.
 class Recording : public IqSource {
@@ -46,7 +30,7 @@ class Recording : public IqSource {
   double sampleRateHz() const override { return facts_.rate_hz->value; }
   double centreHz() const override { return facts_.centre_hz->value; }
   std::optional<int64_t> startUnixMs() const override;
-  std::vector<SourceFact> facts() const override;
+  std::optional<RecordingFacts> facts() const override { return facts_; }
   std::optional<std::string> damage() const override { return damage_; }
 
  protected:

@@ -8,30 +8,18 @@
 #include <cmath>
 #include <string>
 #include <system_error>
-#include <utility>
 #include <vector>
 
+#include "host/sources/recording_kind.h"
 #include "host/text/letter_case.h"
 #include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 namespace {
 
-// What could be the rate of a receiver that writes recordings, and what the centre.
-constexpr double kMostRateHz = 61.44e6;
-constexpr double kMostCentreHz = 1e12;
-
-constexpr std::array<std::pair<std::string_view, std::string_view>, 9> kAliases = {{
-    {"complex", "cf32"},
-    {"cfile", "cf32"},
-    {"complex16s", "cs8"},
-    {"complex16u", "cu8"},
-    {"complex32s", "cs16"},
-    {"complex32u", "cu16"},
-    {"c8", "cs8"},
-    {"c16", "cs16"},
-    {"fc32", "cf32"},
-}};
+// The highest rate, and centre, that a receiver which writes recordings could have.
+constexpr double kMaxRateHz = 61.44e6;
+constexpr double kMaxCentreHz = 1e12;
 
 /// What a unit behind a number means. kFrequency: a centre, or a rate behind a centre.
 enum class Meaning { kRate, kFrequency, kFrequencyOrRate };
@@ -134,7 +122,7 @@ class NameReader {
     RecordingName name = found_;
     if (frequencies_.empty()) return name;
     const bool unclear = frequencies_.size() == 1 && may_be_rate_ && !name.centre_hz &&
-                         !name.rate_hz && !rate_is_elsewhere_ && frequencies_[0] <= kMostRateHz;
+                         !name.rate_hz && !rate_is_elsewhere_ && frequencies_[0] <= kMaxRateHz;
     if (unclear) {
       if (isNoCentre(frequencies_[0])) setRate(name, frequencies_[0]);
       return name;
@@ -151,11 +139,11 @@ class NameReader {
   }
 
   static void setRate(RecordingName& name, double rate_hz) {
-    if (!name.rate_hz && rate_hz >= 1.0 && rate_hz <= kMostRateHz) name.rate_hz = rate_hz;
+    if (!name.rate_hz && rate_hz >= 1.0 && rate_hz <= kMaxRateHz) name.rate_hz = rate_hz;
   }
 
   void addFrequency(double hz, bool may_be_rate) {
-    if (hz <= 0.0 || hz > kMostCentreHz) return;
+    if (hz <= 0.0 || hz > kMaxCentreHz) return;
     if (frequencies_.empty()) may_be_rate_ = may_be_rate;
     frequencies_.push_back(hz);
   }
@@ -175,7 +163,7 @@ class NameReader {
     if (!value) return;
     if (in_khz) {
       const double hz = *value * 1e3;
-      if (word.empty() && hz > 0.0 && hz <= kMostCentreHz) found_.centre_hz = hz;
+      if (word.empty() && hz > 0.0 && hz <= kMaxCentreHz) found_.centre_hz = hz;
       return;
     }
     const std::string lower = lowerCase(std::string(word));
@@ -197,24 +185,16 @@ class NameReader {
   bool may_be_rate_ = false;         ///< the first of them
 };
 
-const SampleFormat* formatOfExtension(const std::string& extension) {
-  for (const auto& [alias, format] : kAliases) {
-    if (alias == extension) return findSampleFormat(format);
-  }
-  return findSampleFormat(extension);
-}
-
 }  // namespace
 
 RecordingName parseRecordingName(std::string_view file_name, std::optional<double> told_centre_hz) {
   const size_t point = std::min(file_name.rfind('.'), file_name.size());
-  const std::string extension =
-      point < file_name.size() ? lowerCase(std::string(file_name.substr(point + 1))) : "";
-  NameReader reader(extension == "wav" || extension == "wave" || extension == "rf64",
-                    told_centre_hz);
+  NameReader reader(recordingKind(file_name) == RecordingKind::kWav, told_centre_hz);
   const auto words = wordsOf(file_name.substr(0, point));
   if (!words.empty()) reader.read(words);
   RecordingName name = reader.result();
+  if (point == file_name.size()) return name;
+  const std::string extension = lowerCase(std::string(file_name.substr(point + 1)));
   if (const auto* const format = formatOfExtension(extension)) name.format = format;
   return name;
 }

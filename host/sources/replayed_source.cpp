@@ -6,12 +6,13 @@
 #include <cmath>
 #include <utility>
 
-#include "host/process/signals.h"
-
 namespace pelagrim_host {
 
-ReplayedSource::ReplayedSource(Open open, uint64_t plays, double offset_seconds)
-    : open_(std::move(open)), plays_(plays), offset_seconds_(offset_seconds) {
+ReplayedSource::ReplayedSource(Open open, uint64_t plays, double offset_seconds, StopFunction stop)
+    : open_(std::move(open)),
+      plays_(plays),
+      offset_seconds_(offset_seconds),
+      stop_(std::move(stop)) {
   start();
   centre_hz_ = source_->centreHz();
   lookAhead();
@@ -63,7 +64,7 @@ void ReplayedSource::start() {
   ++plays_begun_;
   const auto wanted = static_cast<uint64_t>(std::llround(offset_seconds_ * sampleRateHz()));
   const uint64_t skipped = source_->skip(wanted);
-  if (skipped < wanted && !stopRequested()) {
+  if (skipped < wanted && !stop_()) {
     throw SourceError(
         fmt::format("{}: it is only {:.3f} s long, so --offset {} lies behind its end", name(),
                     static_cast<double>(skipped) / sampleRateHz(), offset_seconds_));

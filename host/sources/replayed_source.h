@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "host/sources/iq_source.h"
+#include "host/sources/stop_function.h"
 
 namespace pelagrim_host {
 
@@ -13,8 +14,9 @@ class ReplayedSource final : public IqSource {
  public:
   using Open = std::function<std::unique_ptr<IqSource>()>;
 
-  /// `open` gives the recording afresh. `plays` 0: without end.
-  ReplayedSource(Open open, uint64_t plays, double offset_seconds);
+  /// `open` opens the recording afresh. `plays` 0: without end. Throws SourceError where the
+  /// recording ends before the offset, unless it did because `stop` says so.
+  ReplayedSource(Open open, uint64_t plays, double offset_seconds, StopFunction stop);
 
   std::string name() const override { return source_->name(); }
   double sampleRateHz() const override { return source_->sampleRateHz(); }
@@ -22,7 +24,7 @@ class ReplayedSource final : public IqSource {
   std::optional<int64_t> startUnixMs() const override { return start_unix_ms_; }
   std::optional<int64_t> nextUnixMs() const override { return next_unix_ms_; }
   std::optional<uint64_t> lengthSamples() const override { return source_->lengthSamples(); }
-  std::vector<SourceFact> facts() const override { return source_->facts(); }
+  std::optional<RecordingFacts> facts() const override { return source_->facts(); }
   std::optional<double> shortestStaySeconds() const override {
     return source_->shortestStaySeconds();
   }
@@ -37,10 +39,11 @@ class ReplayedSource final : public IqSource {
   Open open_;
   uint64_t plays_;
   double offset_seconds_;
+  StopFunction stop_;
   uint64_t plays_begun_ = 0;
   std::unique_ptr<IqSource> source_;
-  /// The first sample of the next read, its centre and time: whether a play has ended, and where the
-  /// next one begins, shows only when a sample is taken. None: the end.
+  /// The first sample of the next read, its centre and time: only a sample shows whether a play has
+  /// ended and where the next one begins. None: the end.
   std::optional<std::complex<float>> next_;
   double centre_hz_ = 0.0;
   std::optional<int64_t> next_unix_ms_;

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace pelagrim_host {
 namespace {
@@ -52,11 +53,20 @@ constexpr std::array kFormats = {
     SampleFormat{"cf64", 8, convertFloating<double>},
 };
 
-}  // namespace
+/// What recorders call them in the extensions of their files.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 9> kAliases = {{
+    {"complex", "cf32"},
+    {"cfile", "cf32"},
+    {"complex16s", "cs8"},
+    {"complex16u", "cu8"},
+    {"complex32s", "cs16"},
+    {"complex32u", "cu16"},
+    {"c8", "cs8"},
+    {"c16", "cs16"},
+    {"fc32", "cf32"},
+}};
 
-std::span<const SampleFormat> sampleFormats() {
-  return kFormats;
-}
+}  // namespace
 
 const SampleFormat* findSampleFormat(std::string_view name) {
   for (const SampleFormat& format : kFormats) {
@@ -65,16 +75,23 @@ const SampleFormat* findSampleFormat(std::string_view name) {
   return nullptr;
 }
 
+const SampleFormat* formatOfExtension(std::string_view extension) {
+  for (const auto& [alias, name] : kAliases) {
+    if (alias == extension) return findSampleFormat(name);
+  }
+  return findSampleFormat(extension);
+}
+
 void reverseComponents(std::span<std::byte> bytes, size_t component_bytes) {
   for (; bytes.size() >= component_bytes; bytes = bytes.subspan(component_bytes)) {
     std::reverse(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(component_bytes));
   }
 }
 
-std::string sampleFormatNames() {
+std::string sampleFormatNames(std::string_view separator) {
   std::string names;
   for (const SampleFormat& format : kFormats) {
-    if (!names.empty()) names += ", ";
+    if (!names.empty()) names += separator;
     names += format.name;
   }
   return names;

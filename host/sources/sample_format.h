@@ -21,17 +21,18 @@ struct SampleFormat {
   size_t sampleBytes() const { return 2 * component_bytes; }
 };
 
-/// Every format known, in the order in which help lists them.
-std::span<const SampleFormat> sampleFormats();
-
 /// The format of that name ("cs16"), or null.
 const SampleFormat* findSampleFormat(std::string_view name);
+
+/// The format of a file with that extension, in lower case and without its point: a format's name,
+/// or what a recorder calls it ("complex16u"). Null when there is none.
+const SampleFormat* formatOfExtension(std::string_view extension);
 
 /// Turns the bytes of every component around, in place: from big-endian to the little-endian order
 /// that the formats have.
 void reverseComponents(std::span<std::byte> bytes, size_t component_bytes);
 
-/// "cu8, cs8, ...": for messages.
-std::string sampleFormatNames();
+/// "cu8, cs8, ...": every format, for messages and help.
+std::string sampleFormatNames(std::string_view separator = ", ");
 
 }  // namespace pelagrim_host

@@ -8,11 +8,9 @@
 #include <stdexcept>
 #include <vector>
 
-#include "host/process/signals.h"
-
 namespace pelagrim_host {
 
-std::string sha512Of(ByteStream& stream) {
+std::string sha512Of(ByteStream& stream, const StopFunction& stop) {
   const std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> context(EVP_MD_CTX_new(),
                                                                    EVP_MD_CTX_free);
   const auto require = [](bool done) {
@@ -20,7 +18,7 @@ std::string sha512Of(ByteStream& stream) {
   };
   require(context && EVP_DigestInit_ex(context.get(), EVP_sha512(), nullptr) == 1);
   std::vector<std::byte> block(1 << 18);
-  while (!stopRequested()) {
+  while (!stop()) {
     const size_t got = stream.read(block);
     require(EVP_DigestUpdate(context.get(), block.data(), got) == 1);
     if (got < block.size()) break;

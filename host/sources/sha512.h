@@ -7,7 +7,7 @@
 namespace pelagrim_host {
 
 /// The SHA-512 of the rest of a stream, in lower-case hexadecimal digits. Ends early, with the sum
-/// of what was read, when the user asks for the end.
-std::string sha512Of(ByteStream& stream);
+/// of what was read, when `stop` says so.
+std::string sha512Of(ByteStream& stream, const StopFunction& stop);
 
 }  // namespace pelagrim_host

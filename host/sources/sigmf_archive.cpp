@@ -123,7 +123,7 @@ std::string sigmfArchiveMeta(const std::filesystem::path& path) {
     stem = tar.stem(is_meta ? kMetaSuffix : kDataSuffix);
     const uint64_t bytes = tar.memberBytes();
     if (!is_meta) continue;
-    if (bytes > kMostSigmfMetaBytes) tar.fail("its metadata are too long");
+    if (bytes > kMaxSigmfMetaBytes) tar.fail("its metadata are too long");
     meta.emplace(bytes, '\0');
     tar.read(std::as_writable_bytes(std::span(*meta)));
   }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "host/text/letter_case.h"
 #include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
@@ -13,23 +14,23 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int kMostDepth = 32;
-constexpr size_t kMostValues = 1'000'000;
+constexpr int kMaxDepth = 32;
+constexpr size_t kMaxValues = 1'000'000;
 
 /// Parses what matters, global and captures, and drops the rest while it is read: annotations may
 /// be many.
 json parseJson(std::string_view text) {
-  if (text.size() > kMostSigmfMetaBytes) {
-    throw SigmfError(fmt::format("its metadata are longer than {} bytes", kMostSigmfMetaBytes));
+  if (text.size() > kMaxSigmfMetaBytes) {
+    throw SigmfError(fmt::format("its metadata are longer than {} bytes", kMaxSigmfMetaBytes));
   }
   bool wanted = true;
   size_t values = 0;
   const auto keep = [&](int depth, json::parse_event_t event, const json& value) {
-    if (depth > kMostDepth) throw SigmfError("its metadata are nested too deeply");
+    if (depth > kMaxDepth) throw SigmfError("its metadata are nested too deeply");
     if (depth == 1 && event == json::parse_event_t::key) {
       wanted = value == "global" || value == "captures";
     }
-    if (depth > 0 && wanted && ++values > kMostValues) {
+    if (depth > 0 && wanted && ++values > kMaxValues) {
       throw SigmfError("its metadata hold too many values");
     }
     return wanted || depth == 0;
@@ -107,14 +108,13 @@ void readDatatype(const std::string& datatype, SigmfMeta& meta) {
 }
 
 std::string readSha512(const json& global) {
-  std::string sha512 = textIn(global, "core:sha512");
+  const std::string sha512 = textIn(global, "core:sha512");
   const auto is_hex = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
   if (!sha512.empty() &&
       (sha512.size() != 128 || !std::all_of(sha512.begin(), sha512.end(), is_hex))) {
     throw SigmfError("its core:sha512 is not 128 hexadecimal digits");
   }
-  for (char& c : sha512) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return sha512;
+  return lowerCase(sha512);
 }
 
 SigmfCapture readCapture(const json& object) {

@@ -11,8 +11,8 @@
 
 namespace pelagrim_host {
 
-/// The most text that metadata may have; a recording's are a few kilobytes.
-constexpr size_t kMostSigmfMetaBytes = size_t{16} << 20;
+/// The longest text that metadata may be; a recording's are a few kilobytes.
+constexpr size_t kMaxSigmfMetaBytes = size_t{16} << 20;
 
 /// A capture segment: what holds from one sample on.
 struct SigmfCapture {

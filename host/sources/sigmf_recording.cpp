@@ -3,14 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <functional>
+#include <filesystem>
 #include <utility>
 
-#include "host/process/signals.h"
+#include "host/sources/recording_kind.h"
 #include "host/sources/sha512.h"
 #include "host/sources/sigmf_archive.h"
 #include "host/text/letter_case.h"
-#include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
 namespace {
@@ -18,8 +17,8 @@ namespace {
 constexpr const char* kMetadata = "the metadata";
 
 std::string readMetaFile(const std::filesystem::path& path) {
-  const auto stream = openFileBytes(path);
-  std::string text(std::min<uint64_t>(stream->size().value_or(0), kMostSigmfMetaBytes + 1), '\0');
+  const auto stream = openFileBytes(path, neverStop);
+  std::string text(std::min<uint64_t>(stream->size().value_or(0), kMaxSigmfMetaBytes + 1), '\0');
   text.resize(stream->read(std::as_writable_bytes(std::span(text))));
   return text;
 }
@@ -52,23 +51,24 @@ std::filesystem::path dataFile(const std::filesystem::path& meta_path, const Sig
 
 }  // namespace
 
-SigmfRecording::SigmfRecording(const std::filesystem::path& path, const RecordingFacts& told,
-                               bool verify, const RemarkSink& remark)
-    : Recording(path.filename().string()) {
-  const bool is_archive = lowerCase(path.extension().string()) == ".sigmf";
+SigmfRecording::SigmfRecording(const RecordingRequest& request, const RemarkSink& remark)
+    : Recording(std::filesystem::path(request.source).filename().string()), stop_(request.stop) {
+  const std::filesystem::path path(request.source);
+  const RecordingFacts& told = request.told;
+  const bool is_archive = recordingKind(path) == RecordingKind::kSigmfArchive;
   const auto meta_path = fileOfPair(path, ".sigmf-meta");
   try {
     meta_ = parseSigmfMeta(is_archive ? sigmfArchiveMeta(path) : readMetaFile(meta_path));
     const auto data_path = is_archive ? path : dataFile(meta_path, meta_);
     const auto openData = [&] {
-      return is_archive ? openSigmfArchiveData(data_path) : openFileBytes(data_path);
+      return is_archive ? openSigmfArchiveData(data_path) : openFileBytes(data_path, stop_);
     };
     data_ = openData();
     if (!data_->size()) throw SigmfError("its samples are in no plain file");
     segments_ = sigmfSegments(meta_, *data_->size());
-    if (verify) {
+    if (request.verify) {
       if (meta_.sha512.empty()) throw SigmfError("it has no core:sha512 for --verify to check");
-      if (sha512Of(*openData()) != meta_.sha512 && !stopRequested()) {
+      if (sha512Of(*openData(), stop_) != meta_.sha512 && !stop_()) {
         throw SigmfError("its samples do not agree with its core:sha512: they were changed");
       }
     }
@@ -128,7 +128,7 @@ size_t SigmfRecording::read(std::span<std::complex<float>> block) {
   const size_t got = data_->read(bytes_);
   position_bytes_ += got;
   const size_t samples = got / meta_.format->sampleBytes();
-  if (samples < wanted && !stopRequested()) {
+  if (samples < wanted && !stop_()) {
     throw SourceError(fmt::format("{}: its samples end early: the file has changed", name()));
   }
   if (meta_.big_endian) reverseComponents(bytes_, meta_.format->component_bytes);
@@ -158,18 +158,11 @@ void SigmfRecording::enterNextSegment() {
   }
 }
 
-std::vector<SourceFact> SigmfRecording::facts() const {
-  constexpr size_t kMostLines = 20;
-  auto facts = Recording::facts();
+std::optional<RecordingFacts> SigmfRecording::facts() const {
+  RecordingFacts facts = known();
   if (segments_.size() < 2) return facts;
-  for (size_t i = 0; i < segments_.size() && i < kMostLines; ++i) {
-    facts.push_back({fmt::format("segment {}", i + 1),
-                     fmt::format("{}, {} samples", formatFrequency(*segments_[i].centre_hz),
-                                 segments_[i].samples),
-                     ""});
-  }
-  if (segments_.size() > kMostLines) {
-    facts.push_back({"segments", fmt::format("{} in all", segments_.size()), ""});
+  for (const SigmfSegment& segment : segments_) {
+    facts.segments.push_back({*segment.centre_hz, segment.samples});
   }
   return facts;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,14 +14,14 @@ namespace pelagrim_host {
 /// captures change the centre, so does the source; where they lie apart in time, its time leaps.
 class SigmfRecording final : public Recording {
  public:
-  /// `path` ends in .sigmf-meta, .sigmf-data or .sigmf. What is `told` stands over the metadata,
-  /// and a centre that is told holds for every capture; a start that is told moves them all. `verify`: compare core:sha512 first.
-  SigmfRecording(const std::filesystem::path& path, const RecordingFacts& told, bool verify,
-                 const RemarkSink& remark);
+  /// The name ends in .sigmf-meta, .sigmf-data or .sigmf. What is told stands over the metadata: a
+  /// centre holds for every capture, a start moves them all. `remark` is called at once or not at
+  /// all.
+  SigmfRecording(const RecordingRequest& request, const RemarkSink& remark);
 
   double centreHz() const override;
   std::optional<int64_t> nextUnixMs() const override;
-  std::vector<SourceFact> facts() const override;
+  std::optional<RecordingFacts> facts() const override;
   std::optional<double> shortestStaySeconds() const override;
   std::optional<uint64_t> lengthSamples() const override;
   size_t read(std::span<std::complex<float>> block) override;
@@ -31,6 +30,7 @@ class SigmfRecording final : public Recording {
  private:
   void enterNextSegment();
 
+  StopFunction stop_;
   SigmfMeta meta_;
   std::unique_ptr<ByteStream> data_;
   std::vector<SigmfSegment> segments_;  ///< without empty ones; every centre is known

@@ -111,7 +111,6 @@ class SoapyReceiver final : public IqSource {
   void startStream();
   StreamFormat chooseFormat() const;
   double readBackCentre(double otherwise_hz) const;
-  bool stopAsked() const { return config_.stop && config_.stop(); }
   double deviceHz(double hz) const { return hz / correction_; }
   bool isTunable(double hz) const;
 
@@ -355,7 +354,7 @@ int SoapyReceiver::readStream(std::span<std::complex<float>> block,
 size_t SoapyReceiver::waitForSamples(std::span<std::complex<float>> block) {
   constexpr std::chrono::milliseconds kPatience(100);
   const auto gives_up = Clock::now() + std::chrono::duration<double>(config_.stall_timeout_seconds);
-  while (!stopAsked()) {
+  while (!config_.stop()) {
     const int got = readStream(block, kPatience);
     if (got > 0) return static_cast<size_t>(got);
     if (Clock::now() >= gives_up) {
@@ -376,7 +375,7 @@ void SoapyReceiver::drainDriver() {
   size_t left = buffers > 0 ? buffers * mtu_samples_ : static_cast<size_t>(rate_hz_);
   const auto gives_up = Clock::now() + std::chrono::duration<double>(config_.stall_timeout_seconds);
   std::vector<std::complex<float>> dropped(mtu_samples_);
-  while (left > 0 && !stopAsked() && Clock::now() < gives_up) {
+  while (left > 0 && !config_.stop() && Clock::now() < gives_up) {
     const int got = readStream(dropped, std::chrono::microseconds(0));
     if (got == SOAPY_SDR_OVERFLOW) continue;  // the samples after the gap may be waiting as well
     if (got <= 0) return;

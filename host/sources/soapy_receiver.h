@@ -1,12 +1,12 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "host/sources/gain_setting.h"
 #include "host/sources/iq_source.h"
+#include "host/sources/stop_function.h"
 
 namespace pelagrim_host {
 
@@ -21,7 +21,7 @@ struct ReceiverConfig {
   std::optional<double> bandwidth_hz{};
   double settle_seconds = 0.05;        ///< of samples to drop after a tune
   double stall_timeout_seconds = 5.0;  ///< without samples, after which the device counts as gone
-  std::function<bool()> stop{};  ///< ends a wait for samples; polled ten times a second or oftener
+  StopFunction stop = neverStop;
 };
 
 /// Opens a live receiver by way of SoapySDR and starts its stream.

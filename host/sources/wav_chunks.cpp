@@ -10,8 +10,8 @@ namespace pelagrim_host {
 namespace {
 
 constexpr uint64_t kFirstChunk = 12;
-constexpr uint64_t kHeadBytes = 8;   // a chunk's name and length
-constexpr int kMostChunks = 10'000;  // a file of nothing but chunks would take long
+constexpr uint64_t kHeadBytes = 8;  // a chunk's name and length
+constexpr int kMaxChunks = 10'000;  // a file of nothing but chunks would take long
 
 /// Chunks are of even length.
 uint64_t endOf(const WavChunk& chunk) {
@@ -29,7 +29,7 @@ std::optional<WavChunk> WavChunks::find(std::string_view id) const {
   const std::string kind = tagAt(0);
   if (kind != "RIFF" && kind != "RF64") return std::nullopt;
   uint64_t at = kFirstChunk;
-  for (int i = 0; i < kMostChunks; ++i) {
+  for (int i = 0; i < kMaxChunks; ++i) {
     const std::string tag = tagAt(at);
     const WavChunk chunk = {at + kHeadBytes, numberAt(at + 4)};
     if (tag == id) return chunk;
@@ -40,13 +40,13 @@ std::optional<WavChunk> WavChunks::find(std::string_view id) const {
 }
 
 std::string WavChunks::content(std::string_view id) const {
-  constexpr uint64_t kMostBytes = 4096;
+  constexpr uint64_t kMaxBytes = 4096;
   const auto chunk = find(id);
-  return chunk ? bytesAt(chunk->first_byte, std::min(chunk->bytes, kMostBytes)) : "";
+  return chunk ? bytesAt(chunk->first_byte, std::min(chunk->bytes, kMaxBytes)) : "";
 }
 
 std::optional<uint64_t> WavChunks::promisedBytes() const {
-  // What streaming writers put there: the most that 32 bits hold, signed or not, less a header.
+  // What streaming writers put there: the largest number of 32 bits, signed or not, less a header.
   constexpr uint64_t kUnknownFrom = 0x7FFF0000;
   const auto data = find("data");
   if (!data) return std::nullopt;
@@ -61,7 +61,7 @@ std::optional<uint64_t> WavChunks::promisedBytes() const {
 uint64_t WavChunks::strayBytes(uint64_t end) const {
   constexpr uint64_t kFewBytes = 4096;
   uint64_t at = end + end % 2;
-  for (int i = 0; i < kMostChunks && at + kFewBytes < file_bytes_; ++i) {
+  for (int i = 0; i < kMaxChunks && at + kFewBytes < file_bytes_; ++i) {
     const uint64_t next = endOf({at + kHeadBytes, numberAt(at + 4)});
     if (tagAt(at).empty() || next > file_bytes_ + 1) return file_bytes_ - end;
     at = next;

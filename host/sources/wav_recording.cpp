@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <vector>
 
 #include "host/text/quantity_text.h"
@@ -68,8 +69,9 @@ AuxiChunk parseAuxi(std::span<const std::byte> chunk) {
   return auxi;
 }
 
-WavRecording::WavRecording(const std::filesystem::path& path, const RecordingFacts& told)
-    : Recording(path.filename().string()), file_(path, name()) {
+WavRecording::WavRecording(const RecordingRequest& request)
+    : Recording(std::filesystem::path(request.source).filename().string()),
+      file_(request.source, name()) {
   const SF_INFO& info = file_.info();
   const auto kind = sampleKind(info.format);
   if (!kind) {
@@ -90,7 +92,7 @@ WavRecording::WavRecording(const std::filesystem::path& path, const RecordingFac
   const AuxiChunk auxi = parseAuxi(std::as_bytes(std::span(auxi_bytes)));
   if (auxi.centre_hz) facts.centre_hz = {*auxi.centre_hz, kAuxi};
   if (auxi.start_unix_ms) facts.start_unix_ms = {*auxi.start_unix_ms, kAuxi};
-  facts = firstKnown(told, facts);
+  facts = firstKnown(request.told, facts);
   setFacts(firstKnown(facts, factsOfName(name())));
 }
 

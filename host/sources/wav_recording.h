@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <span>
 #include <string>
 
@@ -26,8 +25,8 @@ AuxiChunk parseAuxi(std::span<const std::byte> chunk);
 /// them, are good.
 class WavRecording final : public Recording {
  public:
-  /// What is `told` stands over the header, the header over the file's name.
-  WavRecording(const std::filesystem::path& path, const RecordingFacts& told);
+  /// What is told stands over the header, the header over the file's name.
+  explicit WavRecording(const RecordingRequest& request);
 
   std::optional<uint64_t> lengthSamples() const override;
   size_t read(std::span<std::complex<float>> block) override;

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <string_view>
+#include <vector>
 
 #include "host/text/display_text.h"
 #include "host/text/quantity_text.h"
@@ -10,25 +12,49 @@
 namespace pelagrim_host {
 namespace {
 
-std::vector<SourceFact> allFacts(const IqSource& source, const StartTime& start) {
-  auto facts = source.facts();
-  if (facts.empty()) {
-    facts = {{"rate", formatSampleRate(source.sampleRateHz()), ""},
-             {"centre", formatFrequency(source.centreHz()), ""}};
+struct Row {
+  std::string what;
+  std::string value;
+  std::string origin;  ///< empty where that goes without saying
+};
+
+/// Rate, centre and what else is known of the whole.
+std::vector<Row> rowsOf(const IqSource& source, const StartTime& start) {
+  const RecordingFacts facts = source.facts().value_or(RecordingFacts{});
+  const auto originOf = [](const auto& known) { return known ? known->origin : ""; };
+  std::vector<Row> rows;
+  if (facts.format) rows.push_back({"format", facts.format->value, facts.format->origin});
+  rows.push_back({"rate", formatSampleRate(source.sampleRateHz()), originOf(facts.rate_hz)});
+  const double centre_hz = facts.centre_hz ? facts.centre_hz->value : source.centreHz();
+  rows.push_back({"centre", formatFrequency(centre_hz), originOf(facts.centre_hz)});
+  if (source.isLive()) return rows;
+  // Of what is played, which may begin later than the recording; it was taken from the same place.
+  rows.push_back({"start", formatMoment(start.unix_ms),
+                  facts.start_unix_ms ? facts.start_unix_ms->origin : start.origin});
+  if (const auto samples = source.lengthSamples()) {
+    const double seconds = static_cast<double>(*samples) / source.sampleRateHz();
+    rows.push_back({"length", fmt::format("{:.3f} s, {} samples", seconds, *samples), ""});
   }
-  if (source.isLive()) return facts;
-  const auto is_start = [](const SourceFact& fact) { return fact.what == "start"; };
-  const auto known = std::find_if(facts.begin(), facts.end(), is_start);
-  if (known == facts.end()) {
-    facts.push_back({"start", formatMoment(start.unix_ms), start.origin});
-  } else {
-    known->value = formatMoment(start.unix_ms);  // of what is played, which may begin later
-  }
-  return facts;
+  return rows;
 }
 
-std::string originText(const SourceFact& fact) {
-  return fact.origin.empty() ? "" : " from " + fact.origin;
+std::string originText(const Row& row) {
+  return row.origin.empty() ? "" : " from " + row.origin;
+}
+
+std::vector<Row> segmentRows(const std::vector<RecordingSegment>& segments) {
+  constexpr size_t kMaxRows = 20;
+  std::vector<Row> rows;
+  for (size_t i = 0; i < std::min(segments.size(), kMaxRows); ++i) {
+    rows.push_back(
+        {fmt::format("segment {}", i + 1),
+         fmt::format("{}, {} samples", formatFrequency(segments[i].centre_hz), segments[i].samples),
+         ""});
+  }
+  if (segments.size() > kMaxRows) {
+    rows.push_back({"segments", fmt::format("{} in all", segments.size()), ""});
+  }
+  return rows;
 }
 
 }  // namespace
@@ -36,9 +62,8 @@ std::string originText(const SourceFact& fact) {
 std::string sourceLine(const IqSource& source, const StartTime& start) {
   std::string line = "taken as";
   std::string_view separator;
-  for (const SourceFact& fact : allFacts(source, start)) {
-    if (fact.what.starts_with("segment")) continue;
-    line += fmt::format("{} {} {}{}", separator, fact.what, fact.value, originText(fact));
+  for (const Row& row : rowsOf(source, start)) {
+    line += fmt::format("{} {} {}{}", separator, row.what, row.value, originText(row));
     separator = ",";
   }
   return line;
@@ -46,10 +71,15 @@ std::string sourceLine(const IqSource& source, const StartTime& start) {
 
 std::string sourceTable(const IqSource& source, const StartTime& start) {
   std::string table = fmt::format("{:<10}  {}\n", "source", displayText(source.name()));
-  for (const SourceFact& fact : allFacts(source, start)) {
-    const std::string row =
-        fact.origin.empty() ? fact.value : fmt::format("{:<24} {}", fact.value, originText(fact));
-    table += fmt::format("{:<10}  {}\n", fact.what, displayText(row));
+  auto rows = rowsOf(source, start);
+  if (const auto facts = source.facts()) {
+    const auto further = segmentRows(facts->segments);
+    rows.insert(rows.end(), further.begin(), further.end());
+  }
+  for (const Row& row : rows) {
+    const std::string text =
+        row.origin.empty() ? row.value : fmt::format("{:<24} {}", row.value, originText(row));
+    table += fmt::format("{:<10}  {}\n", row.what, displayText(text));
   }
   return table;
 }

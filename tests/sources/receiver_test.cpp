@@ -11,7 +11,7 @@ namespace {
 
 struct LiveReceiver : testing::Test {
   void SetUp() override { script = {}; }
-  ReceiverConfig config{"driver=scripted", 1e6, 200e6, {}, {}, 0.0, {}, 0.001, 0.02, {}};
+  ReceiverConfig config{"driver=scripted", 1e6, 200e6, {}, {}, 0.0, {}, 0.001, 0.02};
   std::vector<std::complex<float>> block = std::vector<std::complex<float>>(64);
 };
 

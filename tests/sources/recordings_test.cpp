@@ -251,7 +251,7 @@ TEST_F(Recordings, RetuneWhereSigmfCapturesDo) {
     return centres;
   };
   EXPECT_EQ(centresOf(*source), "100x8 100x2 200x5 200x2 ");
-  ReplayedSource replayed([this] { return open("x.sigmf-meta"); }, 2, 0.012);
+  ReplayedSource replayed([this] { return open("x.sigmf-meta"); }, 2, 0.012, neverStop);
   EXPECT_EQ(replayed.startUnixMs(), 3600002);
   EXPECT_EQ(centresOf(replayed), "200x8 200x2 ");
   EXPECT_NE(source->damage().value_or("").find("last 1 of its bytes"), std::string::npos);

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pelagrim_host {
+
+/// A value and what it was taken from: "the command line", "the file name".
+template <typename Value>
+struct Known {
+  Value value;
+  std::string origin;
+};
+
+/// A run of samples at one centre.
+struct RecordingSegment {
+  double centre_hz = 0.0;
+  uint64_t samples = 0;
+};
+
+/// What one place says of a recording, the command line, a header or the file's name; or what is
+/// known in the end.
+struct RecordingFacts {
+  std::optional<Known<std::string>> format;
+  std::optional<Known<double>> rate_hz;
+  std::optional<Known<double>> centre_hz;
+  std::optional<Known<int64_t>> start_unix_ms;  ///< of the first sample
+  std::vector<RecordingSegment> segments{};     ///< where there are several
+};
+
+/// `facts`, and `otherwise` for what they leave open.
+RecordingFacts firstKnown(RecordingFacts facts, const RecordingFacts& otherwise);
+
+/// What the file's own name says (parseRecordingName).
+RecordingFacts factsOfName(std::string_view file_name, std::optional<double> told_centre_hz = {});
+
+/// Checks that format, rate and centre are known and could be those of a receiver. Throws UsageError
+/// where the command line has to say them, naming every flag that is missing, else SourceError.
+void requireKnown(const std::string& name, const RecordingFacts& facts);
+
+}  // namespace pelagrim_host
