@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "host/commands/saved_survey_arguments.h"
 #include "host/process/text_output.h"
@@ -16,11 +15,10 @@
 #include "host/report/band_svg.h"
 #include "host/report/report_data.h"
 #include "host/report/report_page.h"
+#include "host/report/report_words.h"
 
 namespace pelagrim_host {
 namespace {
-
-constexpr double kUsualRasterHz = 5000.0;  // the plug-in's, where survey.cfg does not say
 
 struct ReportOptions {
   std::string survey;
@@ -46,90 +44,6 @@ std::optional<ReportOptions> parseReportOptions(int argc, const char* const* arg
   return options;
 }
 
-std::vector<std::pair<std::string, std::string>> readableSettings(const SurveyFiles& survey) {
-  const SurveySettings& settings = survey.settings;
-  std::vector<std::pair<std::string, std::string>> readable;
-  if (settings.threshold_db) {
-    readable.emplace_back("Threshold",
-                          fmt::format("{:.4g} dB over the noise floor", *settings.threshold_db));
-  }
-  if (settings.dwell_seconds) {
-    readable.emplace_back("Dwell", fmt::format("{:.6g} s", *settings.dwell_seconds));
-  }
-  if (settings.raster_hz) {
-    readable.emplace_back("Raster", fmt::format("{:.6g} kHz", *settings.raster_hz / 1e3));
-  }
-  if (settings.start_hz && settings.stop_hz) {
-    readable.emplace_back("Band set", fmt::format("{:.4f} to {:.4f} MHz", *settings.start_hz / 1e6,
-                                                  *settings.stop_hz / 1e6));
-  }
-  if (settings.sweep) readable.emplace_back("Sweep", *settings.sweep ? "yes" : "no");
-  readable.emplace_back("File", survey.results_path.string());
-  return readable;
-}
-
-std::string countOfChannels(size_t count) {
-  return fmt::format("{} channel{}", count, count == 1 ? "" : "s");
-}
-
-/// What the reader of a comparison should know: what it could not tell, and why it may mislead.
-std::vector<std::string> comparisonRemarks(const Comparison& comparison, const SurveyFiles& survey,
-                                           const SurveyFiles& old) {
-  std::vector<std::string> remarks;
-  const std::string path = old.results_path.string();
-  if (comparison.is_continued) {
-    remarks.push_back(fmt::format(
-        "{} is an earlier state of this survey: more or less often is by the looks since, and a "
-        "channel that is no longer seen is not gone but seen less often",
-        path));
-  }
-  if (comparison.unlooked_for_now > 0) {
-    remarks.push_back(fmt::format("{}: left out {} outside the band of the newer survey", path,
-                                  countOfChannels(comparison.unlooked_for_now)));
-  }
-  if (comparison.unlooked_for_before > 0) {
-    remarks.push_back(fmt::format("{}: {} outside its band cannot be called new", path,
-                                  countOfChannels(comparison.unlooked_for_before)));
-  }
-  const auto differ = [](const std::optional<double>& one, const std::optional<double>& other) {
-    return one && other && *one != *other;
-  };
-  const SurveySettings& now = survey.settings;
-  const SurveySettings& before = old.settings;
-  if (differ(now.dwell_seconds, before.dwell_seconds) ||
-      differ(now.threshold_db, before.threshold_db)) {
-    remarks.push_back(fmt::format(
-        "{} had dwells of {:.6g} s and a threshold of {:.4g} dB, this survey {:.6g} s and {:.4g} "
-        "dB: that alone changes what is found, and how often",
-        path, *before.dwell_seconds, *before.threshold_db, *now.dwell_seconds, *now.threshold_db));
-  }
-  return remarks;
-}
-
-ReportData gather(const ReportOptions& options, const SurveyFiles& survey) {
-  ReportData report;
-  report.band_plan = survey.band_plan;
-  report.settings = readableSettings(survey);
-  report.remarks = surveyRemarks(survey);
-  report.is_compared = !options.old_results.empty();
-  if (report.is_compared) {
-    const SurveyFiles old = readSurveyFiles(options.old_results);
-    const double raster_hz = survey.settings.raster_hz.value_or(kUsualRasterHz);
-    Comparison comparison = compareSurveys(survey.rows.channels, old.rows.channels, raster_hz);
-    forgetUnlookedFor(comparison, survey.settings, old.settings);
-    report.settings.emplace_back("Compared with", old.results_path.string());
-    for (std::string& remark : surveyRemarks(old)) report.remarks.push_back(std::move(remark));
-    for (std::string& remark : comparisonRemarks(comparison, survey, old)) {
-      report.remarks.push_back(std::move(remark));
-    }
-    report.channels = std::move(comparison.channels);
-  } else {
-    report.channels = withoutComparison(survey.rows.channels);
-  }
-  report.layout = layOutBand(report.channels, report.band_plan, survey.settings);
-  return report;
-}
-
 }  // namespace
 
 void runReport(int argc, const char* const* argv) {
@@ -143,13 +57,15 @@ void runReport(int argc, const char* const* argv) {
   }
   const SurveyFiles survey = readSurveyFiles(surveyPlace(options->survey));
   refuseSurveyFiles(options->output, survey);
-  const ReportData report = gather(*options, survey);
+  std::optional<SurveyFiles> old;
+  if (!options->old_results.empty()) old = readSurveyFiles(options->old_results);
+  const ReportData report = makeReport(survey, old ? &*old : nullptr);
   sayRemarks(report.remarks);
   const std::string text = is_page ? reportPage(report) : bandSvg(report);
   writeWhole(output, text);
   const size_t channels = survey.rows.channels.size();  // without those that have gone
-  TextOutput(stdout).write(fmt::format("{}: {} channel{}, {} kB\n", output.string(), channels,
-                                       channels == 1 ? "" : "s", (text.size() + 999) / 1000));
+  TextOutput(stdout).write(fmt::format("{}: {}, {} kB\n", output.string(), channelCount(channels),
+                                       (text.size() + 999) / 1000));
 }
 
 }  // namespace pelagrim_host

@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <numeric>
+#include <utility>
 
 namespace pelagrim_host {
 namespace {
 
-constexpr double kLeastSpanHz = 20e3;
+constexpr double kMinSpanHz = 20e3;
 constexpr double kMargin = 0.01;  // of the span, on either side
 constexpr double kLevelStepsDb[] = {10.0, 20.0, 50.0, 100.0, 200.0, 500.0};
-constexpr double kMostLevelLines = 7.0;
+constexpr double kMaxLevelLines = 7.0;
+constexpr int64_t kShortSurveyMs = 10'000;
 
 FrequencyRange extent(const SurveyedChannel& channel) {
   const double half_hz = 0.5 * std::max(channel.width_hz, 0.0);
@@ -89,6 +92,41 @@ std::vector<PlanStretch> planStrip(const std::vector<BandRange>& band_plan,
   return strip;
 }
 
+/// The scale of levels, up to at least `top_db`.
+void layOutLevels(BandLayout& layout, double top_db) {
+  const auto* const step =
+      std::find_if(std::begin(kLevelStepsDb), std::end(kLevelStepsDb) - 1,
+                   [&](double step_db) { return top_db <= kMaxLevelLines * step_db; });
+  const double steps = std::ceil(top_db / *step);
+  layout.top_db = *step * steps;
+  const PictureMeasures& at = layout.measures;
+  for (int line = 0; line <= static_cast<int>(steps); ++line) {
+    const double part = line / steps;
+    layout.level_lines.push_back(
+        {at.level_bottom - part * (at.level_bottom - at.level_top), line * *step});
+  }
+}
+
+/// The scale of times, and room for as much of it as there is.
+void layOutTimes(BandLayout& layout) {
+  PictureMeasures& at = layout.measures;
+  const auto& [first_ms, last_ms] = std::pair(layout.first_unix_ms, layout.last_unix_ms);
+  layout.shows_milliseconds = last_ms - first_ms < kShortSurveyMs;
+  if (first_ms == 0) {
+    at.time_bottom = at.time_top;
+    at.height = at.time_top - at.label_height;
+  } else if (first_ms == last_ms) {
+    // A recording shorter than a dwell has one moment, which needs no room to spread in.
+    at.time_bottom = at.time_top + at.label_height;
+    at.height = at.time_bottom + at.label_height;
+    layout.time_lines = {{at.time_top, first_ms}};
+  } else {
+    layout.time_lines = {{at.time_top, first_ms},
+                         {0.5 * (at.time_top + at.time_bottom), std::midpoint(first_ms, last_ms)},
+                         {at.time_bottom, last_ms}};
+  }
+}
+
 }  // namespace
 
 const std::vector<std::string>& activityShades() {
@@ -109,48 +147,41 @@ BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
   layout.band = bandOf(channels, settings);
   layout.span = layout.band;
   double top_db = 20.0;
-  for (const auto& [channel, change, old_hits, old_looks] : channels) {
+  for (const ReportedChannel& reported : channels) {
+    const SurveyedChannel& channel = reported.channel;
     widen(layout.span, extent(channel));
     top_db = std::max(top_db, overFloorDb(channel));
     // What is gone was seen by another survey at another time.
-    if (!hasTimes(channel) || change == Change::kGone) continue;
+    if (!hasTimes(channel) || reported.change == Change::kGone) continue;
     const bool is_first = layout.first_unix_ms == 0;
     layout.first_unix_ms =
         is_first ? channel.first_unix_ms : std::min(layout.first_unix_ms, channel.first_unix_ms);
     layout.last_unix_ms = std::max(layout.last_unix_ms, channel.last_unix_ms);
   }
-  const auto* const step =
-      std::find_if(std::begin(kLevelStepsDb), std::end(kLevelStepsDb) - 1,
-                   [&](double step_db) { return top_db <= kMostLevelLines * step_db; });
-  layout.level_step_db = *step;
-  layout.top_db = layout.level_step_db * std::ceil(top_db / layout.level_step_db);
   const double width_hz = layout.span.high_hz - layout.span.low_hz;
-  const double margin_hz = std::max(kMargin * width_hz, 0.5 * (kLeastSpanHz - width_hz));
+  const double margin_hz = std::max(kMargin * width_hz, 0.5 * (kMinSpanHz - width_hz));
   layout.span.low_hz = std::max(layout.span.low_hz - margin_hz, 0.0);
   layout.span.high_hz += margin_hz;
   layout.strip = planStrip(band_plan, layout.span);
 
-  PictureMeasures& at = layout.measures;
-  // A recording shorter than a dwell has one moment, which needs no room to spread in.
-  if (layout.first_unix_ms == layout.last_unix_ms) {
-    const bool has_times = layout.first_unix_ms > 0;
-    at.time_bottom = at.time_top + (has_times ? at.label_height : 0.0);
-    at.height = has_times ? at.time_bottom + at.label_height : at.time_top - at.label_height;
-  }
+  layOutLevels(layout, top_db);
+  const PictureMeasures& at = layout.measures;
+  layOutTimes(layout);
   const double time_span =
       static_cast<double>(layout.last_unix_ms) - static_cast<double>(layout.first_unix_ms);
   const auto time_y = [&](int64_t unix_ms) {
     const double since = static_cast<double>(unix_ms) - static_cast<double>(layout.first_unix_ms);
     const double part = time_span > 0.0 ? std::clamp(since / time_span, 0.0, 1.0) : 0.0;
-    return at.time_top + part * (at.time_bottom - at.least_mark - at.time_top);
+    return at.time_top + part * (at.time_bottom - at.min_mark - at.time_top);
   };
-  for (const auto& [channel, change, old_hits, old_looks] : channels) {
+  for (const ReportedChannel& reported : channels) {
+    const SurveyedChannel& channel = reported.channel;
     ChannelMark mark;
     const double height = overFloorDb(channel) / layout.top_db * (at.level_bottom - at.level_top);
-    mark.top = at.level_bottom - std::max(height, at.least_mark);
+    mark.top = at.level_bottom - std::max(height, at.min_mark);
     if (hasTimes(channel) && layout.first_unix_ms > 0) {
       mark.time_begin = time_y(channel.first_unix_ms);
-      mark.time_end = time_y(channel.last_unix_ms) + at.least_mark;
+      mark.time_end = time_y(channel.last_unix_ms) + at.min_mark;
     }
     const double steps = static_cast<double>(activityShades().size() - 1);
     mark.shade = static_cast<size_t>(std::lround(channel.activity() * steps));

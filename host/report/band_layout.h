@@ -5,32 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "host/report/picture_measures.h"
 #include "host/report/survey_change.h"
 #include "host/survey_dir/saved_survey.h"
 #include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
-
-/// The fixed measures of the picture, in pixels from its top left corner. From top to bottom: the
-/// band plan, levels over frequency, the frequency axis, times over frequency.
-struct PictureMeasures {
-  double left = 76.0;  ///< where the frequency axis begins; the scales stand before it
-  double right = 14.0;
-  double strip_top = 2.0;
-  double strip_bottom = 24.0;
-  double level_top = 46.0;  ///< leaves room for the label of the highest mark
-  double level_bottom = 250.0;
-  double time_top = 290.0;
-  double time_bottom = 390.0;
-  double height = 408.0;
-  double least_mark = 4.0;  ///< a mark is at least so wide and so high, its edge included
-  double wide_mark = 24.0;  ///< one that is wider may have labels and other marks upon it
-  /// Of marks between the same two of these the tall are drawn first, so that the short are seen.
-  std::vector<double> width_steps = {wide_mark, 12.0, 6.0, least_mark};
-  double character_width = 6.3;  ///< of the labels, about
-  double label_height = 12.0;
-  double tick_distance = 85.0;  ///< between frequencies on the axis, about
-};
 
 /// A stretch of the strip: the range of the band plan that names what lies in it.
 struct PlanStretch {
@@ -48,16 +28,30 @@ struct ChannelMark {
   size_t shade = 0;  ///< index into activityShades()
 };
 
+/// A line of the scale of levels.
+struct LevelLine {
+  double y;
+  double over_floor_db;
+};
+
+/// A line of the scale of times.
+struct TimeLine {
+  double y;
+  int64_t unix_ms;
+};
+
 /// Everything about the picture that does not depend on how wide it is and what part of the band it
 /// shows: the page, which zooms, and the plain picture are both drawn from it.
 struct BandLayout {
   PictureMeasures measures;
-  FrequencyRange band;         ///< what the title names; 0 to 0 when nothing tells it
-  FrequencyRange span;         ///< the band with every signal whole, and a margin
-  double top_db = 0.0;         ///< the level over the floor at level_top
-  double level_step_db = 0.0;  ///< from line to line of the scale; top_db is a multiple
-  int64_t first_unix_ms = 0;   ///< of this survey, so not of what is gone; both 0 without times
+  FrequencyRange band;        ///< what the title names; 0 to 0 when nothing tells it
+  FrequencyRange span;        ///< the band with every signal whole, and a margin
+  double top_db = 0.0;        ///< the level over the floor at level_top
+  int64_t first_unix_ms = 0;  ///< of this survey, so not of what is gone; both 0 without times
   int64_t last_unix_ms = 0;
+  bool shows_milliseconds = false;  ///< when the seconds of all times would be nearly the same
+  std::vector<LevelLine> level_lines;
+  std::vector<TimeLine> time_lines;
   std::vector<PlanStretch> strip;
   std::vector<ChannelMark> marks;  ///< one for each channel, in their order
 };

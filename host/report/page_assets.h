@@ -4,9 +4,10 @@
 
 namespace pelagrim_host {
 
-/// The files page.html, page.css and page.js as they were when the program was built.
+/// What is in page/, as it was when the program was built; the scripts are one behind the other.
 extern const std::string_view kPageHtml;
 extern const std::string_view kPageCss;
+extern const std::string_view kPictureCss;
 extern const std::string_view kPageJs;
 
 }  // namespace pelagrim_host

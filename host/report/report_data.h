@@ -20,4 +20,8 @@ struct ReportData {
   std::vector<std::string> remarks;
 };
 
+/// The report on a survey; when `old` is not null, compared with that earlier one of the band. The
+/// raster that comparing needs is the plug-in's default where the survey has no settings file.
+ReportData makeReport(const SurveyFiles& survey, const SurveyFiles* old);
+
 }  // namespace pelagrim_host

@@ -17,12 +17,12 @@ struct Pair {
   size_t before;
 };
 
-/// Whether a channel can be one of the other's width, seen anew. Below the raster a width says
-/// little: there it is a few bins.
+/// Whether two channels can be one by their widths. Below the raster, where a channel is a few bins
+/// wide, the width says little.
 bool areOfSimilarWidth(const SurveyedChannel& one, const SurveyedChannel& other, double raster_hz) {
-  constexpr double kMostRatio = 4.0;
+  constexpr double kMaxRatio = 4.0;
   const auto [narrow_hz, wide_hz] = std::minmax({one.width_hz, other.width_hz});
-  return wide_hz <= std::max(raster_hz, kMostRatio * narrow_hz);
+  return wide_hz <= std::max(raster_hz, kMaxRatio * narrow_hz);
 }
 
 std::vector<Pair> pairsWithinReach(const std::vector<SurveyedChannel>& channels,
@@ -60,8 +60,8 @@ std::vector<Pair> pairsWithinReach(const std::vector<SurveyedChannel>& channels,
   return pairs;
 }
 
-/// Whether `now` is `before` after further looks in the same survey, whose counts only grow: first
-/// seen at the same moment, and last seen later when there were further hits, and only then.
+/// Whether `now` is `before` after further looks in the same survey: counts only grow, the first
+/// moment stays, and the last moment moves on if, and only if, there were further hits.
 bool isContinued(const SurveyedChannel& now, const SurveyedChannel& before) {
   const bool was_seen_again = now.hits > before.hits;
   const bool is_later = now.last_unix_ms > before.last_unix_ms;
@@ -123,16 +123,16 @@ Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
   return comparison;
 }
 
-void forgetUnlookedFor(Comparison& comparison, const SurveySettings& now,
-                       const SurveySettings& before) {
-  comparison.unlooked_for_now =
+void dropChangesOutsideBands(Comparison& comparison, const SurveySettings& now,
+                             const SurveySettings& before) {
+  comparison.gone_outside_band =
       std::erase_if(comparison.channels, [&](const ReportedChannel& reported) {
         return reported.change == Change::kGone && isOutsideBand(reported, now);
       });
   for (ReportedChannel& reported : comparison.channels) {
     if (reported.change != Change::kNew || !isOutsideBand(reported, before)) continue;
     reported.change = Change::kNone;
-    ++comparison.unlooked_for_before;
+    ++comparison.new_outside_old_band;
   }
 }
 

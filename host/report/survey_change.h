@@ -27,24 +27,28 @@ struct Comparison {
   std::vector<ReportedChannel> channels;
   /// The earlier survey is an earlier state of the same one, at least in a part of its channels.
   bool is_continued = false;
-  size_t unlooked_for_now = 0;  ///< see forgetUnlookedFor
-  size_t unlooked_for_before = 0;
+  size_t gone_outside_band = 0;  ///< counted by dropChangesOutsideBands, as is the next one
+  size_t new_outside_old_band = 0;
 };
 
-/// `channels` in their order, then those of `old_channels` that are gone. Two are the same channel
-/// when their centres are no further apart than half the wider of their widths, or than the raster,
-/// and neither is more than four times as wide as the other, or both are narrower than the raster;
-/// of several, those nearest each other, and each only once. A difference in activity counts when it
-/// is more than chance would make of so many looks: a two-proportion z-test at two standard errors
-/// (Fleiss, Levin, Paik: Statistical Methods for Rates and Proportions). Where the survey went on from
-/// the old one, whose counts are in those of now, the looks since are set against the old ones.
+/// `channels` in their order, then those of `old_channels` that are gone.
+///
+/// Two are the same channel when their centres are no further apart than the raster or half the
+/// wider of their widths, and when the wider is no more than four times as wide as the other or both
+/// are narrower than the raster. Where several fit, the nearest pair comes first, and no channel is
+/// paired twice.
+///
+/// A channel is seen more or less often when the difference is more than chance would make of so
+/// many looks: a two-proportion z-test at two standard errors (Fleiss, Levin, Paik: Statistical
+/// Methods for Rates and Proportions). Where the survey is the old one carried on, whose counts are
+/// part of those of now, the looks since then are compared with the old ones.
 Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
                           const std::vector<SurveyedChannel>& old_channels, double raster_hz);
 
-/// Takes away what is gone from outside the band that was surveyed now, and does not call new what
-/// lies outside the band of the earlier survey: nobody looked for it there. Counts both. Settings
-/// bind a survey to their band only while it sweeps.
-void forgetUnlookedFor(Comparison& comparison, const SurveySettings& now,
-                       const SurveySettings& before);
+/// Only where both surveys looked can a channel be new or gone: takes out those that are gone but
+/// lie outside the band of now, and leaves unmarked those that are new but lie outside the band of
+/// the earlier survey. A survey that does not sweep has no band.
+void dropChangesOutsideBands(Comparison& comparison, const SurveySettings& now,
+                             const SurveySettings& before);
 
 }  // namespace pelagrim_host

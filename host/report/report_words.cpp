@@ -1,0 +1,101 @@
+#include "host/report/report_words.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace pelagrim_host {
+namespace {
+
+size_t knownChannels(const ReportData& report) {
+  const auto is_known = [](const ReportedChannel& one) { return one.change != Change::kGone; };
+  const auto& channels = report.channels;
+  return static_cast<size_t>(std::count_if(channels.begin(), channels.end(), is_known));
+}
+
+}  // namespace
+
+const std::vector<ChangeWords>& changeWords() {
+  static const std::vector<ChangeWords> kWords = {{"", "", ""},
+                                                  {"new", "+", "new"},
+                                                  {"gone", "\u00d7", "gone"},
+                                                  {"more often", "\u25b2", ""},
+                                                  {"less often", "\u25bc", ""}};
+  return kWords;
+}
+
+const ChangeWords& wordsOf(Change change) {
+  return changeWords()[static_cast<size_t>(change)];
+}
+
+std::string changeLegend() {
+  const ChangeWords& fresh = wordsOf(Change::kNew);
+  const ChangeWords& gone = wordsOf(Change::kGone);
+  return fmt::format("{} thick outline: {}, {} dashed: {}, {} {} seen more or less often",
+                     fresh.symbol, fresh.name, gone.symbol, gone.name,
+                     wordsOf(Change::kMoreOften).symbol, wordsOf(Change::kLessOften).symbol);
+}
+
+const std::vector<ColumnWords>& columnWords() {
+  static const std::vector<ColumnWords> kWords = {{"centre_hz", "Frequency", kFrequencyUnitWords},
+                                                  {"change", "Change", "hits/looks before"},
+                                                  {"width_hz", "Width", "kHz"},
+                                                  {"kind", "Kind", "by width"},
+                                                  {"over_db", "Over floor", "relative dB"},
+                                                  {"peak_db", "Peak", "relative dB"},
+                                                  {"activity", "Seen", "of looks"},
+                                                  {"first_unix_ms", "First seen", "{zone}"},
+                                                  {"last_unix_ms", "Last seen", "{zone}"},
+                                                  {"band", "Band", "band plan"}};
+  return kWords;
+}
+
+const std::vector<ScriptWords>& scriptWords() {
+  static const std::vector<ScriptWords> kWords = {
+      {"level_scale", kLevelScaleWords},
+      {"frequency_unit", kFrequencyUnitWords},
+      {"band_plan", kBandPlanWords},
+      {"never_seen", kNeverSeenWords},
+      {"always_seen", kAlwaysSeenWords},
+      {"missing", "\u2013"},
+      {"local_time", kLocalTimeWords},
+      {"range_shown", "{low}\u2013{high} MHz"},
+      {"channel",
+       "{centre} MHz, {kind}, {width} kHz wide, {over} dB over floor, seen in {hits} of "
+       "{looks} looks"},
+      {"width_range", "from {min} to {max} kHz"},
+      {"counts_before", "was {hits}/{looks}"},
+      {"no_band", "not in the band plan"},
+      {"no_change", "as before"},
+      {"count_shown", "{shown} of {all}"},
+      {"only_kind", "kind {name}"},
+      {"only_band", "band {name}"},
+      {"only_change", "change: {name}"},
+      {"only_activity", "seen in at least {percent} % of looks"},
+      {"only_range", "from {low} to {high} MHz"}};
+  return kWords;
+}
+
+std::string channelCount(size_t count) {
+  return fmt::format("{} channel{}", count, count == 1 ? "" : "s");
+}
+
+std::string titleOf(const ReportData& report) {
+  const FrequencyRange& band = report.layout.band;
+  const std::string range = band.high_hz > 0.0 ? fmt::format("{:.3f}\u2013{:.3f} MHz, ",
+                                                             band.low_hz / 1e6, band.high_hz / 1e6)
+                                               : "";
+  return range + channelCount(knownChannels(report));
+}
+
+std::string_view timeSpanWords(const ReportData& report) {
+  const BandLayout& layout = report.layout;
+  if (layout.first_unix_ms == 0) {
+    return knownChannels(report) > 0 ? "The survey had no clock, so nothing is known about times."
+                                     : "Nothing was found yet.";
+  }
+  return layout.first_unix_ms == layout.last_unix_ms ? "Seen at {first} ({zone})"
+                                                     : "Seen from {first} to {last} ({zone})";
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/report/report_data.h"
+
+namespace pelagrim_host {
+
+// The words of a report: the picture and the page take them from here, the page's script as data.
+// Words in braces are places that are filled in by name.
+
+inline constexpr std::string_view kLevelScaleWords = "relative dB over floor";
+inline constexpr std::string_view kFrequencyUnitWords = "MHz";
+inline constexpr std::string_view kBandPlanWords = "Band plan";
+inline constexpr std::string_view kLocalTimeWords = "local time";
+inline constexpr std::string_view kNeverSeenWords = "seen in 0 %";  // before the shades
+inline constexpr std::string_view kAlwaysSeenWords = "100 % of looks";
+
+/// How a change is told.
+struct ChangeWords {
+  std::string_view name;
+  std::string_view symbol;      ///< before the frequency; empty when nothing has changed
+  std::string_view mark_style;  ///< of the mark, as picture.css has it; empty: as any other
+};
+
+const ChangeWords& wordsOf(Change change);
+
+/// The same for every change, in their order.
+const std::vector<ChangeWords>& changeWords();
+
+/// What the symbols and outlines of changes mean.
+std::string changeLegend();
+
+/// The head of a column of the table; `column` is its name in the page's data.
+struct ColumnWords {
+  std::string_view column;
+  std::string_view title;
+  std::string_view unit;
+};
+
+const std::vector<ColumnWords>& columnWords();
+
+/// Whatever else the page's script says, under the names that it asks for.
+struct ScriptWords {
+  std::string_view name;
+  std::string_view words;
+};
+
+const std::vector<ScriptWords>& scriptWords();
+
+/// "1 channel", "2 channels".
+std::string channelCount(size_t count);
+
+/// The band and how many channels this survey knows, without those that are gone.
+std::string titleOf(const ReportData& report);
+
+/// When the channels were seen: words with the places {first}, {last} and {zone}, or why there is
+/// no such time.
+std::string_view timeSpanWords(const ReportData& report);
+
+}  // namespace pelagrim_host
