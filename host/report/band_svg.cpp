@@ -158,8 +158,8 @@ class Drawing {
     for (const MarkBox& box : markBoxes(band_)) {
       const std::string_view changed = wordsOf(report_.channels[box.channel].change).mark_style;
       const std::string& shade = activityShades()[report_.layout.marks[box.channel].shade];
-      add(R"(<rect class="mark{}{}{}" x="{:.1f}" y="{:.1f}" width="{:.1f}" height="{:.1f}" fill="{}" )"
-          R"(stroke="{}"/>)",
+      add(R"(<rect class="mark{}{}{}" x="{:.1f}" y="{:.1f}" width="{:.1f}" height="{:.1f}" )"
+          R"(fill="{}" stroke="{}"/>)",
           box.is_edged ? " edged" : "", changed.empty() ? "" : " ", changed, box.left, box.top,
           box.width, box.height, shade, shade);
     }

@@ -34,9 +34,9 @@ struct Comparison {
 /// `channels` in their order, then those of `old_channels` that are gone.
 ///
 /// Two are the same channel when their centres are no further apart than the raster or half the
-/// wider of their widths, and when the wider is no more than four times as wide as the other or both
-/// are narrower than the raster. Where several fit, the nearest pair comes first, and no channel is
-/// paired twice.
+/// wider of their widths, and when the wider is no more than four times as wide as the other or
+/// both are narrower than the raster. Where several fit, the nearest pair comes first, and no
+/// channel is paired twice.
 ///
 /// A channel is seen more or less often when the difference is more than chance would make of so
 /// many looks: a two-proportion z-test at two standard errors (Fleiss, Levin, Paik: Statistical

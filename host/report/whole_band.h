@@ -61,10 +61,10 @@ struct MarkBox {
   bool is_edged;  ///< with a white edge
 };
 
-/// Every channel over level and, where its times are known, over time. The wide come first, of equal
-/// width the tall, and of equal height what was seen often, so that what lies upon them is drawn
-/// upon them and never behind. A white edge parts marks from what they lie upon; a crowd, where it
-/// would be all one saw, has it on wide marks alone.
+/// Every channel over level and, where its times are known, over time. The wide come first, of
+/// equal width the tall, and of equal height what was seen often, so that what lies upon them is
+/// drawn upon them and never behind. A white edge parts marks from what they lie upon; a crowd,
+/// where it would be all one saw, has it on wide marks alone.
 std::vector<MarkBox> markBoxes(const WholeBand& band);
 
 /// Words over a mark, centred on x.
