@@ -8,7 +8,10 @@ add_executable(host_test
   session/session_test.cpp
   simulation/simulated_band_test.cpp
   sources/offset_tuned_source_test.cpp
-  sources/recordings_test.cpp
+  sources/raw_recording_test.cpp
+  sources/recording_name_test.cpp
+  sources/sigmf_recording_test.cpp
+  sources/wav_recording_test.cpp
   text/text_test.cpp
   view/view_test.cpp)
 if(PELAGRIM_SOAPY)

@@ -17,8 +17,11 @@ struct Spike : IqSource {
     std::fill(block.begin(), block.end(), 1.0F);
     return block.size();
   }
-  WendleTuneResult tune(double to_hz) override { return hz = to_hz, kTuneAccepted; }
-  double hz = 100e6;
+  WendleTuneResult tune(double to_hz) override {
+    if (to_hz > limit_hz) return kTuneOutOfRange;
+    return hz = to_hz, kTuneAccepted;
+  }
+  double hz = 100e6, limit_hz = 200e6;
 };
 
 TEST(OffsetTunedSource, MovesTheSpikeByExactlyTheOffsetHoweverLongItRuns) {
@@ -37,6 +40,9 @@ TEST(OffsetTunedSource, MovesTheSpikeByExactlyTheOffsetHoweverLongItRuns) {
     }
   }
   EXPECT_THROW(OffsetTunedSource(std::make_unique<Spike>(), 500e3), SourceError);
+  auto at_its_limit = std::make_unique<Spike>();
+  at_its_limit->limit_hz = at_its_limit->hz;
+  EXPECT_THROW(OffsetTunedSource(std::move(at_its_limit), 25e3), SourceError);
 }
 
 }  // namespace

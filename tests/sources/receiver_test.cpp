@@ -69,6 +69,10 @@ TEST_F(LiveReceiver, OutlivesOverflowsAndErrorsButNotTheDevicesEnd) {
   script.codes = {SOAPY_SDR_OVERFLOW, SOAPY_SDR_TIMEOUT, SOAPY_SDR_CORRUPTION, SOAPY_SDR_OVERFLOW};
   EXPECT_EQ(receiver->read(block), 64U);
   EXPECT_EQ(receiver->overflows(), 2U);
+  script.flags = SOAPY_SDR_END_ABRUPT;
+  EXPECT_EQ(receiver->read(block), 64U);
+  EXPECT_EQ(receiver->overflows(), 3U);
+  script.flags = 0;
   script.overflows = true;
   EXPECT_EQ(receiver->tune(300e6), kTuneAccepted);
   EXPECT_NE(failureOf([&] { receiver->settle(); }).find("(OVERFLOW)"), std::string::npos);
@@ -80,7 +84,7 @@ TEST_F(LiveReceiver, OutlivesOverflowsAndErrorsButNotTheDevicesEnd) {
   script.throws = true;
   EXPECT_NE(failureOf([&] { receiver->read(block); }).find("usb gone"), std::string::npos);
   receiver.reset();
-  EXPECT_EQ(script.calls, "dc closed");
+  EXPECT_EQ(script.calls, "dc off closed");
   script = {};
   script.unplugged = true;
   EXPECT_NE(failureOf([&] { openReceiver(config); }).find("cannot start the stream"),
@@ -93,14 +97,26 @@ TEST_F(LiveReceiver, OutlivesOverflowsAndErrorsButNotTheDevicesEnd) {
 
 TEST_F(LiveReceiver, SetsWhatIsAskedForAndNamesTheDevicesRangesOtherwise) {
   config.antenna = "HF";
-  for (const auto& [gain, calls] : {std::pair("auto", "HF auto dc closed"),
-                                    {"32.8", "HF manual 32 dc closed"},
-                                    {"LNA=20,IF=8", "HF manual LNA20 IF8 dc closed"}}) {
+  for (const auto& [gain, calls] : {std::pair("auto", "HF auto dc off closed"),
+                                    {"32.8", "HF manual 32 dc off closed"},
+                                    {"LNA=20,IF=8", "HF manual LNA20 IF8 dc off closed"}}) {
     script = {};
     config.gain = parseGain(gain);
     openReceiver(config);
     EXPECT_EQ(script.calls, calls);
   }
+  script = {};
+  script.has_filter = true;
+  script.rate_hz = 999'999.0;
+  config.gain.reset();
+  config.bandwidth_hz = 500e3;
+  EXPECT_EQ(openReceiver(config)->sampleRateHz(), 999'999.0);
+  EXPECT_EQ(script.calls, "HF 500000 dc off closed");
+  config.bandwidth_hz = 9e6;
+  EXPECT_NE(failureOf([&] { openReceiver(config); }).find("0.200 MHz to 8.000 MHz"),
+            std::string::npos);
+  script.has_filter = false;
+  config.bandwidth_hz.reset();
   for (const char* text : {"", "loud", "3k", "LNA", "=3", "LNA=3,", "LNA=x"}) {
     EXPECT_FALSE(parseGain(text)) << text;
   }

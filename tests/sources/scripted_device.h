@@ -19,8 +19,11 @@ struct Script {
   std::deque<int> codes;                   // that readStream returns before samples come again
   bool unplugged = false, throws = false;  // readStream times out for ever; everything throws
   bool overflows = false;                  // readStream reports nothing else
-  double step_hz = 1.0;                    // of the synthesiser
-  bool takes_ppm = false;                  // whole ones
+  int flags = 0;                           // that readStream sets
+  double rate_hz = 0.0;                    // that the device has, whatever was asked; 0: not said
+  bool has_filter = false;
+  double step_hz = 1.0;    // of the synthesiser
+  bool takes_ppm = false;  // whole ones
   double sent_hz = 0.0;
   size_t waiting = 0, stale = 0;  // samples there at once; those from the old centre
   size_t delivered = 0;           // since the last tune
@@ -45,13 +48,15 @@ class ScriptedDevice : public SoapySDR::Device {
     return script.unplugged ? SOAPY_SDR_STREAM_ERROR : 0;
   }
   int deactivateStream(SoapySDR::Stream*, int, long long) override {
+    script.calls += "off ";
     return script.throws ? throw std::runtime_error("usb gone") : 0;
   }
   void closeStream(SoapySDR::Stream*) override { script.calls += "closed"; }
   size_t getStreamMTU(SoapySDR::Stream*) const override { return 100; }
-  int readStream(SoapySDR::Stream*, void* const* buffers, size_t count, int&, long long&,
+  int readStream(SoapySDR::Stream*, void* const* buffers, size_t count, int& flags, long long&,
                  long timeout_us) override {
     if (script.throws) throw std::runtime_error("usb gone");
+    flags = script.flags;
     if (!script.codes.empty()) {
       const int code = script.codes.front();
       return script.codes.pop_front(), code;
@@ -94,6 +99,13 @@ class ScriptedDevice : public SoapySDR::Device {
   double getFrequency(int, size_t) const override { return hz_; }
   Ranges getFrequencyRange(int, size_t) const override { return {{24e6, 400e6}, {500e6, 1700e6}}; }
   Ranges getSampleRateRange(int, size_t) const override { return {{225e3, 300e3}, {1e6, 1e6}}; }
+  double getSampleRate(int, size_t) const override { return script.rate_hz; }
+  Ranges getBandwidthRange(int, size_t) const override {
+    return script.has_filter ? Ranges{{200e3, 8e6}} : Ranges{};
+  }
+  void setBandwidth(int, size_t, double hz) override {
+    script.calls += std::to_string(static_cast<int>(hz)) + " ";
+  }
   double hz_ = 100e6, old_hz_ = 0.0, ppm_ = 0.0;
 };
 
