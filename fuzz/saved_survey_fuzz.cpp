@@ -3,7 +3,7 @@
 
 #include "files/labels_file.h"
 #include "host/survey_dir/saved_survey.h"
-#include "host/survey_dir/survey_settings_file.h"
+#include "host/survey_dir/survey_settings.h"
 #include "host/text/display_text.h"
 #include "input_file.h"
 
@@ -32,9 +32,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FUZZ_EXPECT(displayText(displayText(range.name)) == displayText(range.name));
     FUZZ_EXPECT(markupText(displayText(range.name)).find_first_of("<>\"") == std::string::npos);
   }
-  parseSurveySettings(text);
-  const std::string set = withSettings(text, {{"start", "123"}, {"sweep", "no"}});
-  FUZZ_EXPECT(findNumber(set, "start") == 123.0 && !asksToSweep(set));
-  FUZZ_EXPECT(withSettings(set, {{"start", "123"}, {"sweep", "no"}}) == set);
+  const SurveySettings changes{.start_hz = 123.0, .sweep = false};
+  const std::string set = withSettings(text, changes);
+  FUZZ_EXPECT(parseSettings(set).start_hz == 123.0 && parseSettings(set).sweep == false);
+  FUZZ_EXPECT(withSettings(set, changes) == set);
   return 0;
 }

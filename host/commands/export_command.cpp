@@ -1,5 +1,3 @@
-#include "host/commands/export_command.h"
-
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -10,11 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "host/commands/argument_checks.h"
+#include "host/commands/commands.h"
 #include "host/commands/saved_survey_arguments.h"
 #include "host/export/export_formats.h"
 #include "host/process/text_output.h"
-#include "host/process/usage_error.h"
-#include "host/process/whole_file.h"
+#include "host/text/counted_text.h"
+#include "host/text/letter_case.h"
 #include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
@@ -31,15 +31,12 @@ std::vector<std::string> kindNames() {
   return {signalKinds().begin(), signalKinds().end()};
 }
 
-/// "NFM" for "NFM?", whatever the case; as it is when there is no such kind.
+/// "NFM?" for "nfm", whatever the case; as it is when there is no such kind.
 std::string kindNamed(const std::string& text) {
-  const auto folded = [](std::string name) {
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return name;
-  };
+  const std::string wanted = lowerCase(text);
   for (const std::string& kind : kindNames()) {
-    if (folded(text) == folded(kind) || folded(text) + "?" == folded(kind)) return kind;
+    const std::string name = lowerCase(kind);
+    if (wanted == name || wanted + "?" == name) return kind;
   }
   return text;
 }
@@ -54,9 +51,10 @@ std::string formatsText() {
 }
 
 /// Reads the command line; nothing when it asked for the help text alone, which is printed.
-std::optional<ExportOptions> parseExportOptions(int argc, const char* const* argv) {
+std::optional<ExportOptions> parseExportOptions(const WordCommand& self, int argc,
+                                                const char* const* argv) {
   ExportOptions options;
-  CLI::App app("Writes the channels of a survey for another program.", "pelagrim-survey export");
+  CLI::App app(self.what, fmt::format("pelagrim-survey {}", self.name));
   addSurveyArgument(app, options.survey);
   std::vector<std::string> names;
   for (const ExportFormat& format : exportFormats()) names.emplace_back(format.name);
@@ -95,10 +93,10 @@ std::optional<ExportOptions> parseExportOptions(int argc, const char* const* arg
 
 }  // namespace
 
-void runExport(int argc, const char* const* argv) {
-  const auto options = parseExportOptions(argc, argv);
+void runExport(const WordCommand& self, int argc, const char* const* argv) {
+  const auto options = parseExportOptions(self, argc, argv);
   if (!options) return;
-  const SurveyFiles survey = readSurveyFiles(surveyPlace(options->survey));
+  const SurveyFiles survey = readSurveyAsked(options->survey);
   sayRemarks(surveyRemarks(survey));
   const auto channels = selectChannels(survey, options->selection);
   const auto format = std::find_if(
@@ -110,12 +108,9 @@ void runExport(int argc, const char* const* argv) {
     return;
   }
   refuseSurveyFiles(options->output, survey);
-  const bool was_kept = keepOldFile(options->output, text);
-  writeWhole(options->output, text);
-  TextOutput(stdout).write(
-      fmt::format("{0}: {1} of {2} channels{3}\n", options->output, channels.size(),
-                  survey.rows.channels.size(),
-                  was_kept ? fmt::format("; what it held is now in {}~", options->output) : ""));
+  writeOutput(options->output, text,
+              fmt::format("{} of {}", channels.size(),
+                          countedText(survey.rows.channels.size(), "channel")));
 }
 
 }  // namespace pelagrim_host

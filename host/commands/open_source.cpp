@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
 #include <utility>
 
 #include "host/process/signals.h"
@@ -16,7 +14,6 @@
 #include "host/sources/open_recording.h"
 #include "host/sources/replayed_source.h"
 #include "host/sources/soapy_receiver.h"
-#include "host/survey_dir/survey_settings_file.h"
 
 namespace pelagrim_host {
 namespace {
@@ -41,7 +38,8 @@ bool isStandardInput(const Options& options) {
   return options.source == "-";
 }
 
-std::unique_ptr<IqSource> openSimulatedBand(const Options& options, const std::string& settings) {
+std::unique_ptr<IqSource> openSimulatedBand(const Options& options,
+                                            const pelagrim::Settings& settings) {
   if (!options.format.empty() || options.plays != 1 || options.offset_seconds != 0.0 ||
       options.verify) {
     throw UsageError("--format, --loop, --offset and --verify are for a recording; name one");
@@ -50,12 +48,10 @@ std::unique_ptr<IqSource> openSimulatedBand(const Options& options, const std::s
 }
 
 /// A live receiver starts where a sweep does, else in the band's middle, unless told otherwise.
-std::unique_ptr<IqSource> openLive(const Options& options, const std::string& settings) {
+std::unique_ptr<IqSource> openLive(const Options& options, const pelagrim::Settings& settings) {
   const double rate_hz = options.sample_rate_hz.value_or(kLiveRateHz);
-  const double start_hz = findNumber(settings, "start").value_or(SimulatedBandConfig{}.low_hz);
-  const double stop_hz = findNumber(settings, "stop").value_or(SimulatedBandConfig{}.high_hz);
-  const double first_centre_hz =
-      asksToSweep(settings) ? start_hz + 0.5 * rate_hz : 0.5 * (start_hz + stop_hz);
+  const double first_centre_hz = settings.sweep ? settings.start_hz + 0.5 * rate_hz
+                                                : 0.5 * (settings.start_hz + settings.stop_hz);
   return openReceiver({.device = options.device,
                        .sample_rate_hz = rate_hz,
                        .centre_hz = options.frequency_hz.value_or(first_centre_hz),
@@ -68,7 +64,7 @@ std::unique_ptr<IqSource> openLive(const Options& options, const std::string& se
                        .stop = stopRequested});
 }
 
-std::unique_ptr<IqSource> openTunable(const Options& options, const std::string& settings,
+std::unique_ptr<IqSource> openTunable(const Options& options, const pelagrim::Settings& settings,
                                       const RemarkSink& remark) {
   auto source =
       options.isSimulated() ? openSimulatedBand(options, settings) : openLive(options, settings);
@@ -83,23 +79,23 @@ std::unique_ptr<IqSource> openTunable(const Options& options, const std::string&
 
 }  // namespace
 
-SimulatedBandConfig simulatedBandConfig(const Options& options, const std::string& settings) {
+SimulatedBandConfig simulatedBandConfig(const Options& options,
+                                        const pelagrim::Settings& settings) {
   SimulatedBandConfig config;
-  const FrequencyRange surveyed = {findNumber(settings, "start").value_or(config.low_hz),
-                                   findNumber(settings, "stop").value_or(config.high_hz)};
+  const FrequencyRange surveyed = {settings.start_hz, settings.stop_hz};
   const FrequencyRange simulated = options.simulated_range.value_or(surveyed);
   config.low_hz = simulated.low_hz;
   config.high_hz = simulated.high_hz;
   config.sample_rate_hz = options.sample_rate_hz.value_or(kSimulatedRateHz);
   config.centre_hz = options.frequency_hz;
-  if (!config.centre_hz && asksToSweep(settings)) {
+  if (!config.centre_hz && settings.sweep) {
     config.centre_hz = simulated.low_hz + 0.5 * config.sample_rate_hz;
   }
   config.seed = options.seed;
   return config;
 }
 
-std::unique_ptr<IqSource> openSource(const Options& options, const std::string& settings,
+std::unique_ptr<IqSource> openSource(const Options& options, const pelagrim::Settings& settings,
                                      const RemarkSink& remark) {
   if (options.source.empty()) return openTunable(options, settings, remark);
   if (options.lo_offset_hz != 0.0) {
@@ -138,18 +134,6 @@ StartTime startTime(const Options& options, const IqSource& source) {
       static_cast<double>(source.lengthSamples().value_or(0)) / source.sampleRateHz();
   const auto length_ms = static_cast<int64_t>(std::min(length_seconds, 1e9) * 1000.0);
   return {file_ms - length_ms + offset_ms, "the age of its file"};
-}
-
-std::filesystem::path liveSurveyDirectory(const char* home) {
-  if (home == nullptr || *home == '\0') return ".";
-  return std::filesystem::path(home) / ".orvane" / "pelagrim";
-}
-
-std::string surveyDirectoryName(const Options& options) {
-  if (!options.device.empty()) return liveSurveyDirectory(std::getenv("HOME")).string();
-  if (options.source.empty()) return "simulated-band.survey";
-  if (isStandardInput(options)) return "standard-input.survey";
-  return std::filesystem::path(options.source).stem().string() + ".survey";
 }
 
 }  // namespace pelagrim_host

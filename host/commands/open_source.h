@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -8,17 +7,18 @@
 #include "host/simulation/simulated_band.h"
 #include "host/sources/iq_source.h"
 #include "host/sources/recording.h"
+#include "survey/settings.h"
 
 namespace pelagrim_host {
 
 /// What the simulated band is, from the command line and the settings that will be in force: it
 /// lies where the survey looks unless it is put elsewhere, and a sweep starts on its first slice.
-SimulatedBandConfig simulatedBandConfig(const Options& options, const std::string& settings);
+SimulatedBandConfig simulatedBandConfig(const Options& options, const pelagrim::Settings& settings);
 
 /// Opens what the command line names. Throws UsageError where the command line has to say more,
 /// SourceError where the source cannot be had. `remark` gets what there is to say of it, before
 /// this returns.
-std::unique_ptr<IqSource> openSource(const Options& options, const std::string& settings,
+std::unique_ptr<IqSource> openSource(const Options& options, const pelagrim::Settings& settings,
                                      const RemarkSink& remark);
 
 struct StartTime {
@@ -29,13 +29,5 @@ struct StartTime {
 /// When the source's first sample is taken to have been received: as the command line says, as the
 /// source knows, as long before the age of a recording's file as it lasts, else now.
 StartTime startTime(const Options& options, const IqSource& source);
-
-/// Where a survey by a live receiver is kept: the directory that the plug-in has by itself, so that
-/// this host and a receiver with a screen go on with the same survey. `home`: HOME, null when
-/// unset.
-std::filesystem::path liveSurveyDirectory(const char* home);
-
-/// The survey directory of a source that was not given one, e.g. "evening.survey" for evening.cu8.
-std::string surveyDirectoryName(const Options& options);
 
 }  // namespace pelagrim_host

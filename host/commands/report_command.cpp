@@ -1,5 +1,3 @@
-#include "host/commands/report_command.h"
-
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
@@ -8,14 +6,14 @@
 #include <optional>
 #include <string>
 
+#include "host/commands/argument_checks.h"
+#include "host/commands/commands.h"
 #include "host/commands/saved_survey_arguments.h"
-#include "host/process/text_output.h"
 #include "host/process/usage_error.h"
-#include "host/process/whole_file.h"
 #include "host/report/band_svg.h"
 #include "host/report/report_data.h"
 #include "host/report/report_page.h"
-#include "host/report/report_words.h"
+#include "host/text/counted_text.h"
 
 namespace pelagrim_host {
 namespace {
@@ -27,10 +25,10 @@ struct ReportOptions {
 };
 
 /// Reads the command line; nothing when it asked for the help text alone, which is printed.
-std::optional<ReportOptions> parseReportOptions(int argc, const char* const* argv) {
+std::optional<ReportOptions> parseReportOptions(const WordCommand& self, int argc,
+                                                const char* const* argv) {
   ReportOptions options;
-  CLI::App app("Draws a survey: a page with a picture of the band and a table of its channels.",
-               "pelagrim-survey report");
+  CLI::App app(self.what, fmt::format("pelagrim-survey {}", self.name));
   addSurveyArgument(app, options.survey);
   app.add_option("-o,--output", options.output,
                  "What to write: NAME.html for the page, NAME.svg for the picture alone")
@@ -46,8 +44,8 @@ std::optional<ReportOptions> parseReportOptions(int argc, const char* const* arg
 
 }  // namespace
 
-void runReport(int argc, const char* const* argv) {
-  const auto options = parseReportOptions(argc, argv);
+void runReport(const WordCommand& self, int argc, const char* const* argv) {
+  const auto options = parseReportOptions(self, argc, argv);
   if (!options) return;
   const std::filesystem::path output = options->output;
   const bool is_page = output.extension() == ".html" || output.extension() == ".htm";
@@ -55,17 +53,17 @@ void runReport(int argc, const char* const* argv) {
     throw UsageError(
         fmt::format("--output {}: give a name that ends in .html or .svg", output.string()));
   }
-  const SurveyFiles survey = readSurveyFiles(surveyPlace(options->survey));
+  const SurveyFiles survey = readSurveyAsked(options->survey);
   refuseSurveyFiles(options->output, survey);
   std::optional<SurveyFiles> old;
   if (!options->old_results.empty()) old = readSurveyFiles(options->old_results);
   const ReportData report = makeReport(survey, old ? &*old : nullptr);
   sayRemarks(report.remarks);
   const std::string text = is_page ? reportPage(report) : bandSvg(report);
-  writeWhole(output, text);
   const size_t channels = survey.rows.channels.size();  // without those that have gone
-  TextOutput(stdout).write(fmt::format("{}: {}, {} kB\n", output.string(), channelCount(channels),
-                                       (text.size() + 999) / 1000));
+  writeOutput(
+      options->output, text,
+      fmt::format("{}, {} kB", countedText(channels, "channel"), (text.size() + 999) / 1000));
 }
 
 }  // namespace pelagrim_host

@@ -7,8 +7,11 @@
 #include <filesystem>
 #include <system_error>
 
+#include "host/commands/argument_checks.h"
 #include "host/process/text_output.h"
 #include "host/process/usage_error.h"
+#include "host/process/whole_file.h"
+#include "host/survey_dir/survey_place.h"
 
 namespace pelagrim_host {
 
@@ -39,6 +42,10 @@ void sayRemarks(const std::vector<std::string>& remarks) {
   }
 }
 
+SurveyFiles readSurveyAsked(const std::string& survey) {
+  return readSurveyFiles(surveyPlace(survey, ownSurveyDirectory()));
+}
+
 void refuseSurveyFiles(const std::string& output, const SurveyFiles& survey) {
   for (const std::filesystem::path& path : pathsOf(survey)) {
     std::error_code error;
@@ -47,6 +54,12 @@ void refuseSurveyFiles(const std::string& output, const SurveyFiles& survey) {
                              std::filesystem::weakly_canonical(path, error);
     if (is_same) throw UsageError(fmt::format("--output {}: that is the survey itself", output));
   }
+}
+
+void writeOutput(const std::string& output, const std::string& text, const std::string& summary) {
+  const bool was_kept = replaceFileKeepingOld(output, text);
+  const std::string kept = was_kept ? fmt::format("; what it held is now in {}~", output) : "";
+  TextOutput(stdout).write(fmt::format("{}: {}{}\n", output, summary, kept));
 }
 
 }  // namespace pelagrim_host

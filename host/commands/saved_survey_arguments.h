@@ -11,13 +11,16 @@ class App;
 
 namespace pelagrim_host {
 
-// The command line and the messages of the subcommands that read a saved survey.
+// What the commands that read a saved survey have in common.
 
-/// Adds the argument SURVEY, which may be left out; see surveyPlace.
+/// Adds the argument SURVEY, which may be left out; see readSurveyAsked.
 void addSurveyArgument(CLI::App& app, std::string& survey);
 
 /// Parses; false when only the help text was asked for, which is printed. Throws UsageError.
 bool parseArguments(CLI::App& app, int argc, const char* const* argv);
+
+/// Reads the survey that the argument names, or else the plug-in's own. Throws std::runtime_error.
+SurveyFiles readSurveyAsked(const std::string& survey);
 
 /// Says each remark on standard error.
 void sayRemarks(const std::vector<std::string>& remarks);
@@ -25,5 +28,9 @@ void sayRemarks(const std::vector<std::string>& remarks);
 /// Throws UsageError when `output` is a file of the survey: what was read, or the results, settings
 /// or band plan of its directory, whether they are there or not.
 void refuseSurveyFiles(const std::string& output, const SurveyFiles& survey);
+
+/// Writes `output`, of which an older state is kept as NAME~, and says so on standard output after
+/// the `summary` of what was written. Throws std::runtime_error.
+void writeOutput(const std::string& output, const std::string& text, const std::string& summary);
 
 }  // namespace pelagrim_host

@@ -3,12 +3,15 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <functional>
 #include <memory>
 #include <system_error>
 
+#include "host/commands/argument_checks.h"
+#include "host/commands/command_table.h"
 #include "host/process/usage_error.h"
 #include "host/sources/sample_format.h"
 
@@ -39,6 +42,13 @@ CLI::Option* addParsed(CLI::App& app, const std::string& name, Parse parse, Targ
   return app.add_option_function<std::string>(name, take, help);
 }
 
+/// Adds the option that asks for a task other than a survey.
+void addTask(CLI::App& app, Task task, Task& asked) {
+  const OptionCommand& command = commandFor(task);
+  app.add_flag_callback(
+      command.option, [task, &asked] { asked = std::max(asked, task); }, command.what);
+}
+
 std::optional<double> parsePositiveHz(std::string_view text) {
   const auto value = parseQuantity(text);
   return value && *value > 0.0 ? value : std::nullopt;
@@ -59,21 +69,22 @@ std::optional<int64_t> parseStart(std::string_view text) {
   return moment && *moment > 0 ? moment : std::nullopt;  // 0 means that there is no time
 }
 
-/// A whole number from `least` to `most`.
+/// A whole number from `min` to `max`.
 template <typename Number>
-std::function<std::optional<Number>(const std::string&)> countBetween(Number least, Number most) {
-  return [least, most](const std::string& text) -> std::optional<Number> {
+std::function<std::optional<Number>(const std::string&)> countBetween(Number min, Number max) {
+  return [min, max](const std::string& text) -> std::optional<Number> {
     Number count = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, count);
-    if (error != std::errc() || stop != end || count < least || count > most) {
+    if (error != std::errc() || stop != end || count < min || count > max) {
       return std::nullopt;
     }
     return count;
   };
 }
 
-void addSourceOptions(CLI::App& app, Options& options) {
+void addSourceOptions(CLI::App& app, CommandLine& line) {
+  Options& options = line.options;
   constexpr const char* kFrequency = "a frequency such as 145.5M";
   constexpr const char* kTime = "a time in seconds such as 2.5";
   constexpr const char* kCount = "a whole number";
@@ -101,8 +112,7 @@ void addSourceOptions(CLI::App& app, Options& options) {
             "Play the recording N times; 0 plays it without end")
       ->type_name("N");
   app.add_flag("--verify", options.verify, "Check a SigMF recording against its checksum first");
-  app.add_flag("--info", options.show_source_info,
-               "Say what the source is, and where that is known from, and end");
+  addTask(app, Task::kInfo, line.task);
   addParsed(app, "--start-time", parseStart, options.start_unix_ms,
             "a time such as 2024-11-16T12:00:00Z, or Unix milliseconds",
             "When the first sample was received: UTC, or Unix milliseconds.\n"
@@ -128,7 +138,8 @@ std::optional<double> parsePpm(std::string_view text) {
 }
 
 /// After the other options of a source, as a receiver rules some of them out.
-void addReceiverOptions(CLI::App& app, Options& options) {
+void addReceiverOptions(CLI::App& app, CommandLine& line) {
+  Options& options = line.options;
   auto* const device =
       app.add_option("--device", options.device,
                      "Survey with a live receiver, e.g. driver=rtlsdr (see --list-devices)")
@@ -138,7 +149,7 @@ void addReceiverOptions(CLI::App& app, Options& options) {
                                 "--start-time", "--simulate", "--seed"}) {
     device->excludes(app.get_option(ruled_out));
   }
-  app.add_flag("--list-devices", options.list_devices, "List the receivers found and end");
+  addTask(app, Task::kListDevices, line.task);
   addParsed(app, "--gain", parseGain, options.gain, "a gain such as 32.8, auto or LNA=20,IF=8",
             "In dB, \"auto\", or by stages such as LNA=20,IF=8; else the\ndriver's own choice")
       ->type_name("GAIN")
@@ -171,7 +182,8 @@ void addReceiverOptions(CLI::App& app, Options& options) {
       ->needs(device);
 }
 
-void addSurveyOptions(CLI::App& app, Options& options) {
+void addSurveyOptions(CLI::App& app, CommandLine& line) {
+  Options& options = line.options;
   app.add_option("--dir", options.survey_dir,
                  "Directory of survey.cfg and survey.csv; else $ORVANE_SURVEY_DIR,\n"
                  "else with --device ~/.orvane/pelagrim, which is also the receiver\n"
@@ -196,8 +208,9 @@ void addSurveyOptions(CLI::App& app, Options& options) {
       ->excludes(fixed);
 }
 
-void addRunOptions(CLI::App& app, Options& options) {
-  constexpr uint32_t kMostBlockSamples = 1 << 24;
+void addRunOptions(CLI::App& app, CommandLine& line) {
+  Options& options = line.options;
+  constexpr uint32_t kMaxBlockSamples = 1 << 24;
   addParsed(app, "--passes", countBetween<uint32_t>(1, UINT32_MAX), options.passes,
             "a whole number from 1 on", "End after N passes over the band")
       ->type_name("N");
@@ -208,7 +221,7 @@ void addRunOptions(CLI::App& app, Options& options) {
       "--no-tune", [&options] { options.may_tune = false; }, "Do not let the plug-in tune");
   app.add_flag("--realtime", options.realtime, "Play no faster than the receiver would")
       ->excludes(app.get_option("--device"));
-  addParsed(app, "--block", countBetween<uint32_t>(1, kMostBlockSamples), options.block_samples,
+  addParsed(app, "--block", countBetween<uint32_t>(1, kMaxBlockSamples), options.block_samples,
             "a whole number from 1 to 16777216",
             "Samples to hand over at once (usually a twentieth of a second)")
       ->type_name("N");
@@ -216,25 +229,24 @@ void addRunOptions(CLI::App& app, Options& options) {
   app.add_flag("--json", options.json, "Say everything as one JSON object a line")->excludes(quiet);
 }
 
-void addProgramOptions(CLI::App& app, Options& options) {
+void addProgramOptions(CLI::App& app, CommandLine& line) {
+  Options& options = line.options;
   app.add_option("--plugin", options.plugin,
                  "Plug-in to load; else pelagrim_plugin.so beside the program or in\n"
                  "lib/pelagrim")
       ->type_name("PATH")
       ->check(notEmpty);
-  app.add_flag("--plugin-info", options.show_plugin_info, "Say what the plug-in is and end");
-  app.add_flag("--list-stations", options.list_stations,
-               "List the stations of the simulated band and end");
+  addTask(app, Task::kPluginInfo, line.task);
+  addTask(app, Task::kListStations, line.task);
   app.set_version_flag("--version", "pelagrim-survey " PELAGRIM_VERSION, "Say the version and end");
   app.set_help_flag("--help,-h", "Print this text and end");
 }
 
 }  // namespace
 
-std::variant<Options, std::string> parseOptions(int argc, const char* const* argv) {
-  Options options;
-  CLI::App app("Surveys a stretch of spectrum: finds the signals in it and keeps a list of them.",
-               "pelagrim-survey");
+std::variant<CommandLine, std::string> parseCommandLine(int argc, const char* const* argv) {
+  CommandLine line;
+  CLI::App app(commandFor(Task::kSurvey).what, "pelagrim-survey");
   const auto formatter = std::make_shared<HelpFormatter>();
   formatter->column_width(24);
   app.formatter(formatter);
@@ -250,9 +262,9 @@ std::variant<Options, std::string> parseOptions(int argc, const char* const* arg
       "then says; the band's limits stay as they were when sweep has become no.\n"
       "Exit status: 0 done, 1 something failed, 2 the command line is wrong.");
   app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-  const auto inGroup = [&](const char* name, void (*add)(CLI::App&, Options&)) {
+  const auto inGroup = [&](const char* name, void (*add)(CLI::App&, CommandLine&)) {
     app.option_defaults()->group(name);
-    add(app, options);
+    add(app, line);
   };
   inGroup("Source", addSourceOptions);
   inGroup("Receiver", addReceiverOptions);
@@ -268,7 +280,7 @@ std::variant<Options, std::string> parseOptions(int argc, const char* const* arg
   } catch (const CLI::ParseError& error) {
     throw UsageError(fmt::format("{}; see pelagrim-survey --help", error.what()));
   }
-  return options;
+  return line;
 }
 
 }  // namespace pelagrim_host

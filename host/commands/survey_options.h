@@ -10,7 +10,7 @@
 
 namespace pelagrim_host {
 
-/// The command line.
+/// The options of a survey and of what is asked about one.
 struct Options {
   // What to listen to.
   std::string source;  ///< a file, "-" for standard input, empty for the simulated band
@@ -20,7 +20,6 @@ struct Options {
   double offset_seconds = 0.0;
   uint64_t plays = 1;   ///< of a recording; 0: without end
   bool verify = false;  ///< compare a recording with its checksum
-  bool show_source_info = false;
   std::optional<int64_t> start_unix_ms;
   std::optional<FrequencyRange> simulated_range;  ///< the simulated band; unset: the band surveyed
   uint64_t seed = 1;
@@ -54,15 +53,20 @@ struct Options {
 
   // The program.
   std::string plugin;  ///< empty: where it usually is
-  bool show_plugin_info = false;
-  bool list_stations = false;
-  bool list_devices = false;
 
   bool isSimulated() const { return source.empty() && device.empty(); }
 };
 
+/// What the options are for. Where several are asked for, the last of these comes first.
+enum class Task { kSurvey, kPluginInfo, kInfo, kListStations, kListDevices };
+
+struct CommandLine {
+  Task task = Task::kSurvey;
+  Options options{};
+};
+
 /// Reads the command line. The text instead when that is all that was asked for (--help,
 /// --version). Throws UsageError.
-std::variant<Options, std::string> parseOptions(int argc, const char* const* argv);
+std::variant<CommandLine, std::string> parseCommandLine(int argc, const char* const* argv);
 
 }  // namespace pelagrim_host

@@ -2,25 +2,25 @@
 
 namespace pelagrim_host {
 
-/// From here on the first SIGINT or SIGTERM asks for an orderly end (stopRequested) and the second
-/// leaves the process at once, with status 128 + the signal's number. SIGHUP asks to rescan, unless
-/// it was ignored. A closed pipe on standard output is an error of the write rather than a signal.
-/// The signals that end interrupt blocking calls. Once, before any other thread exists.
+/// After this the first SIGINT or SIGTERM asks for an orderly end (stopRequested), and the second
+/// ends the process at once, with status 128 + the signal's number. SIGHUP asks for a rescan, unless
+/// it was ignored before. Writing to a closed pipe fails rather than raising a signal. The signals
+/// that end the run interrupt blocking calls. Call it once, before any other thread is started.
 void installSignalHandlers();
 
 /// Whether an orderly end has been asked for. From any thread.
 bool stopRequested();
 
-/// Asks for an orderly end, or to survey afresh, as the signals do. From any thread.
+/// Asks for an orderly end, or for a rescan, as the signals do. From any thread.
 void requestStop();
 void requestRescan();
 
 /// Whether a rescan has been asked for since the last call. A SIGHUP that came because the
-/// terminal has gone asks for an orderly end instead: nobody is left to stop the survey.
+/// terminal was closed asks for an orderly end instead: nobody is left to stop the survey.
 bool takeRescanRequest();
 
-/// `tidy` runs before the process leaves at once: in a signal handler, so it may call no more than
-/// that may. Null: nothing.
+/// `tidy` runs before a second signal ends the process. It runs in the signal handler, so it may
+/// call only async-signal-safe functions. Null: nothing runs.
 void setTidyBeforeExit(void (*tidy)());
 
 }  // namespace pelagrim_host

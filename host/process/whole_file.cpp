@@ -1,60 +1,213 @@
 #include "host/process/whole_file.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
+#include <optional>
+#include <random>
 #include <system_error>
+#include <utility>
 
 namespace pelagrim_host {
 namespace {
 
-[[noreturn]] void fail(const std::filesystem::path& path, const std::string& reason) {
-  throw std::runtime_error(fmt::format("cannot write {}: {}", path.string(), reason));
+namespace fs = std::filesystem;
+
+[[noreturn]] void fail(const char* what, const fs::path& path, int reason) {
+  throw FileError(fmt::format("cannot {} {}: {}", what, path.string(),
+                              std::generic_category().message(reason)));
 }
 
-/// Writes `file_path` for the sake of `path`, which is what the user has named.
-void writeTo(const std::filesystem::path& file_path, const std::filesystem::path& path,
-             const std::string& text) {
-  errno = 0;
-  std::ofstream file(file_path, std::ios::binary);
-  file << text;
-  file.close();
-  if (!file) fail(path, errno == 0 ? "write error" : std::strerror(errno));
+/// An open file. close() tells of a failure, the destructor closes in silence.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() {
+    if (number_ >= 0) ::close(number_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int number() const { return number_; }
+  bool isOpen() const { return number_ >= 0; }
+  bool close() { return ::close(std::exchange(number_, -1)) == 0; }
+
+ private:
+  int number_;
+};
+
+fs::path directoryOf(const fs::path& path) {
+  return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
+/// A link of the proc file system, such as /dev/stdout ends in, leads to an open file itself and
+/// not to a name.
+bool isOpenFileOfProcess(const fs::path& path) {
+  struct statfs system = {};
+  return statfs(directoryOf(path).c_str(), &system) == 0 && system.f_type == PROC_SUPER_MAGIC;
+}
+
+/// Where links lead, even if there is nothing there yet.
+fs::path endOfLinks(const fs::path& path) {
+  constexpr int kMaxLinks = 40;  // the system follows no more
+  fs::path end = path;
+  std::error_code error;
+  for (int i = 0; fs::is_symlink(end, error) && !isOpenFileOfProcess(end); ++i) {
+    if (i == kMaxLinks) fail("write", path, ELOOP);
+    end = end.parent_path() / fs::read_symlink(end, error);
+    if (error) fail("write", path, error.value());
+  }
+  return end;
+}
+
+bool writeAll(int file, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(file, text.data(), text.size());
+    if (written < 0 && errno != EINTR) return false;
+    if (written > 0) text.remove_prefix(static_cast<size_t>(written));
+  }
+  return true;
+}
+
+/// Waits until the disk has it. Not every file system can say so.
+bool flushToDisk(int file) {
+  return fsync(file) == 0 || errno == EINVAL || errno == ENOTSUP;
+}
+
+void writeInPlace(const fs::path& path, std::string_view text) {
+  Descriptor file(open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
+  if (!file.isOpen() || !writeAll(file.number(), text) || !file.close()) fail("write", path, errno);
+}
+
+/// A file of a name that nobody uses, complete and on the disk; gone again unless it is moved.
+class NewFile {
+ public:
+  /// In the directory of `path`. `like`: the file whose mode and owner it gets; none: as usual.
+  NewFile(const fs::path& path, std::string_view text, const struct stat* like) {
+    constexpr int kMaxTries = 100;
+    constexpr mode_t kOwnerOnly = 0600;  // until it has the mode of the old file
+    constexpr mode_t kUsual = 0666;      // the system takes the umask off
+    std::random_device random;
+    int number = -1;
+    for (int i = 0; i < kMaxTries && number < 0; ++i) {
+      path_ = directoryOf(path) / fmt::format(".pelagrim-{:08x}.new", random());
+      number = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                    like == nullptr ? kUsual : kOwnerOnly);
+      if (number < 0 && errno != EEXIST) break;
+    }
+    if (number < 0) fail("write", path, errno);
+    Descriptor file(number);
+    if (!(writeAll(number, text) && takeAfter(number, like) && flushToDisk(number) &&
+          file.close())) {
+      const int reason = errno;
+      unlink(path_.c_str());
+      fail("write", path, reason);
+    }
+  }
+  ~NewFile() {
+    if (!path_.empty()) unlink(path_.c_str());
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+
+  /// Puts it in the place of `path`, which must be in the same directory.
+  void moveTo(const fs::path& path) {
+    if (rename(path_.c_str(), path.c_str()) != 0) fail("replace", path, errno);
+    path_.clear();
+    const Descriptor directory(open(directoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // A directory that may be searched but not read cannot be flushed; the file is there.
+    if (directory.isOpen() && !flushToDisk(directory.number())) fail("write", path, errno);
+  }
+
+ private:
+  static bool takeAfter(int file, const struct stat* like) {
+    if (like == nullptr) return true;
+    // Only an administrator can keep another's file another's; the mode counts for everybody.
+    [[maybe_unused]] const int kept = fchown(file, like->st_uid, like->st_gid);
+    return fchmod(file, like->st_mode & 0777) == 0;
+  }
+
+  fs::path path_;
+};
+
+/// What a file is when it is about to be replaced.
+struct Target {
+  fs::path path;                   ///< behind all links
+  std::optional<struct stat> old;  ///< none: nothing is there
+  bool isFile() const { return !old || (S_ISREG(old->st_mode) && !isOpenFileOfProcess(path)); }
+};
+
+Target targetOf(const fs::path& path) {
+  Target target{endOfLinks(path), std::nullopt};
+  struct stat found = {};
+  if (stat(target.path.c_str(), &found) == 0) {
+    target.old = found;
+  } else if (errno != ENOENT) {
+    fail("write", path, errno);
+  }
+  return target;
+}
+
+void replace(const Target& target, std::string_view text) {
+  NewFile(target.path, text, target.old ? &*target.old : nullptr).moveTo(target.path);
+}
+
+/// Keeps `text` as `path`.
+void keep(const fs::path& path, std::string_view text, const struct stat& like) {
+  struct stat found = {};
+  const bool is_there = lstat(path.c_str(), &found) == 0;
+  const bool is_ours = found.st_uid == geteuid() || found.st_uid == like.st_uid;
+  if (is_there && !(S_ISREG(found.st_mode) && is_ours)) {
+    throw FileError(
+        fmt::format("cannot keep the old file as {}: something else has that name; move it away",
+                    path.string()));
+  }
+  NewFile(path, text, &like).moveTo(path);
 }
 
 }  // namespace
 
-void writeWhole(const std::filesystem::path& path, const std::string& text) {
-  std::error_code error;
-  const auto there = std::filesystem::status(path, error);
-  if (std::filesystem::exists(there) && !std::filesystem::is_regular_file(there)) {
-    writeTo(path, path, text);
-    return;
+std::string readWholeFile(const fs::path& path) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.isOpen()) fail("read", path, errno);
+  std::string text;
+  char piece[1 << 16];
+  for (;;) {
+    const ssize_t count = ::read(file.number(), piece, sizeof piece);
+    if (count == 0) return text;
+    if (count < 0 && errno == EISDIR) {
+      throw FileError(fmt::format("{} is a directory, not a file", path.string()));
+    }
+    if (count < 0 && errno != EINTR) fail("read", path, errno);
+    if (count > 0) text.append(piece, static_cast<size_t>(count));
   }
-  auto fresh_path = path;
-  fresh_path += ".new";
-  writeTo(fresh_path, path, text);
-  std::filesystem::rename(fresh_path, path, error);
-  if (error) fail(path, error.message());
 }
 
-bool keepOldFile(const std::filesystem::path& path, const std::string& text) {
-  std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) return false;
-  std::ifstream file(path, std::ios::binary);
-  const std::string old_text{std::istreambuf_iterator<char>(file),
-                             std::istreambuf_iterator<char>()};
-  if (file && old_text == text) return false;
-  auto kept_path = path;
-  kept_path += "~";
-  std::filesystem::copy_file(path, kept_path, std::filesystem::copy_options::overwrite_existing,
-                             error);
-  if (error) fail(kept_path, error.message());
-  return true;
+void replaceFile(const fs::path& path, std::string_view text) {
+  const Target target = targetOf(path);
+  if (target.isFile()) {
+    replace(target, text);
+  } else {
+    writeInPlace(path, text);
+  }
+}
+
+bool replaceFileKeepingOld(const fs::path& path, std::string_view text) {
+  const Target target = targetOf(path);
+  if (!target.isFile()) {
+    writeInPlace(path, text);
+    return false;
+  }
+  const std::string old_text = target.old ? readWholeFile(target.path) : "";
+  const bool is_kept = target.old && old_text != text;
+  if (is_kept) keep(path.string() + "~", old_text, *target.old);
+  if (!target.old || is_kept) replace(target, text);
+  return is_kept;
 }
 
 }  // namespace pelagrim_host

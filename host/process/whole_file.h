@@ -1,16 +1,30 @@
 #pragma once
 
 #include <filesystem>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace pelagrim_host {
 
-/// Replaces a file in one step, so that a full disk does not take away the last one. What is there
-/// and is no file, as a pipe, is written to. Throws std::runtime_error with the file's name.
-void writeWhole(const std::filesystem::path& path, const std::string& text);
+/// A file that cannot be read or written. The line names it and says why.
+struct FileError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
 
-/// Keeps what a file holds as NAME~ before `text` replaces it. False where there is nothing to
-/// keep: no file, or it holds that very text. Throws as above.
-bool keepOldFile(const std::filesystem::path& path, const std::string& text);
+/// All that a file holds. Reads a pipe to its end. Throws FileError.
+std::string readWholeFile(const std::filesystem::path& path);
+
+/// Replaces what a file holds in one step, or creates it: whatever fails, the file holds either the
+/// old text or the new one, and no other file is left behind. Returns once the text is on the disk.
+/// The file keeps its mode; a link stays a link, and the file that it leads to is replaced. What is
+/// there and is not a regular file, such as a pipe or /dev/stdout, is written to in place. Throws
+/// FileError.
+void replaceFile(const std::filesystem::path& path, std::string_view text);
+
+/// The same, but first what the file held is kept as NAME~, in the place of an older NAME~. Returns
+/// whether there was something to keep: not where there was no file, or one with this very text.
+/// Throws FileError, and changes nothing, where NAME~ is something else than a file of this user.
+bool replaceFileKeepingOld(const std::filesystem::path& path, std::string_view text);
 
 }  // namespace pelagrim_host

@@ -31,11 +31,11 @@ void widen(FrequencyRange& range, const FrequencyRange& other) {
 }
 
 FrequencyRange bandOf(const std::vector<ReportedChannel>& channels,
-                      const SurveySettings& settings) {
-  const bool has_band = settings.start_hz && settings.stop_hz &&
-                        *settings.start_hz < *settings.stop_hz && *settings.start_hz >= 0.0;
+                      const std::optional<pelagrim::Settings>& settings) {
+  const bool has_band =
+      settings && settings->start_hz < settings->stop_hz && settings->start_hz >= 0.0;
   const FrequencyRange asked =
-      has_band ? FrequencyRange{*settings.start_hz, *settings.stop_hz} : FrequencyRange{0.0, 0.0};
+      has_band ? FrequencyRange{settings->start_hz, settings->stop_hz} : FrequencyRange{0.0, 0.0};
   if (channels.empty()) return asked;
   const auto is_in_band = [&](const ReportedChannel& reported) {
     const double centre_hz = reported.channel.centre_hz;
@@ -142,7 +142,8 @@ double overFloorDb(const SurveyedChannel& channel) {
 }
 
 BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
-                      const std::vector<BandRange>& band_plan, const SurveySettings& settings) {
+                      const std::vector<BandRange>& band_plan,
+                      const std::optional<pelagrim::Settings>& settings) {
   BandLayout layout;
   layout.band = bandOf(channels, settings);
   layout.span = layout.band;

@@ -12,23 +12,16 @@ namespace pelagrim_host {
 namespace {
 
 std::vector<std::pair<std::string, std::string>> readableSettings(const SurveyFiles& survey) {
-  const SurveySettings& settings = survey.settings;
   std::vector<std::pair<std::string, std::string>> readable;
-  if (settings.threshold_db) {
+  if (const auto& settings = survey.settings) {
     readable.emplace_back("Threshold",
-                          fmt::format("{:.4g} dB over the noise floor", *settings.threshold_db));
+                          fmt::format("{:.4g} dB over the noise floor", settings->threshold_db));
+    readable.emplace_back("Dwell", fmt::format("{:.6g} s", settings->dwell_seconds));
+    readable.emplace_back("Raster", fmt::format("{:.6g} kHz", settings->raster_hz / 1e3));
+    readable.emplace_back("Band set", fmt::format("{:.4f} to {:.4f} MHz", settings->start_hz / 1e6,
+                                                  settings->stop_hz / 1e6));
+    readable.emplace_back("Sweep", settings->sweep ? "yes" : "no");
   }
-  if (settings.dwell_seconds) {
-    readable.emplace_back("Dwell", fmt::format("{:.6g} s", *settings.dwell_seconds));
-  }
-  if (settings.raster_hz) {
-    readable.emplace_back("Raster", fmt::format("{:.6g} kHz", *settings.raster_hz / 1e3));
-  }
-  if (settings.start_hz && settings.stop_hz) {
-    readable.emplace_back("Band set", fmt::format("{:.4f} to {:.4f} MHz", *settings.start_hz / 1e6,
-                                                  *settings.stop_hz / 1e6));
-  }
-  if (settings.sweep) readable.emplace_back("Sweep", *settings.sweep ? "yes" : "no");
   readable.emplace_back("File", survey.results_path.string());
   return readable;
 }
@@ -52,17 +45,14 @@ std::vector<std::string> comparisonRemarks(const Comparison& comparison, const S
     remarks.push_back(fmt::format("{}: {} outside its band cannot be called new", path,
                                   channelCount(comparison.new_outside_old_band)));
   }
-  const auto differ = [](const std::optional<double>& one, const std::optional<double>& other) {
-    return one && other && *one != *other;
-  };
-  const SurveySettings& now = survey.settings;
-  const SurveySettings& before = old.settings;
-  if (differ(now.dwell_seconds, before.dwell_seconds) ||
-      differ(now.threshold_db, before.threshold_db)) {
+  const auto& now = survey.settings;
+  const auto& before = old.settings;
+  if (now && before &&
+      (now->dwell_seconds != before->dwell_seconds || now->threshold_db != before->threshold_db)) {
     remarks.push_back(fmt::format(
         "{} had dwells of {:.6g} s and a threshold of {:.4g} dB, this survey {:.6g} s and {:.4g} "
         "dB: that alone changes what is found, and how often",
-        path, *before.dwell_seconds, *before.threshold_db, *now.dwell_seconds, *now.threshold_db));
+        path, before->dwell_seconds, before->threshold_db, now->dwell_seconds, now->threshold_db));
   }
   return remarks;
 }
@@ -78,7 +68,7 @@ ReportData makeReport(const SurveyFiles& survey, const SurveyFiles* old) {
   if (old == nullptr) {
     report.channels = withoutComparison(survey.rows.channels);
   } else {
-    const double raster_hz = survey.settings.raster_hz.value_or(pelagrim::Settings{}.raster_hz);
+    const double raster_hz = survey.settings.value_or(pelagrim::Settings{}).raster_hz;
     Comparison comparison = compareSurveys(survey.rows.channels, old->rows.channels, raster_hz);
     dropChangesOutsideBands(comparison, survey.settings, old->settings);
     report.settings.emplace_back("Compared with", old->results_path.string());

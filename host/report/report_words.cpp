@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "host/text/counted_text.h"
+
 namespace pelagrim_host {
 namespace {
 
@@ -77,7 +79,7 @@ const std::vector<ScriptWords>& scriptWords() {
 }
 
 std::string channelCount(size_t count) {
-  return fmt::format("{} channel{}", count, count == 1 ? "" : "s");
+  return countedText(count, "channel");
 }
 
 std::string titleOf(const ReportData& report) {

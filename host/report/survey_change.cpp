@@ -80,10 +80,11 @@ Change changeOf(const SurveyedChannel& now, const SurveyedChannel& before) {
   return difference > 0.0 ? Change::kMoreOften : Change::kLessOften;
 }
 
-bool isOutsideBand(const ReportedChannel& reported, const SurveySettings& settings) {
-  if (!settings.start_hz || !settings.stop_hz || !settings.sweep.value_or(true)) return false;
+bool isOutsideBand(const ReportedChannel& reported,
+                   const std::optional<pelagrim::Settings>& settings) {
+  if (!settings || !settings->sweep) return false;
   const double centre_hz = reported.channel.centre_hz;
-  return centre_hz < *settings.start_hz || centre_hz > *settings.stop_hz;
+  return centre_hz < settings->start_hz || centre_hz > settings->stop_hz;
 }
 
 }  // namespace
@@ -123,8 +124,8 @@ Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
   return comparison;
 }
 
-void dropChangesOutsideBands(Comparison& comparison, const SurveySettings& now,
-                             const SurveySettings& before) {
+void dropChangesOutsideBands(Comparison& comparison, const std::optional<pelagrim::Settings>& now,
+                             const std::optional<pelagrim::Settings>& before) {
   comparison.gone_outside_band =
       std::erase_if(comparison.channels, [&](const ReportedChannel& reported) {
         return reported.change == Change::kGone && isOutsideBand(reported, now);

@@ -48,7 +48,7 @@ Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
 /// Only where both surveys looked can a channel be new or gone: takes out those that are gone but
 /// lie outside the band of now, and leaves unmarked those that are new but lie outside the band of
 /// the earlier survey. A survey that does not sweep has no band.
-void dropChangesOutsideBands(Comparison& comparison, const SurveySettings& now,
-                             const SurveySettings& before);
+void dropChangesOutsideBands(Comparison& comparison, const std::optional<pelagrim::Settings>& now,
+                             const std::optional<pelagrim::Settings>& before);
 
 }  // namespace pelagrim_host

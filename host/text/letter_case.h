@@ -6,7 +6,7 @@
 
 namespace pelagrim_host {
 
-/// `text` with its ASCII letters in lower case; other bytes stay.
+/// `text` with its ASCII letters in lower case; other bytes stay as they are.
 inline std::string lowerCase(std::string text) {
   const auto lower = [](unsigned char c) { return c < 0x80 ? std::tolower(c) : c; };
   std::transform(text.begin(), text.end(), text.begin(), lower);

@@ -14,6 +14,7 @@
 #include "host/report/report_page.h"
 #include "host/report/survey_change.h"
 #include "host/survey_dir/saved_survey.h"
+#include "host/survey_dir/survey_settings.h"
 #include "host/text/display_text.h"
 
 namespace pelagrim_host {
@@ -107,7 +108,7 @@ TEST(BandPlan, EdgesThatAreNoNumberSpoilNothing) {
   const auto plan = parseBandPlan(
       "144.5 nan Never\nnan 144.1 Never\n144.9 inf Up\n-inf 144.2 Down\n144 145 Between\n");
   std::string names;
-  for (const auto& stretch : layOutBand({}, plan, parseSurveySettings("")).strip) {
+  for (const auto& stretch : layOutBand({}, plan, parseSettings("").inForce()).strip) {
     names += plan[stretch.range].name + " ";
   }
   EXPECT_EQ(names, "Down Between Up ");
@@ -154,8 +155,8 @@ TEST(CompareSurveys, TellsOthersFromTheSameAndLooksSinceFromAllLooks) {
 }
 
 TEST(CompareSurveys, CallsNothingNewOrGoneWhereNobodyLookedForIt) {
-  const auto lower = parseSurveySettings("start = 144000000\nstop = 145000000\n");
-  const auto staying = parseSurveySettings("stop = 145000000\nsweep = no\n");
+  const auto lower = parseSettings("start = 144000000\nstop = 145000000\n").inForce();
+  const auto staying = parseSettings("stop = 145000000\nsweep = no\n").inForce();
   const auto here = channelAt(144.5e6, 10e3, 5, 5);
   const auto there = channelAt(145.5e6, 10e3, 5, 5);
   for (const auto& [settings, changes] : {std::pair(lower, 0U), std::pair(staying, 1U)}) {

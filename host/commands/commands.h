@@ -1,0 +1,31 @@
+#pragma once
+
+#include "host/commands/command_table.h"
+#include "host/commands/survey_options.h"
+
+namespace pelagrim_host {
+
+// What the commands do: one file for each. All throw UsageError and std::runtime_error.
+
+/// Surveys a source until it ends or the user stops it.
+void runSurvey(const Options& options);
+
+/// Says what the source is, and where each fact is known from.
+void runInfo(const Options& options);
+
+/// Lists the stations of the simulated band.
+void runListStations(const Options& options);
+
+/// Lists the live receivers.
+void runListDevices(const Options& options);
+
+/// Says what the plug-in is.
+void runPluginInfo(const Options& options);
+
+/// Draws a saved survey.
+void runReport(const WordCommand& self, int argc, const char* const* argv);
+
+/// Writes the channels of a saved survey for another program.
+void runExport(const WordCommand& self, int argc, const char* const* argv);
+
+}  // namespace pelagrim_host

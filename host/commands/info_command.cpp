@@ -1,0 +1,23 @@
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <string>
+
+#include "host/commands/commands.h"
+#include "host/commands/open_source.h"
+#include "host/commands/survey_setup.h"
+#include "host/process/text_output.h"
+#include "host/view/source_text.h"
+
+namespace pelagrim_host {
+
+void runInfo(const Options& options) {
+  TextOutput errors(stderr);
+  const auto source =
+      openSource(options, setUpSurvey(options).inForce(), [&errors](const std::string& line) {
+        errors.write(fmt::format("pelagrim-survey: {}\n", line));
+      });
+  TextOutput(stdout).write(sourceTable(*source, startTime(options, *source)));
+}
+
+}  // namespace pelagrim_host

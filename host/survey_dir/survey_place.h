@@ -1,0 +1,34 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace pelagrim_host {
+
+/// Where the survey is that the user means: `named`, a directory or a file, where it is not empty;
+/// else $ORVANE_SURVEY_DIR, which also moves the plug-in's own survey; else `fallback`.
+std::filesystem::path surveyPlace(const std::filesystem::path& named,
+                                  const std::filesystem::path& fallback);
+
+/// The directory that the plug-in takes where nothing names another: ~/.orvane/pelagrim, or the
+/// working directory where there is no home. It need not exist.
+std::filesystem::path ownSurveyDirectory();
+
+/// Has a plug-in that is loaded from now on keep its files in `directory`.
+void pointPluginTo(const std::filesystem::path& directory);
+
+/// Makes sure that the directory is there and can be written to. Returns whether it was created.
+/// Throws std::runtime_error, naming it.
+bool createSurveyDirectory(const std::filesystem::path& directory);
+
+/// The files of a survey directory: survey.csv, survey.cfg, survey-labels.txt.
+std::filesystem::path resultsPath(const std::filesystem::path& directory);
+std::filesystem::path settingsPath(const std::filesystem::path& directory);
+std::filesystem::path labelsPath(const std::filesystem::path& directory);
+
+/// What one of these files holds, nothing when it is not there. Throws std::runtime_error, naming
+/// it, when it cannot be read, or is a pipe: reading one waits for a writer, and nobody named it.
+std::optional<std::string> readIfThere(const std::filesystem::path& path);
+
+}  // namespace pelagrim_host
