@@ -5,6 +5,7 @@ target_include_directories(fake_plugin PRIVATE ${PROJECT_SOURCE_DIR}/include)
 
 add_executable(host_test
   export/export_test.cpp
+  process/whole_file_test.cpp
   session/session_test.cpp
   simulation/simulated_band_test.cpp
   sources/offset_tuned_source_test.cpp
@@ -12,6 +13,8 @@ add_executable(host_test
   sources/recording_name_test.cpp
   sources/sigmf_recording_test.cpp
   sources/wav_recording_test.cpp
+  survey_dir/saved_survey_test.cpp
+  survey_dir/survey_dir_test.cpp
   text/text_test.cpp
   view/view_test.cpp)
 if(PELAGRIM_SOAPY)

@@ -9,9 +9,6 @@
 namespace pelagrim_host {
 namespace {
 
-// File systems keep times by a coarse clock, so two quick dwells may leave the same one.
-constexpr auto kLongEnough = std::chrono::seconds(1);
-
 std::filesystem::file_time_type writeTime(const std::filesystem::path& path) {
   std::error_code error;
   const auto time = std::filesystem::last_write_time(path, error);
@@ -20,8 +17,9 @@ std::filesystem::file_time_type writeTime(const std::filesystem::path& path) {
 
 }  // namespace
 
-ResultsWatch::ResultsWatch(std::filesystem::path results_path)
+ResultsWatch::ResultsWatch(std::filesystem::path results_path, std::chrono::milliseconds patience)
     : path_(std::move(results_path)),
+      patience_(patience),
       time_before_(writeTime(path_)),
       time_seen_(time_before_),
       seen_(Clock::now()) {}
@@ -30,7 +28,7 @@ std::optional<std::string> ResultsWatch::news() {
   const auto now = Clock::now();
   const auto time = writeTime(path_);
   const bool is_stale = time == time_seen_;
-  if (is_stale && now - seen_ < kLongEnough) return std::nullopt;  // too soon to tell
+  if (is_stale && now - seen_ < patience_) return std::nullopt;
   time_seen_ = time;
   seen_ = now;
   const bool failed_before = std::exchange(fails_, is_stale || !isWhole());

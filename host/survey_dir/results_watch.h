@@ -7,11 +7,14 @@
 
 namespace pelagrim_host {
 
-/// Watches whether the plug-in, which says nothing of it, gets its results written after every
-/// dwell. Made before the run begins.
+/// Watches whether the plug-in gets its results written after every dwell: it does not say when it
+/// fails. Made before the run begins.
 class ResultsWatch {
  public:
-  explicit ResultsWatch(std::filesystem::path results_path);
+  /// File systems keep times by a coarse clock, so two quick dwells may leave the same one: a file
+  /// whose time has not changed counts as not written only after `patience`.
+  explicit ResultsWatch(std::filesystem::path results_path,
+                        std::chrono::milliseconds patience = std::chrono::seconds(1));
 
   /// After a dwell: a line for the user when saving has begun to fail, or works again.
   std::optional<std::string> news();
@@ -28,6 +31,7 @@ class ResultsWatch {
   bool isWhole() const;
 
   std::filesystem::path path_;
+  std::chrono::milliseconds patience_;
   std::filesystem::file_time_type time_before_;
   std::filesystem::file_time_type time_seen_;
   Clock::time_point seen_;

@@ -59,6 +59,47 @@ echo 433000000 > noise.list
 expect 0 "noise.list: 0 of 0 channels; what it held is now in noise.list~" export noise.survey --to list -o noise.list
 check grep -q 433000000 noise.list~
 expect 0 "noise.list: 0 of 0 channels" export --to list -o noise.list --kind nfm,am --kind wfm noise.survey
+
+# Command lines that are wrong are told so, with status 2.
+while IFS='|' read -r text arguments; do
+  expect 2 "$text" $arguments
+done << 'TABLE'
+--to is required|export noise.survey
+--to: pdf not in|export noise.survey --to pdf
+'2' is not a share from 0 to 1|export noise.survey --to csv --min-activity 2
+--kind: fm not in|export noise.survey --to csv --kind fm
+see pelagrim-survey export --help|export noise.survey more --to csv
+see pelagrim-survey report --help|report noise.survey more
+give a name that ends in|report noise.survey -o band
+TABLE
+expect 0 "Usage: pelagrim-survey report" report --help
+expect 0 "Formats for --to:" export --help
+expect 0 "repeater" --info --list-stations
+
+# What a page held is kept beside it, but not in the place of something else.
+expect 0 "band.html: 0 channels" report noise.survey -o band.html
+check [ ! -e band.html~ ]
+echo mine > band.html
+expect 0 "what it held is now in band.html~" report noise.survey -o band.html
+check grep -q mine band.html~
+echo mine > band.html && ln -sf noise.list band.html~
+expect 1 "something else has that name; move it away" report noise.survey -o band.html
+check [ "$(cat band.html noise.list~)" = $'mine\n433000000' ]
+
+# Where the survey is: as named, else by the environment, else by the source or in the home.
+export HOME=$here/home
+expect 1 "there is no survey at $HOME/.orvane/pelagrim;" export --to list
+for place in env home/.orvane/pelagrim; do mkdir -p $place && cp noise.survey/survey.c?? $place; done
+expect 0 "$HOME/.orvane/pelagrim/survey.csv holds no channels" export --to list
+HOME= expect 1 "there is no survey at ./survey.csv" report -o place.html
+for arguments in "export --to list" "report -o place.html"; do
+  ORVANE_SURVEY_DIR=env expect 0 "env/survey.csv holds no channels" $arguments
+  ORVANE_SURVEY_DIR=env expect 0 "noise.survey/survey.csv holds no channels" $arguments noise.survey
+done
+time=(--sample-rate 1M --frequency 433M)
+ORVANE_SURVEY_DIR=env expect 1 "survey directory env" noise.cu8 "${time[@]}"
+ORVANE_SURVEY_DIR=env expect 1 "survey directory noise.survey" noise.cu8 "${time[@]}" --dir noise.survey
+
 truncate -s -1 noise.cu8
 expect 0 "nothing will be kept" noise.cu8 --sample-rate 1M --frequency 433M --sweep --band 1M:2M
 

@@ -1,4 +1,4 @@
-// The host's small readers and writers: quantities, sample formats, the clock, settings.
+// The host's small readers and writers: quantities, sample formats, the clock.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,7 +7,6 @@
 
 #include "host/session/survey_clock.h"
 #include "host/sources/sample_format.h"
-#include "host/survey_dir/survey_settings_file.h"
 #include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
@@ -70,23 +69,6 @@ TEST(SurveyClock, FollowsTheSamplesWithoutDrift) {
   clock.advance(uint64_t{2'400'000} * 3600 * 24 * 365 * 100);
   EXPECT_EQ(clock.nowMs(), int64_t{1001} + int64_t{1000} * 3600 * 24 * 365 * 100);
   EXPECT_NE(SurveyClock(ClockPolicy::sampleClock(0), 1.0).nowMs(), 0);  // 0 would say that there is no time
-}
-
-TEST(SurveySettings, EditsKeepEveryOtherByte) {
-  const std::string text =
-      "# start = 1\r\n start\t= 144000000 Hz  # mine\r\nsweep = yes # not now\n\nstop=1\nstop =2\n"
-      "odd line\nraster_hz = \ndwell_seconds = 20";
-  EXPECT_EQ(findNumber(text, "start"), 144e6);
-  EXPECT_EQ(findNumber(text, "stop"), 2);  // the last line of a key counts
-  EXPECT_FALSE(asksToSweep(text));         // as the n of "not" counts
-  EXPECT_EQ(withSettings(text, {{"start", "430000000"},
-                                {"stop", "440000000"},
-                                {"sweep", "yes"},
-                                {"raster_hz", "12500"},
-                                {"threshold_db", "9"}}),
-            "# start = 1\r\n start\t= 430000000 Hz  # mine\r\nsweep = yes\n\nstop=1\n"
-            "stop =440000000\nodd line\nraster_hz = 12500\ndwell_seconds = 20\nthreshold_db = 9\n");
-  EXPECT_TRUE(asksToSweep(""));
 }
 
 }  // namespace
