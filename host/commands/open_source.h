@@ -7,6 +7,7 @@
 #include "host/simulation/simulated_band.h"
 #include "host/sources/iq_source.h"
 #include "host/sources/recording.h"
+#include "host/sources/start_time.h"
 #include "survey/settings.h"
 
 namespace pelagrim_host {
@@ -20,11 +21,6 @@ SimulatedBandConfig simulatedBandConfig(const Options& options, const pelagrim::
 /// this returns.
 std::unique_ptr<IqSource> openSource(const Options& options, const pelagrim::Settings& settings,
                                      const RemarkSink& remark);
-
-struct StartTime {
-  int64_t unix_ms;
-  std::string origin;
-};
 
 /// When the source's first sample is taken to have been received: as the command line says, as the
 /// source knows, as long before the age of a recording's file as it lasts, else now.

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "host/commands/open_source.h"
 #include "host/sources/iq_source.h"
+#include "host/sources/start_time.h"
 
 namespace pelagrim_host {
 

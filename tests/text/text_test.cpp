@@ -68,7 +68,8 @@ TEST(SurveyClock, FollowsTheSamplesWithoutDrift) {
   EXPECT_EQ(clock.nowMs(), 1001);
   clock.advance(uint64_t{2'400'000} * 3600 * 24 * 365 * 100);
   EXPECT_EQ(clock.nowMs(), int64_t{1001} + int64_t{1000} * 3600 * 24 * 365 * 100);
-  EXPECT_NE(SurveyClock(ClockPolicy::sampleClock(0), 1.0).nowMs(), 0);  // 0 would say that there is no time
+  EXPECT_NE(SurveyClock(ClockPolicy::sampleClock(0), 1.0).nowMs(),
+            0);  // 0 would say that there is no time
 }
 
 }  // namespace

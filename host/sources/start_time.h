@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace pelagrim_host {
+
+/// When a source's first sample was received, as far as anybody knows.
+struct StartTime {
+  int64_t unix_ms;
+  std::string origin;  ///< "the recording", "the age of its file"
+};
+
+}  // namespace pelagrim_host
