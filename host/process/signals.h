@@ -4,8 +4,8 @@ namespace pelagrim_host {
 
 /// After this the first SIGINT or SIGTERM asks for an orderly end (stopRequested), and the second
 /// ends the process at once, with status 128 + the signal's number. SIGHUP asks for a rescan,
-/// unless it was ignored before. Writing to a closed pipe fails rather than raising a signal. The signals
-/// that end the run interrupt blocking calls. Call it once, before any other thread is started.
+/// unless it was ignored before. Writing to a closed pipe fails rather than raising a signal. The
+/// signals that end the run interrupt blocking calls. Call it once, before any other thread starts.
 void installSignalHandlers();
 
 /// Whether an orderly end has been asked for. From any thread.

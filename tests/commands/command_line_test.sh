@@ -53,12 +53,16 @@ expect 1 "noise.cu8 is no survey" report noise.cu8
 expect 2 "ends in .html or .svg" report noise.survey -o band.pdf
 expect 0 "band.html: " report noise.survey -o band.html
 expect 2 "an empty text" report noise.survey --compare ""
-expect 2 "that is the survey itself" export noise.survey --to csv -o noise.survey/../noise.survey/survey.csv
-expect 2 "that is the survey itself" export noise.survey/survey.csv --to csv -o noise.survey/survey.cfg
+expect 2 "that is the survey itself" export noise.survey --to csv -o \
+  noise.survey/../noise.survey/survey.csv
+expect 2 "that is the survey itself" export noise.survey/survey.csv --to csv -o \
+  noise.survey/survey.cfg
 echo 433000000 > noise.list
-expect 0 "noise.list: 0 of 0 channels; what it held is now in noise.list~" export noise.survey --to list -o noise.list
+expect 0 "noise.list: 0 of 0 channels; what it held is now in noise.list~" \
+  export noise.survey --to list -o noise.list
 check grep -q 433000000 noise.list~
-expect 0 "noise.list: 0 of 0 channels" export --to list -o noise.list --kind nfm,am --kind wfm noise.survey
+expect 0 "noise.list: 0 of 0 channels" \
+  export --to list -o noise.list --kind nfm,am --kind wfm noise.survey
 
 # Command lines that are wrong are told so, with status 2.
 while IFS='|' read -r text arguments; do
@@ -98,7 +102,8 @@ for arguments in "export --to list" "report -o place.html"; do
 done
 time=(--sample-rate 1M --frequency 433M)
 ORVANE_SURVEY_DIR=env expect 1 "survey directory env" noise.cu8 "${time[@]}"
-ORVANE_SURVEY_DIR=env expect 1 "survey directory noise.survey" noise.cu8 "${time[@]}" --dir noise.survey
+ORVANE_SURVEY_DIR=env expect 1 "survey directory noise.survey" \
+  noise.cu8 "${time[@]}" --dir noise.survey
 
 truncate -s -1 noise.cu8
 expect 0 "nothing will be kept" noise.cu8 --sample-rate 1M --frequency 433M --sweep --band 1M:2M
