@@ -93,7 +93,9 @@ check [ "$(cat band.html noise.list~)" = $'mine\n433000000' ]
 # Where the survey is: as named, else by the environment, else by the source or in the home.
 export HOME=$here/home
 expect 1 "there is no survey at $HOME/.orvane/pelagrim;" export --to list
-for place in env home/.orvane/pelagrim; do mkdir -p $place && cp noise.survey/survey.c?? $place; done
+for place in env home/.orvane/pelagrim; do
+  mkdir -p $place && cp noise.survey/survey.c?? $place
+done
 expect 0 "$HOME/.orvane/pelagrim/survey.csv holds no channels" export --to list
 HOME= expect 1 "there is no survey at ./survey.csv" report -o place.html
 for arguments in "export --to list" "report -o place.html"; do
@@ -136,7 +138,8 @@ for source in tone.wav tone.sigmf-meta tone.sigmf-data packed.sigmf; do
 done
 
 # Where a recording changes the centre too early for a dwell, shorter ones are taken.
-sed 's/}\],"ann/},{"core:sample_start":8000,"core:frequency":435e6}],"ann/' tone.sigmf-meta > two.sigmf-meta
+sed 's/}\],"ann/},{"core:sample_start":8000,"core:frequency":435e6}],"ann/' \
+  tone.sigmf-meta > two.sigmf-meta
 cp tone.sigmf-data two.sigmf-data
 expect 0 "known after 2 dwells" two.sigmf-meta
 check grep -q "dwell_seconds = 0.008" two.survey/survey.cfg
