@@ -2,10 +2,17 @@
 
 #include "plugin/attempt.h"
 #include "plugin/host_services.h"
+#include "wendle_plugin.h"
 
 namespace pelagrim {
 
 namespace {
+
+// The model has names of its own for what crosses the boundary.
+static_assert(static_cast<int>(TuneAnswer::kAccepted) == kTuneAccepted);
+static_assert(static_cast<int>(TuneAnswer::kNotPermitted) == kTuneNotPermitted);
+static_assert(static_cast<int>(TuneAnswer::kOutOfRange) == kTuneOutOfRange);
+static_assert(static_cast<int>(TuneAnswer::kNoRadio) == kTuneNoRadio);
 
 void tellNews(TuneNews news, const Tuning& tuning, MessageLog& log) {
   switch (news) {
@@ -25,8 +32,8 @@ void tellNews(TuneNews news, const Tuning& tuning, MessageLog& log) {
 void stepSlice(State& state) noexcept {
   if (!state.settings.sweep || state.plan.slices.size() < 2 || !hostTunes()) return;
   attempt([&] {
-    const int result = hostTune(state.plan.advance());
-    tellNews(noteTuneResult(state.tuning, result), state.tuning, state.log);
+    const auto answer = static_cast<TuneAnswer>(hostTune(state.plan.advance()));
+    tellNews(noteTuneAnswer(state.tuning, answer), state.tuning, state.log);
   });
 }
 

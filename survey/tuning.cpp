@@ -4,13 +4,13 @@ namespace pelagrim {
 
 namespace {
 
-const char* refusalReason(int result) {
-  switch (result) {
-    case -1:
+const char* refusalReason(TuneAnswer answer) {
+  switch (answer) {
+    case TuneAnswer::kNotPermitted:
       return "not allowed to tune - tick 'allow tuning' on this plugin's row to sweep";
-    case -2:
+    case TuneAnswer::kOutOfRange:
       return "the band in survey.cfg is outside this radio's range";
-    case -3:
+    case TuneAnswer::kNoRadio:
       return "no radio open";
     default:
       return "the radio refused to tune";
@@ -19,11 +19,11 @@ const char* refusalReason(int result) {
 
 }  // namespace
 
-TuneNews noteTuneResult(Tuning& tuning, int result) {
-  const bool refused = result != 0;
+TuneNews noteTuneAnswer(Tuning& tuning, TuneAnswer answer) {
+  const bool refused = answer != TuneAnswer::kAccepted;
   if (refused == tuning.tune_refused) return TuneNews::kNone;
   if (refused) {
-    tuning.status = refusalReason(result);
+    tuning.status = refusalReason(answer);
   } else {
     tuning.status.clear();
   }

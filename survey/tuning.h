@@ -10,11 +10,15 @@ struct Tuning {
   bool tune_refused = false;  ///< a refusal has been reported and no request has succeeded since
 };
 
+/// The host's answers to a tune request that have a meaning of their own. Every other one says that
+/// the radio refused.
+enum class TuneAnswer : int { kAccepted = 0, kNotPermitted = -1, kOutOfRange = -2, kNoRadio = -3 };
+
 /// What the answer to a tune request means for the user.
 enum class TuneNews { kNone, kRefused, kRecovered };
 
-/// Takes the result of a tune request (0 accepted, else the host's reason) and says what is new. A
-/// series of refusals is news once and keeps the reason of the first.
-TuneNews noteTuneResult(Tuning& tuning, int result);
+/// Takes the answer to a tune request and says what is new. A series of refusals is news once and
+/// keeps the reason of the first.
+TuneNews noteTuneAnswer(Tuning& tuning, TuneAnswer answer);
 
 }  // namespace pelagrim
