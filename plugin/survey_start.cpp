@@ -67,8 +67,9 @@ void announcePlan(State& state) {
 
 void startSteps(State& state, const Slice& slice) {
   state.dir = resolveSurveyDir();
-  loadSettings(state.dir, state.settings);
-  readLabels(state);
+  // The survey does without settings and labels that there is no memory to read.
+  attempt([&] { loadSettings(state.dir, state.settings); });
+  attempt([&] { readLabels(state); });
   state.slice = slice;
   prepareSurvey(state.survey, state.settings);
   resumeSurvey(state);

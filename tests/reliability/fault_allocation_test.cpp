@@ -1,5 +1,7 @@
 // Want of memory: the n-th allocation inside the plug-in fails, for every n.
 
+#include <cerrno>
+
 #include "tests/reliability/fault_scenario.h"
 
 namespace {
@@ -78,6 +80,42 @@ TEST(WantOfMemory, CostsADwellOrTheTimeUntilTheNextCreate) {
   host.iq->destroy(host.handle);
   EXPECT_EQ(host.tuned_hz.size(), requests) << "a survey that could not start sweeps";
   EXPECT_EQ(host.dir.read("survey.csv"), file);
+}
+
+TEST(WantOfMemory, AtAFileStopsTheSurveyOnlyForItsResults) {
+  struct Case {
+    faults::Call call;
+    long first;
+    const char* dwell_seconds;  // 7 where the new settings were read
+    const char* labels;
+    bool gathers;
+  };
+  using faults::Call;
+  const Case cases[] = {
+      {Call::kOpenToRead, 1, "5", "1 labels", true},  {Call::kRead, 1, "5", "1 labels", true},
+      {Call::kOpenToRead, 2, "7", "0 labels", true},  {Call::kRead, 3, "7", "0 labels", true},
+      {Call::kOpenToRead, 3, "7", "1 labels", false}, {Call::kRead, 5, "7", "1 labels", false}};
+  for (const Case& test : cases) {
+    SCOPED_TRACE(testing::Message()
+                 << "call " << static_cast<int>(test.call) << ", " << test.first);
+    PluginHost host;
+    FaultScenario::fill(host);
+    host.dir.write("survey-labels.txt", "144 146 mine\n");
+    host.dir.write("survey.cfg", "dwell_seconds = 5\n");
+    host.create(1024000.0, 144.5e6);
+    host.dir.write("survey.cfg", "dwell_seconds = 7\n");
+    faults::during({.call = test.call, .first = test.first, .error = ENOMEM},
+                   [&] { host.create(1024000.0, 144.5e6); });
+    const std::string plan = host.lastLine();
+    EXPECT_EQ(host.rows()[0][6], test.labels);
+    const std::string file = host.dir.read("survey.csv");
+    host.processUntil(host.now_ms + 7'000, band(1, {100}));
+    host.iq->destroy(host.handle);
+    EXPECT_EQ(host.dir.read("survey.csv") != file, test.gathers);
+    if (!test.gathers) continue;
+    EXPECT_NE(plan.find(std::string(test.dwell_seconds) + " s each"), std::string::npos) << plan;
+    EXPECT_EQ(host.rows().size(), 4U) << "summary, two channels of the file, the station";
+  }
 }
 
 }  // namespace
