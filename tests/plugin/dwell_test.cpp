@@ -42,6 +42,27 @@ TEST(Dwell, CountsHitsAndLooksOverDwellsAndResumesThem) {
   EXPECT_EQ(host.rows()[2][5], "1/3");
 }
 
+TEST(Dwell, TakesARasterThatIsNotPositiveForOneOfAHertz) {
+  for (const char* raster_hz : {"0", "-5000", "nan"}) {
+    PluginHost host;
+    host.dir.write("survey.cfg", std::string("raster_hz=") + raster_hz + "\n");
+    host.create(kRateHz, 145e6);
+    host.processUntil(1'020'000, band(50, {98, 102}));  // one slot of 5 kHz
+    EXPECT_EQ(host.lastLine(), "survey: 145.000 MHz, 2 here, 2 known after 1 dwell") << raster_hz;
+  }
+}
+
+TEST(Dwell, ResumesTheLastOfTheRowsOfOneSlot) {
+  PluginHost host;
+  host.dir.write("survey.csv",
+                 "# survey.csv format 2\n145501000,1,1,1,0,0,1,1,0,0\n144100000,1,1,1,0,0,1,1,0,0\n"
+                 "145499000,1,1,1,0,0,1,1,0,0\n");
+  host.create(kRateHz, 145e6);
+  EXPECT_EQ(host.lines()[1], "survey: resumed 3 channels from survey.csv");
+  ASSERT_EQ(host.rows().size(), 3U);
+  EXPECT_EQ(host.rows()[2][0], "145.4990 MHz");
+}
+
 TEST(Dwell, EndsByTheHostsClockAtTheVeryMillisecond) {
   const std::pair<const char*, int64_t> lengths_ms[] = {
       {"20", 20'000}, {"0.0019", 1}, {"nan", 20'000}, {"0", 0}, {"-1", -1000}};

@@ -87,6 +87,13 @@ TEST(FileCalls, ThatFailToReadLeaveSettingsAsTheyWereAndNoLabelsOrChannels) {
   }
 }
 
+TEST(FileCalls, WriteTheWholeTextAtOnce) {
+  PluginHost host;
+  FaultScenario scenario;
+  scenario.play(host);
+  EXPECT_EQ(faults::bytesHeldBack(), 0U) << "the file is short for as long as the rest waits";
+}
+
 TEST(FilesInPlace, NeedNotBeFiles) {
   struct Case {
     const char* name;

@@ -1,7 +1,9 @@
 #include "tests/reliability/fault_injection.h"
 
 #include <dlfcn.h>
+#include <stdio_ext.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -13,6 +15,7 @@ namespace {
 
 Plan g_plan;
 long g_seen = 0;
+size_t g_held_back = 0;
 thread_local bool g_armed = false;
 std::atomic<long> g_live{0};
 
@@ -42,6 +45,9 @@ long callsSeen() {
 long liveBlocks() {
   return g_live;
 }
+size_t bytesHeldBack() {
+  return g_held_back;
+}
 Armed::Armed() {
   g_armed = true;
 }
@@ -70,7 +76,9 @@ char* fgets(char* text, int size, std::FILE* file) {
 }
 size_t fwrite(const void* data, size_t size, size_t count, std::FILE* file) {
   static auto* const next = faults::real<size_t(const void*, size_t, size_t, std::FILE*)>("fwrite");
-  return next(data, size, strikes(Call::kWrite) ? count / 2 : count, file);
+  const size_t written = next(data, size, strikes(Call::kWrite) ? count / 2 : count, file);
+  if (faults::g_armed) faults::g_held_back = std::max(faults::g_held_back, __fpending(file));
+  return written;
 }
 int fclose(std::FILE* file) {
   static auto* const next = faults::real<int(std::FILE*)>("fclose");

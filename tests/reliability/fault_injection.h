@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 /// Faults on demand in what the plug-in takes from the C library. The test executable defines the
 /// functions itself and exports them, so the plug-in, the C++ library and the C library's own
 /// fopen all get these. Nothing fails but inside Armed.
@@ -22,6 +24,9 @@ long callsSeen();
 
 /// Blocks that the process has allocated and not freed.
 long liveBlocks();
+
+/// The most bytes that a write inside Armed has left in a buffer of the C library.
+size_t bytesHeldBack();
 
 /// The plan applies while one of these lives, on the thread that made it.
 struct Armed {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "survey/percentile.h"
@@ -84,6 +85,13 @@ TEST(Detections, MeasureTheFloorOnTheQuietBinsUnlessTheBandIsFull) {
     // Now the median is -1 dB, but only where it is taken.
     EXPECT_EQ(noiseFloorDb(levels, 12.0), quiet == 128 ? -1.0 : 0.0);
   }
+}
+
+TEST(Detections, CountABinAtTheLimitAsQuiet) {
+  std::vector<float> levels(1024, 12.0F);
+  std::fill_n(levels.begin(), 400, 0.0F);
+  EXPECT_EQ(noiseFloorDb(levels, 12.0), 12.0);
+  EXPECT_EQ(noiseFloorDb(levels, 11.9), 0.0);
 }
 
 TEST(Detections, NeedFourBinsAndAPositiveRate) {

@@ -21,8 +21,9 @@ TEST(Survey, AveragesWhatOneSlotCollects) {
   Survey survey;
   survey.add({145000000.0, 3000.0, 10.0, 1.0}, 100);
   survey.lookAt(144999999.0, 145000000.0);
-  survey.add({145002000.0, 6000.0, 8.0, 2.0}, 200);
-  survey.add({145001000.0, 1500.0, 12.0, 3.0}, 150);
+  survey.add({145001000.0, 1500.0, 12.0, 3.0}, 200);
+  survey.add({145002000.0, 6000.0, 8.0, 2.0}, 300);
+  survey.add({145001000.0, 3500.0, 9.0, 4.0}, 150);  // neither the first nor the last is extreme
   ASSERT_EQ(survey.size(), 1U);
   const Channel c = survey.byActivity()[0];
   EXPECT_EQ(c.centre_hz, 145001000.0);
@@ -30,10 +31,10 @@ TEST(Survey, AveragesWhatOneSlotCollects) {
   EXPECT_EQ(c.min_width_hz, 1500.0);
   EXPECT_EQ(c.max_width_hz, 6000.0);
   EXPECT_EQ(c.peak_db, 12.0);
-  EXPECT_EQ(c.floor_db, 3.0);
+  EXPECT_EQ(c.floor_db, 4.0);
   EXPECT_EQ(c.first_unix_ms, 100);
   EXPECT_EQ(c.last_unix_ms, 150);
-  EXPECT_EQ(c.hits, 3U);
+  EXPECT_EQ(c.hits, 4U);
   EXPECT_EQ(c.looks, 2U);
 }
 
