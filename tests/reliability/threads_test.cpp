@@ -1,6 +1,5 @@
 // Sample, interface and control threads at once.
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <future>
@@ -134,42 +133,6 @@ TEST(Threads, WaitForOneCallButNotWhereNoLockIsPromised) {
     gate.leave.set_value();
     EXPECT_EQ(poll.get()[0][4], "1") << "the whole dwell is seen";
     process.get();
-  }
-}
-
-/// No assertion: the figures go into docs/reliability.md.
-TEST(Threads, ReportHowLongAPollWaits) {
-  for (const int channels : {401, 20'000}) {
-    PluginHost host;
-    host.dir.write("survey.cfg", "dwell_seconds=0.001\nsweep=no\n");
-    host.dir.write("survey.csv", manyChannels(channels));
-    std::atomic<int64_t> now_ms{1'000'000};
-    host.services.ctx = &now_ms;
-    host.services.now_ms = [](void* ctx) { return ++*static_cast<std::atomic<int64_t>*>(ctx); };
-    host.create(kRateHz, 145e6);
-    const Samples samples = band(10, {100});  // 10 ms of them
-    std::atomic<bool> stop{false};
-    std::thread sample_thread([&] {
-      for (int i = 0; i < 100; ++i) {
-        host.process(samples);
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-      }
-      stop = true;
-    });
-    std::vector<double> waits_ms;
-    char text[200];
-    while (!stop) {
-      const auto start = std::chrono::steady_clock::now();
-      host.iq->poll_text(host.handle, text, sizeof text);
-      const std::chrono::duration<double, std::milli> wait =
-          std::chrono::steady_clock::now() - start;
-      waits_ms.push_back(wait.count());
-      std::this_thread::sleep_for(microseconds(200));
-    }
-    sample_thread.join();
-    std::ranges::sort(waits_ms);
-    std::printf("%d channels: a poll waits %.3f ms at the median, %.3f ms at most\n", channels,
-                waits_ms[waits_ms.size() / 2], waits_ms.back());
   }
 }
 
