@@ -27,7 +27,8 @@ foreach(target fault_test reliability_test)
   gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)  # a hang fails, too
 endforeach()
 
-# The model's and the plug-in's tests once more under a locale that writes 0,5 for a half, made for them alone.
+# The model's and the plug-in's tests once more under a locale, made for them alone, that writes 0,5
+# for a half.
 set(locale_dir ${CMAKE_CURRENT_BINARY_DIR}/locale)
 add_custom_command(OUTPUT ${locale_dir}/de_DE.UTF-8/LC_NUMERIC
   COMMAND ${CMAKE_COMMAND} -E make_directory ${locale_dir}
