@@ -10,21 +10,21 @@ namespace pelagrim_host {
 
 namespace {
 
-constexpr double kLowestRateHz = 1e3;
-constexpr double kHighestRateHz = 1e9;
-constexpr double kHighestHz = 1e12;
+constexpr double kMinRateHz = 1e3;
+constexpr double kMaxRateHz = 1e9;
+constexpr double kMaxHz = 1e12;
 
 SimulatedBandConfig checked(SimulatedBandConfig config) {
   const auto refuse = [](const std::string& what) { throw SourceError("simulated band: " + what); };
-  if (!(config.low_hz >= 0.0 && config.low_hz < config.high_hz && config.high_hz <= kHighestHz)) {
+  if (!(config.low_hz >= 0.0 && config.low_hz < config.high_hz && config.high_hz <= kMaxHz)) {
     refuse(
         fmt::format("cannot lie from {} Hz to {} Hz; give its lower limit first, both within "
                     "0 to {} Hz",
-                    config.low_hz, config.high_hz, kHighestHz));
+                    config.low_hz, config.high_hz, kMaxHz));
   }
-  if (!(config.sample_rate_hz >= kLowestRateHz && config.sample_rate_hz <= kHighestRateHz)) {
+  if (!(config.sample_rate_hz >= kMinRateHz && config.sample_rate_hz <= kMaxRateHz)) {
     refuse(fmt::format("cannot sample at {} Hz; choose a rate of {} to {} Hz",
-                       config.sample_rate_hz, kLowestRateHz, kHighestRateHz));
+                       config.sample_rate_hz, kMinRateHz, kMaxRateHz));
   }
   if (!(config.duration_seconds >= 0.0)) {
     refuse(fmt::format("cannot last {} s; choose a duration above 0, or 0 for an endless one",

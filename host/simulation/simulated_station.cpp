@@ -13,7 +13,7 @@ namespace pelagrim_host {
 namespace {
 
 constexpr double kSetHz = 2e6;
-constexpr size_t kMostSets = 500;  // 1 GHz: more stations than anyone waits for
+constexpr size_t kMaxSets = 500;  // 1 GHz: more stations than anyone waits for
 constexpr double kFrequencyStepHz = 5000.0;
 constexpr double kSsbMiddleHz = 1500.0;  // above the suppressed carrier, which is on the step
 
@@ -148,7 +148,7 @@ std::string scheduleText(const SimulatedStation& station) {
 std::vector<SimulatedStation> simulatedPopulation(double low_hz, double high_hz) {
   const double wanted_sets = std::round((high_hz - low_hz) / kSetHz);
   const auto sets =
-      static_cast<size_t>(std::clamp(wanted_sets, 1.0, static_cast<double>(kMostSets)));
+      static_cast<size_t>(std::clamp(wanted_sets, 1.0, static_cast<double>(kMaxSets)));
   const double set_hz = (high_hz - low_hz) / static_cast<double>(sets);
   std::vector<SimulatedStation> stations;
   for (size_t set = 0; set < sets; ++set) {

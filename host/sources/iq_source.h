@@ -41,8 +41,8 @@ class IqSource {
   /// says so: it may have gaps.
   virtual std::optional<int64_t> nextUnixMs() const { return std::nullopt; }
 
-  /// The shortest time in seconds that a recording stays at one centre before it changes it; nothing
-  /// where it never does. The last stay does not count: nothing cuts its dwell off.
+  /// The shortest time in seconds that a recording stays at one centre before it moves on; nothing
+  /// where it never moves. The last stay does not count: nothing cuts its dwell off.
   virtual std::optional<double> shortestStaySeconds() const { return std::nullopt; }
 
   /// How many samples there are in all, where that is known before the end.

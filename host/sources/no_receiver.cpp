@@ -1,4 +1,4 @@
-// In place of soapy_receiver.cpp where SoapySDR is not to be had.
+// In place of the soapy_ files where SoapySDR is not to be had.
 #include "host/sources/soapy_receiver.h"
 
 namespace pelagrim_host {

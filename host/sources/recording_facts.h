@@ -37,8 +37,9 @@ RecordingFacts firstKnown(RecordingFacts facts, const RecordingFacts& otherwise)
 /// What the file's own name says (parseRecordingName).
 RecordingFacts factsOfName(std::string_view file_name, std::optional<double> told_centre_hz = {});
 
-/// Checks that format, rate and centre are known and could be those of a receiver. Throws UsageError
-/// where the command line has to say them, naming every flag that is missing, else SourceError.
+/// Checks that format, rate and centre are known and could be those of a receiver. Throws
+/// UsageError where the command line has to say them, naming every flag that is missing, else
+/// SourceError.
 void requireKnown(const std::string& name, const RecordingFacts& facts);
 
 }  // namespace pelagrim_host

@@ -13,9 +13,9 @@ struct WavChunk {
   uint64_t bytes;
 };
 
-/// The chunks of a RIFF or RF64 file, for what libsndfile does not tell: where they are. Nor may it
-/// be asked for their contents, as it can crash on those of a damaged file. Of any other file, and
-/// behind what is no chunk, there are none.
+/// The chunks of a RIFF or RF64 file. libsndfile does not tell where they are, and it must not be
+/// asked for their contents, as it can crash on those of a damaged file. Any other file has none,
+/// and the list ends at the first thing that is no chunk.
 class WavChunks {
  public:
   /// `file`: a descriptor to read from, which is not closed.
@@ -26,7 +26,7 @@ class WavChunks {
   /// What is in the chunk, at most 4096 bytes; empty when there is none.
   std::string content(std::string_view id) const;
 
-  /// How many bytes of samples the header promises; nothing where a streaming writer could not know.
+  /// How many bytes of samples the header promises; nothing where a streaming writer did not know.
   std::optional<uint64_t> promisedBytes() const;
 
   /// How many bytes follow the samples, which end at `end`, and are no chunks such as a title; none

@@ -16,8 +16,8 @@ namespace {
 
 constexpr uint64_t kRateByte = 4;  // in the chunk "fmt "
 
-// libsndfile lets the samples run to the file's end where their length is 0 and that of all is 8, as
-// one recorder leaves it; others leave other numbers there. So it is shown these.
+// libsndfile lets the samples run to the file's end where their length is 0 and the length of all
+// is 8, as one recorder leaves them. Others leave other numbers there, so it is shown these.
 constexpr sf_count_t kAllLengthByte = 4;
 constexpr unsigned char kAllLengthShown[4] = {8, 0, 0, 0};
 constexpr unsigned char kDataLengthShown[4] = {0, 0, 0, 0};

@@ -14,9 +14,9 @@ namespace pelagrim_host {
 /// A WAV or RF64 file, opened by libsndfile. One thread uses it.
 class WavFile {
  public:
-  /// A header that a recorder never completed, with a length of 0 before samples or one that stands
-  /// for an unknown one, is read as one whose samples fill the file. Throws SourceError, which calls
-  /// the file `name`.
+  /// Where a recorder never completed the header, so that it gives a length of 0 or one that stands
+  /// for an unknown length, the samples fill the file. Throws SourceError, which calls the file
+  /// `name`.
   WavFile(const std::filesystem::path& path, const std::string& name);
   ~WavFile();
   WavFile(const WavFile&) = delete;
@@ -34,7 +34,7 @@ class WavFile {
   const SF_INFO& info() const { return info_; }
   const WavChunks& chunks() const { return chunks_; }
 
-  /// How many bytes follow the samples that the header promises and are nothing that may follow them.
+  /// How many bytes follow the samples that the header promises and are no chunks either.
   uint64_t bytesAfter() const { return bytes_after_; }
 
  private:

@@ -92,7 +92,7 @@ TEST_F(SigmfRecordings, RetuneWhereSigmfCapturesDo) {
 
 TEST_F(SigmfRecordings, LeaveOutWhatIsNoSampleAndCountFromTheirOffset) {
   dir_.write("x_100M.sigmf-meta", metaText(cu8 + ",\"core:offset\":50,\"core:trailing_bytes\":3",
-                                         "{\"core:sample_start\":52}"));
+                                           "{\"core:sample_start\":52}"));
   dir_.write("x_100M.sigmf-data", std::string(4, '\0') + std::string(6, '\xFF') + "end");
   const auto source = open("x_100M.sigmf-meta");
   EXPECT_EQ(source->lengthSamples(), 3u);

@@ -1,0 +1,56 @@
+// Finding devices and opening one.
+#include "host/sources/soapy_device.h"
+
+#include <SoapySDR/Logger.hpp>
+#include <cstdlib>
+
+namespace pelagrim_host {
+namespace {
+
+/// The drivers' chatter about what they do would run into the display; warnings stay. Whoever asks
+/// SoapySDR for more by its environment variable gets it.
+void quietDrivers() {
+  if (std::getenv("SOAPY_SDR_LOG_LEVEL") == nullptr) SoapySDR::setLogLevel(SOAPY_SDR_WARNING);
+}
+
+}  // namespace
+
+void UnmakeSoapyDevice::operator()(SoapySDR::Device* device) const noexcept {
+  try {
+    SoapySDR::Device::unmake(device);
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): it is gone either way
+  }
+}
+
+void fail(const ReceiverConfig& config, const std::string& what) {
+  throw SourceError(fmt::format("{}: {}", config.device, what));
+}
+
+SoapyDevice openSoapyDevice(const ReceiverConfig& config) {
+  quietDrivers();
+  SoapyDevice device(attempt(config,
+                             "cannot open the receiver (--list-devices shows what there is)",
+                             [&] { return SoapySDR::Device::make(config.device); }));
+  if (device == nullptr) {
+    fail(config, "cannot open the receiver; --list-devices shows what there is");
+  }
+  if (device->getNumChannels(kRx) == 0) fail(config, "the device cannot receive");
+  return device;
+}
+
+std::string listReceivers() {
+  quietDrivers();
+  std::string lines;
+  for (SoapySDR::Kwargs device : SoapySDR::Device::enumerate()) {
+    const std::string label = device["label"];
+    // What tells devices apart and no more: the rest may hold blanks and changes between runs.
+    std::string name = "driver=" + device["driver"];
+    if (const std::string& serial = device["serial"]; !serial.empty()) name += ",serial=" + serial;
+    lines += fmt::format("{:<40}  {}\n", name, label);
+  }
+  if (!lines.empty()) return lines;
+  return "no receivers found; see that one is plugged in and that SoapySDR has the module for it\n"
+         "(Debian: packages soapysdr-module-...; SoapySDRUtil --info lists those loaded)\n";
+}
+
+}  // namespace pelagrim_host

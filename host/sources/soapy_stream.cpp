@@ -1,0 +1,127 @@
+#include "host/sources/soapy_stream.h"
+
+#include <SoapySDR/Errors.hpp>
+#include <SoapySDR/Formats.hpp>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <thread>
+
+#include "host/text/letter_case.h"
+
+namespace pelagrim_host {
+
+void SoapyStream::CloseStream::operator()(SoapySDR::Stream* stream) const noexcept {
+  try {
+    device->closeStream(stream);
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): an unplugged device may object
+  }
+}
+
+SoapyStream::SoapyStream(SoapySDR::Device& device, const ReceiverConfig& config)
+    : device_(device), config_(config), format_(chooseFormat()), stream_(nullptr, {&device}) {
+  stream_.reset(device.setupStream(kRx, format_.name, {kChannel}));
+  if (stream_ == nullptr) fail(config, "cannot start the stream");
+  mtu_samples_ = std::max<size_t>(device.getStreamMTU(stream_.get()), 1);
+  const int status = device.activateStream(stream_.get());
+  if (status != 0) {
+    fail(config, fmt::format("cannot start the stream: {}", SoapySDR::errToStr(status)));
+  }
+}
+
+SoapyStream::~SoapyStream() {
+  try {
+    device_.deactivateStream(stream_.get());
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): an unplugged device may object
+  }
+}
+
+SoapyStream::Format SoapyStream::chooseFormat() const {
+  double full_scale = 0.0;
+  const std::string native = device_.getNativeStreamFormat(kRx, kChannel, full_scale);
+  if (!std::isfinite(full_scale) || full_scale <= 0.0) full_scale = 0.0;  // not known
+  const auto formats = device_.getStreamFormats(kRx, kChannel);
+  const bool offers_floats =
+      std::find(formats.begin(), formats.end(), SOAPY_SDR_CF32) != formats.end();
+  if (native == SOAPY_SDR_CF32) {
+    return {SOAPY_SDR_CF32, nullptr, static_cast<float>(full_scale > 0.0 ? 1.0 / full_scale : 1.0)};
+  }
+  // A driver that converts to floats scales them to 1.0 itself.
+  if (offers_floats || native.empty()) return {SOAPY_SDR_CF32, nullptr, 1.0F};
+
+  const std::string name = lowerCase(native);
+  const SampleFormat* const convert = findSampleFormat(name);
+  if (convert == nullptr) {
+    fail(config_, fmt::format("the driver offers only samples of format {}, not one of {}", native,
+                              sampleFormatNames()));
+  }
+  // The conversion takes all bits of an integer as full scale; a 12-bit converter does not use
+  // them.
+  const bool is_floating = name.starts_with("cf");
+  const double bits = 8.0 * static_cast<double>(convert->component_bytes);
+  const double converted_scale = is_floating ? 1.0 : std::exp2(bits - 1.0);
+  const double scale = full_scale > 0.0 ? converted_scale / full_scale : 1.0;
+  return {native, convert, static_cast<float>(scale)};
+}
+
+/// One call of the driver's: the samples got, or one of SoapySDR's negative codes.
+int SoapyStream::readOnce(std::span<std::complex<float>> block, std::chrono::microseconds timeout) {
+  return attempt(config_, "the stream broke off", [&] {
+    const size_t wanted = std::min(block.size(), mtu_samples_);
+    void* into = block.data();
+    if (format_.convert != nullptr) {
+      raw_.resize(wanted * format_.convert->sampleBytes());
+      into = raw_.data();
+    }
+    int flags = 0;
+    long long time_ns = 0;
+    const std::array<void*, 1> buffers = {into};
+    const int got = device_.readStream(stream_.get(), buffers.data(), wanted, flags, time_ns,
+                                       static_cast<long>(timeout.count()));
+    if (got == SOAPY_SDR_OVERFLOW || (flags & SOAPY_SDR_END_ABRUPT) != 0) ++overflows_;
+    if (got <= 0) return got;
+    const auto components = 2 * static_cast<size_t>(got);
+    auto* const out = reinterpret_cast<float*>(block.data());
+    if (format_.convert != nullptr) format_.convert->convert(raw_.data(), components, out);
+    if (format_.scale != 1.0F) {
+      std::for_each_n(out, components, [this](float& component) { component *= format_.scale; });
+    }
+    return got;
+  });
+}
+
+SoapyStream::Clock::time_point SoapyStream::stallsAt() const {
+  return Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                            std::chrono::duration<double>(config_.stall_timeout_seconds));
+}
+
+size_t SoapyStream::read(std::span<std::complex<float>> block) {
+  constexpr std::chrono::milliseconds kPatience(100);
+  const auto gives_up = stallsAt();
+  while (!config_.stop()) {
+    const int got = readOnce(block, kPatience);
+    if (got > 0) return static_cast<size_t>(got);
+    if (Clock::now() >= gives_up) {
+      fail(config_, fmt::format("no samples for {:g} s ({}); see that the receiver is plugged in",
+                                config_.stall_timeout_seconds, SoapySDR::errToStr(got)));
+    }
+    // Some drivers report at once what others wait for.
+    if (got != SOAPY_SDR_OVERFLOW) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return 0;
+}
+
+void SoapyStream::drain(size_t max_samples) {
+  const size_t buffers = device_.getNumDirectAccessBuffers(stream_.get());
+  size_t left = buffers > 0 ? buffers * mtu_samples_ : max_samples;
+  const auto gives_up = stallsAt();
+  std::vector<std::complex<float>> dropped(mtu_samples_);
+  while (left > 0 && !config_.stop() && Clock::now() < gives_up) {
+    const int got = readOnce(dropped, std::chrono::microseconds(0));
+    if (got == SOAPY_SDR_OVERFLOW) continue;  // the samples after the gap may be waiting as well
+    if (got <= 0) return;
+    left -= std::min(left, static_cast<size_t>(got));
+  }
+}
+
+}  // namespace pelagrim_host

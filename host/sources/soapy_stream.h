@@ -1,0 +1,69 @@
+#pragma once
+
+#include <SoapySDR/Device.hpp>
+#include <chrono>
+#include <complex>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "host/sources/sample_format.h"
+#include "host/sources/soapy_device.h"
+
+namespace pelagrim_host {
+
+/// The samples of a device, from its start to its end. One thread uses it; failures are thrown as
+/// SourceError.
+class SoapyStream {
+ public:
+  /// Starts it. Both have to outlive the stream.
+  SoapyStream(SoapySDR::Device& device, const ReceiverConfig& config);
+  ~SoapyStream();
+  SoapyStream(const SoapyStream&) = delete;
+  SoapyStream& operator=(const SoapyStream&) = delete;
+
+  /// How many samples the driver delivers at once, at most.
+  size_t bufferSamples() const { return mtu_samples_; }
+
+  /// How often the driver has dropped samples.
+  uint64_t overflows() const { return overflows_; }
+
+  /// At least one sample; 0 when config.stop says so.
+  size_t read(std::span<std::complex<float>> block);
+
+  /// Drops what the driver has waiting: at most all its buffers, or `max_samples` where it does not
+  /// say how many, as a machine that is too slow would never find it empty, nor would a driver that
+  /// waits although told not to. It gives up after the stall timeout, as a driver in trouble may
+  /// report overflows and nothing else.
+  void drain(size_t max_samples);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  struct CloseStream {
+    SoapySDR::Device* device;
+    void operator()(SoapySDR::Stream* stream) const noexcept;
+  };
+  /// How the stream's samples become floats.
+  struct Format {
+    std::string name;             ///< as SoapySDR spells it
+    const SampleFormat* convert;  ///< null: complex floats, read in place
+    float scale;                  ///< brings the device's full scale to 1.0 after the conversion
+  };
+
+  Format chooseFormat() const;
+  int readOnce(std::span<std::complex<float>> block, std::chrono::microseconds timeout);
+  Clock::time_point stallsAt() const;
+
+  SoapySDR::Device& device_;
+  const ReceiverConfig& config_;
+  Format format_;
+  std::unique_ptr<SoapySDR::Stream, CloseStream> stream_;
+  std::vector<std::byte> raw_;
+  size_t mtu_samples_ = 0;
+  uint64_t overflows_ = 0;
+};
+
+}  // namespace pelagrim_host
