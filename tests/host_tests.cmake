@@ -29,6 +29,15 @@ target_link_libraries(host_test PRIVATE pelagrim_host_commands nlohmann_json::nl
 add_dependencies(host_test fake_plugin pelagrim_plugin)
 gtest_discover_tests(host_test DISCOVERY_TIMEOUT 60)
 
+# The program on a terminal.
+add_executable(terminal_test view/terminal_test.cpp)
+target_compile_definitions(terminal_test PRIVATE
+  PELAGRIM_SURVEY_PATH="$<TARGET_FILE:pelagrim-survey>")
+target_include_directories(terminal_test PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(terminal_test PRIVATE GTest::gtest_main util)
+add_dependencies(terminal_test pelagrim-survey pelagrim_plugin)
+gtest_discover_tests(terminal_test DISCOVERY_TIMEOUT 60)
+
 add_executable(host_report_test report/report_test.cpp)
 target_link_libraries(host_report_test PRIVATE pelagrim_host_report GTest::gtest_main)
 gtest_discover_tests(host_report_test DISCOVERY_TIMEOUT 60)

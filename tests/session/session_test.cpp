@@ -1,8 +1,12 @@
 // The host's run loop: against a fake plug-in that writes down its calls, and against the real one.
 #include <dlfcn.h>
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "host/session/plugin_library.h"
@@ -56,11 +60,23 @@ struct Recorder : SurveyView {
   void message(const std::string& line) override { messages += line + "\n"; }
   void tuned(const TuneRequest& request, double) override { refusals += request.why_refused; }
   void opened(const SourceFacts&) override {}
-  void dwellDone(const SurveyProgress&) override {}
+  void dwellDone(const SurveyProgress& done) override {
+    dwells += fmt::format("{} at {:g} after {}; ", done.dwells->dwells_done, done.centre_hz,
+                          done.samples);
+  }
+  std::optional<size_t> wantsSnapshot() override { return snapshot_rows; }
+  void snapshot(const SurveySnapshot& run) override {
+    panels.push_back(run.panel);
+    elapsed_seconds.push_back(run.progress.dwell_elapsed_seconds);
+  }
   void finished(const Panel& panel) override { panels.push_back(panel); }
   std::string messages;
   std::string refusals;
-  std::vector<Panel> panels;
+  std::string dwells;
+  std::optional<size_t> snapshot_rows;
+  std::vector<Panel> panels;  ///< of snapshots, then at the end
+  std::vector<double> elapsed_seconds;
+  SessionResult result;
 };
 
 /// Runs `source` through a plug-in; returns what the fake one wrote down after attach.
@@ -72,7 +88,7 @@ std::string runThrough(
     settings.may_tune = may_tune;
     SurveySession session(plugin, source, ClockPolicy::sampleClock(1000), view, settings);
     try {
-      session.run([] { return false; }, rescan);
+      view.result = session.run([] { return false; }, rescan);
     } catch (const SourceError& failure) {
       view.messages += failure.what();
     }
@@ -112,7 +128,7 @@ TEST(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
   EXPECT_EQ(runThrough(FAKE_PLUGIN_PATH, failing, view, {.block_samples = 10}),
             "attach\ncreate 50\nprocess 10 from 50 at 1100\nprocess 10 from 50 at 1200\ntune -4\n"
             "destroy\ndetach\n");
-  EXPECT_EQ(view.messages, "unplugged");
+  EXPECT_TRUE(view.messages.ends_with("unplugged"));
   EXPECT_EQ(view.refusals, "stuck");
   ScriptedSource passes;
   EXPECT_THROW(runThrough(FAKE_PLUGIN_PATH, passes, view, {.passes = 1}), PluginError);
@@ -127,6 +143,70 @@ TEST(HostSession, SavesAndStartsAfreshOnARescan) {
                        [&] { return ++asked == 2; }),
             "attach\ncreate 50\nprocess 10 from 50 at 1100\ndestroy\ncreate 50\n"
             "process 10 from 50 at 1200\ntune -1\nprocess 10 from 50 at 1300\ndestroy\ndetach\n");
+}
+
+TEST(HostSession, CountsDwellsWhereTheyWereLookedAtUntilThePassesAreDone) {
+  const auto dwellsOf = [](const char* panel, SessionSettings settings, Recorder& view,
+                           int rescan_at = 0) {
+    setenv("FAKE_PLUGIN_PANEL", panel, 1);
+    ScriptedSource source;
+    source.length = 90;
+    settings.block_samples = 10;
+    runThrough(FAKE_PLUGIN_PATH, source, view, settings, true, [&] { return --rescan_at == 0; });
+    unsetenv("FAKE_PLUGIN_PANEL");
+    return view.dwells;
+  };
+  Recorder sweep;  // of 3 slices
+  int dwells_after = 0;
+  EXPECT_EQ(dwellsOf("sweeping", {.passes = 1, .after_dwell = [&] { ++dwells_after; }}, sweep),
+            "1 at 50 after 20; 2 at 200 after 40; 3 at 400 after 60; ");
+  EXPECT_EQ(sweep.result.dwells_done, 3u);
+  EXPECT_EQ(dwells_after, 3);
+  Recorder fixed;
+  EXPECT_EQ(dwellsOf("fixed", {.passes = 2}, fixed), "1 at 50 after 20; 2 at 200 after 40; ");
+  Recorder rescanned;  // in the middle of a dwell, which counts; passes count afresh
+  rescanned.snapshot_rows = 5;
+  EXPECT_EQ(dwellsOf("fixed", {.passes = 2}, rescanned, 4),
+            "1 at 50 after 20; 2 at 200 after 30; 1 at 200 after 40; 2 at 400 after 60; ");
+  EXPECT_EQ(rescanned.result.dwells_done, 4u);
+  EXPECT_EQ(rescanned.result.samples, 60u);
+  EXPECT_EQ(rescanned.messages, "message 2\nmessage 1\nmessage 2\nmessage 1\n");
+  EXPECT_EQ(rescanned.elapsed_seconds, (std::vector<double>{0.1, 0, 0.1, 0, 0.1, 0}));
+  ASSERT_EQ(rescanned.panels.size(), 7u);
+  EXPECT_EQ(rescanned.panels[0].rows.size(), 5u);
+  const auto& rows = rescanned.panels[6].rows;
+  ASSERT_EQ(rows.size(), 1001u);
+  EXPECT_EQ(rows[1000].cells[0], "1000␊");
+  EXPECT_EQ(rows[1000].cells.size(), 5u);
+}
+
+TEST(HostSession, KeepsThePaceOfTheReceiverWhereThatIsWanted) {
+  ScriptedSource source;
+  source.length = 20;
+  Recorder view;
+  const auto begun = std::chrono::steady_clock::now();
+  runThrough(FAKE_PLUGIN_PATH, source, view, {.block_samples = 10, .realtime = true});
+  EXPECT_GE(std::chrono::steady_clock::now() - begun, std::chrono::milliseconds(200));
+}
+
+TEST(SurveyClock, FollowsTheSamplesWithoutDrift) {
+  SurveyClock clock(ClockPolicy::sampleClock(1000), 2.4e6);
+  for (int i = 0; i < 2399; ++i) clock.advance(1);
+  EXPECT_EQ(clock.nowMs(), 1000);  // a sample short of a millisecond
+  clock.advance(1);
+  EXPECT_EQ(clock.nowMs(), 1001);
+  clock.advance(uint64_t{2'400'000} * 3600 * 24 * 365 * 100);
+  EXPECT_EQ(clock.nowMs(), int64_t{1001} + int64_t{1000} * 3600 * 24 * 365 * 100);
+  // 0 would say that there is no time.
+  EXPECT_NE(SurveyClock(ClockPolicy::sampleClock(0), 1.0).nowMs(), 0);
+}
+
+TEST(SurveyClock, OfALiveReceiverIsTheClockOnTheWall) {
+  SurveyClock clock(ClockPolicy::wallClock(), 1.0);
+  const int64_t before_ms = wallClockMs();
+  clock.advance(1'000'000'000);
+  clock.leapTo(before_ms + 1'000'000'000);
+  EXPECT_TRUE(before_ms <= clock.nowMs() && clock.nowMs() <= wallClockMs());
 }
 
 TEST(HostSession, ShowsRefusalAndRecoveryOfTheRealPlugin) {

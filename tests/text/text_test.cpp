@@ -5,7 +5,6 @@
 #include <cstring>
 #include <vector>
 
-#include "host/session/survey_clock.h"
 #include "host/sources/sample_format.h"
 #include "host/text/quantity_text.h"
 
@@ -58,18 +57,6 @@ TEST(SampleFormat, ScalesEveryFormatToOne) {
   EXPECT_EQ(converted("cs16", {0x00, 0x80, 0x00, 0x40}), (Floats{-1.0F, 0.5F}));
   EXPECT_EQ(converted("cf32", {0, 0, 0x20, 0xC0}), (Floats{-2.5F}));
   EXPECT_EQ(converted("cf64", {0, 0, 0, 0, 0, 0, 0x04, 0xC0}), (Floats{-2.5F}));
-}
-
-TEST(SurveyClock, FollowsTheSamplesWithoutDrift) {
-  SurveyClock clock(ClockPolicy::sampleClock(1000), 2.4e6);
-  for (int i = 0; i < 2399; ++i) clock.advance(1);
-  EXPECT_EQ(clock.nowMs(), 1000);  // a sample short of a millisecond
-  clock.advance(1);
-  EXPECT_EQ(clock.nowMs(), 1001);
-  clock.advance(uint64_t{2'400'000} * 3600 * 24 * 365 * 100);
-  EXPECT_EQ(clock.nowMs(), int64_t{1001} + int64_t{1000} * 3600 * 24 * 365 * 100);
-  EXPECT_NE(SurveyClock(ClockPolicy::sampleClock(0), 1.0).nowMs(),
-            0);  // 0 would say that there is no time
 }
 
 }  // namespace

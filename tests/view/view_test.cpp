@@ -61,6 +61,22 @@ TEST(LiveFrame, KeepsTheMostImportantRowsInSmallWindowsAndFillsLargeOnes) {
   EXPECT_TRUE(has({40, 24}, "7 overflows") && has({40, 24}, "last"));
   EXPECT_TRUE(has({40, 24}, "more in survey.csv"));
   EXPECT_TRUE(has({250, 50}, "89.5 MHz") && !has({250, 50}, "more in"));
+  state.run.progress = {.rate_hz = 1e6, .samples = 3'000'000, .overflows = 1};
+  state.run.progress.dwells = DwellCount{4, 3, true};
+  state.run.progress.dwell_elapsed_seconds = 2.5;
+  state.dwell_length_seconds = 5.0;
+  state.wall_seconds = 2.0;
+  EXPECT_TRUE(has({80, 24}, ("Dwell  " + std::string(22, '#') + ".").c_str()));  // half of 43
+  EXPECT_TRUE(has({80, 24}, "..  2.5 of 5 s"));
+  EXPECT_TRUE(has({80, 24}, ("Pass   " + std::string(22, '#') + ".").c_str()));  // 1.5 slices of 3
+  EXPECT_TRUE(has({80, 24}, "slice 2 of 3, pass 2 "));
+  EXPECT_TRUE(has({80, 24}, "Heard  3.0 s, 1.5x   1 overflow "));
+  state.run.progress.wanted_passes = 9;
+  state.run.progress.wanted_seconds = 60;
+  EXPECT_TRUE(has({80, 24}, "pass 2 of 9") && has({80, 24}, "Heard  3.0 of 60 s"));
+  EXPECT_TRUE(has({80, 24}, "Ctrl-C end   Ctrl-C twice") && has({40, 24}, "Ctrl-C end"));
+  state.offers_keys = true;
+  EXPECT_TRUE(has({80, 24}, "r rescan   q end"));
   state.run.panel = panelOf(3);
   EXPECT_TRUE(has({120, 24}, "2.5 MHz") && has({120, 24}, "Messages"));
   const auto coloured = [&](FrameStyle style) {
@@ -89,7 +105,15 @@ TEST(JsonView, WritesAnObjectALineForEveryEventWhateverTheTextHolds) {
   ASSERT_EQ(events, "source message dwell tune panel ");
   EXPECT_EQ(objects[1]["text"], "two\nlines \"quoted\"");
   EXPECT_EQ(objects[2]["dwells_done"], 4);
+  EXPECT_EQ(objects[0]["name"], "caf\uFFFD.cu8");
+  EXPECT_EQ(objects[2]["dwells_per_pass"], 3);
   EXPECT_EQ(objects[3]["answer"], "refused");
+  EXPECT_EQ(objects[3]["asked_hz"], 434e6);
+  EXPECT_EQ(objects[3]["centre_hz"], 433e6);
+  EXPECT_EQ(objects[3]["reason"], "stuck");
+  EXPECT_EQ(objects[4]["columns"][1], "Guess");
+  EXPECT_EQ(objects[4]["rows"][0]["kind"], "summary");
+  EXPECT_EQ(objects[4]["rows"][1]["kind"], "warning");
   EXPECT_EQ(objects[4]["rows"][2]["cells"][0], "0.5 MHz");
 }
 

@@ -1,0 +1,166 @@
+// The live view on a terminal: the program on a pseudo-terminal, as a user has it before them.
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utmp.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "tests/support/temporary_dir.h"
+
+namespace {
+
+constexpr const char* kScreenOpens = "\x1b[?1049h\x1b[?25l";
+constexpr const char* kScreenCloses = "\x1b[?25h\x1b[?1049l";
+
+/// A survey of the simulated band that only ends on request, on a terminal of its own.
+class TerminalRun {
+ public:
+  TerminalRun() {
+    const winsize size = {24, 80, 0, 0};
+    if (openpty(&master_, &terminal_, nullptr, nullptr, &size) != 0) std::abort();
+    tcgetattr(terminal_, &before_);
+    child_ = fork();
+    if (child_ != 0) return;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    login_tty(terminal_);
+    setenv("TERM", "xterm", 1);
+    execl(PELAGRIM_SURVEY_PATH, "pelagrim-survey", "--dir", dir.path().c_str(), "--dwell", "0.2",
+          "--duration", "1e6", "--realtime", nullptr);
+    _exit(99);
+  }
+  ~TerminalRun() {
+    kill(child_, SIGKILL);
+    waitpid(child_, nullptr, 0);
+    close(master_);
+    close(terminal_);
+  }
+
+  /// Reads on until `text` has come, after what was waited for last.
+  void waitFor(const std::string& text) {
+    size_t found = 0;
+    while ((found = output_.find(text, seen_)) == std::string::npos) read();
+    seen_ = found + text.size();
+  }
+  /// Waits until the program has ended or was stopped; returns how, as waitpid does.
+  int waitForChange() {
+    int status = 0;
+    while (waitpid(child_, &status, WNOHANG | WUNTRACED) == 0) read();
+    read();
+    return status;
+  }
+  void press(char key) {
+    if (write(master_, &key, 1) != 1) std::abort();
+  }
+  void send(int signal_number) { kill(child_, signal_number); }
+
+  /// Whether lines are edited and echoed, and Ctrl-S holds the output, as at the beginning.
+  bool isAsBefore() const {
+    termios now = {};
+    tcgetattr(terminal_, &now);
+    return now.c_lflag == before_.c_lflag && now.c_iflag == before_.c_iflag;
+  }
+  bool readsKeys() const {
+    termios now = {};
+    tcgetattr(terminal_, &now);
+    return (now.c_lflag & (ICANON | ECHO)) == 0 && (now.c_iflag & IXON) == 0;
+  }
+  /// What has come since the text that was waited for last.
+  std::string rest() const { return output_.substr(seen_); }
+
+  const TemporaryDir dir;
+
+ private:
+  void read() {
+    if (std::chrono::steady_clock::now() > deadline_) {
+      throw std::runtime_error("waited in vain; the program has written: " + rest());
+    }
+    pollfd master = {master_, POLLIN, 0};
+    if (poll(&master, 1, 20) != 1) return;
+    char block[4096];
+    const ssize_t count = ::read(master_, block, sizeof block);
+    if (count > 0) output_.append(block, static_cast<size_t>(count));
+  }
+
+  const std::chrono::steady_clock::time_point deadline_ =
+      std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  int master_ = -1;
+  int terminal_ = -1;
+  pid_t child_ = -1;
+  termios before_ = {};
+  std::string output_;
+  size_t seen_ = 0;
+};
+
+bool exited(int status, int with) {
+  return WIFEXITED(status) && WEXITSTATUS(status) == with;
+}
+
+TEST(Terminal, IsGivenBackHoweverTheSurveyEnds) {
+  for (const std::string end : {"q", "Ctrl-C", "SIGTERM", "a crash", "Ctrl-C twice"}) {
+    SCOPED_TRACE(end);
+    TerminalRun run;
+    run.waitFor(kScreenOpens);
+    run.waitFor("r rescan");
+    EXPECT_TRUE(run.readsKeys());
+    if (end == "q") run.press('q');
+    if (end == "Ctrl-C") run.press('\x03');
+    if (end == "SIGTERM") run.send(SIGTERM);
+    if (end == "a crash") run.send(SIGSEGV);
+    if (end == "Ctrl-C twice") {
+      run.send(SIGSTOP);  // so that the second signal finds the program before its orderly end
+      ASSERT_TRUE(WIFSTOPPED(run.waitForChange()));
+      run.send(SIGINT);
+      run.send(SIGTERM);
+      run.send(SIGCONT);
+    }
+    run.waitFor(kScreenCloses);
+    const int status = run.waitForChange();
+    EXPECT_TRUE(run.isAsBefore());
+    const bool in_order = run.rest().find("stopped on request") != std::string::npos;
+    if (end == "a crash") {
+      EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGSEGV && !in_order) << status;
+    } else if (end == "Ctrl-C twice") {
+      EXPECT_TRUE((exited(status, 130) || exited(status, 143)) && !in_order) << status;
+    } else {
+      EXPECT_TRUE(exited(status, 0) && in_order) << run.rest();
+    }
+  }
+}
+
+TEST(Terminal, KeysRescanAndSuspendAndAWarningIsKeptForAfterTheScreen) {
+  TerminalRun run;
+  run.waitFor(kScreenOpens);
+  run.waitFor("known after ");
+  run.press('r');
+  run.waitFor("survey: resumed");
+
+  run.press('\x1a');
+  run.waitFor(kScreenCloses);
+  ASSERT_TRUE(WIFSTOPPED(run.waitForChange()));
+  EXPECT_TRUE(run.isAsBefore());
+  run.send(SIGCONT);
+  run.waitFor(kScreenOpens);
+  run.waitFor("r rescan");
+  EXPECT_TRUE(run.readsKeys());
+
+  std::filesystem::remove(run.dir.path() / "survey.csv");
+  std::filesystem::create_directory(run.dir.path() / "survey.csv");
+  run.waitFor("the survey could not be written");
+  run.press('q');
+  run.waitFor(kScreenCloses);
+  run.waitFor("pelagrim-survey: the survey could not be written whole to ");
+  run.waitFor("until then it is kept in memory");
+  EXPECT_TRUE(exited(run.waitForChange(), 1));
+}
+
+}  // namespace
