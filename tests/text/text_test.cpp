@@ -1,4 +1,4 @@
-// The host's small readers and writers: quantities, sample formats, the clock.
+// The host's small readers and writers: quantities, sample formats.
 #include <gtest/gtest.h>
 
 #include <cmath>
