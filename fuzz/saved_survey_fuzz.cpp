@@ -19,16 +19,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const ScratchDir dir;
   dir.write("survey-labels.txt", data, size);
   const auto labels = pelagrim::loadLabels(dir.path())->labels;
-  const auto band_plan = parseBandPlan(text);
+  const auto band_plan = parseLabels(text);
   for (const pelagrim::BandLabel& range : labels) {
     for (const double hz : {range.low_hz, range.high_hz, 0.5 * (range.low_hz + range.high_hz)}) {
       const auto* const label = pelagrim::lookupLabel(labels, hz);
-      const BandRange* const found = findBandRange(band_plan, hz);
+      const pelagrim::BandLabel* const found = pelagrim::lookupLabel(band_plan, hz);
       FUZZ_EXPECT((label != nullptr) == (found != nullptr));
       FUZZ_EXPECT(label == nullptr || label->name == found->name);
     }
   }
-  for (const BandRange& range : band_plan) {
+  for (const pelagrim::BandLabel& range : band_plan) {
     FUZZ_EXPECT(displayText(displayText(range.name)) == displayText(range.name));
     FUZZ_EXPECT(markupText(displayText(range.name)).find_first_of("<>\"") == std::string::npos);
   }

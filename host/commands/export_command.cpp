@@ -16,6 +16,7 @@
 #include "host/text/counted_text.h"
 #include "host/text/letter_case.h"
 #include "host/text/quantity_text.h"
+#include "survey/signal_kind.h"
 
 namespace pelagrim_host {
 namespace {
@@ -28,7 +29,8 @@ struct ExportOptions {
 };
 
 std::vector<std::string> kindNames() {
-  return {signalKinds().begin(), signalKinds().end()};
+  const auto kinds = pelagrim::signalKinds();
+  return {kinds.begin(), kinds.end()};
 }
 
 /// "NFM?" for "nfm", whatever the case; as it is when there is no such kind.
@@ -47,7 +49,7 @@ std::string formatsText() {
     text += fmt::format("  {:8}{}\n", format.name, format.what);
   }
   return text + fmt::format("Kinds for --kind, with or without the question mark:\n  {}",
-                            fmt::join(signalKinds(), ", "));
+                            fmt::join(pelagrim::signalKinds(), ", "));
 }
 
 /// Reads the command line; nothing when it asked for the help text alone, which is printed.

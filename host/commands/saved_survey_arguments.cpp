@@ -43,7 +43,7 @@ void sayRemarks(const std::vector<std::string>& remarks) {
 }
 
 SurveyFiles readSurveyAsked(const std::string& survey) {
-  return readSurveyFiles(surveyPlace(survey, ownSurveyDirectory()));
+  return readSurveyFiles(surveyPlace(survey));
 }
 
 void refuseSurveyFiles(const std::string& output, const SurveyFiles& survey) {

@@ -18,11 +18,10 @@ double wholeMilliseconds(double seconds) {
   return std::floor(seconds * 1000.0) / 1000.0;
 }
 
-/// Where the survey of a source is kept that was not given a directory: "evening.survey" for
-/// evening.cu8. A live receiver shares the plug-in's own, so that this host and a receiver with a
-/// screen go on with the same survey.
-std::filesystem::path usualDirectory(const Options& options) {
-  if (!options.device.empty()) return ownSurveyDirectory();
+/// The directory that is named after a source: "evening.survey" for evening.cu8. A live receiver has
+/// none, so that this host and a receiver with a screen go on with the same survey.
+std::optional<std::filesystem::path> directoryOfSource(const Options& options) {
+  if (!options.device.empty()) return std::nullopt;
   if (options.source.empty()) return "simulated-band.survey";
   if (options.source == "-") return "standard-input.survey";
   return std::filesystem::path(options.source).stem().string() + ".survey";
@@ -45,7 +44,7 @@ SurveySettings changesAsked(const Options& options) {
 
 SurveySetup setUpSurvey(const Options& options) {
   SurveySetup setup;
-  setup.directory = surveyPlace(options.survey_dir, usualDirectory(options));
+  setup.directory = surveyPlace(options.survey_dir, directoryOfSource(options));
   setup.changes = changesAsked(options);
   const auto in_file = readSettings(setup.directory);
   setup.has_settings_file = in_file.has_value();

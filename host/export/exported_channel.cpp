@@ -67,7 +67,8 @@ std::vector<ExportedChannel> selectChannels(const SurveyFiles& survey,
   std::vector<ExportedChannel> exported;
   for (const SurveyedChannel& channel : survey.rows.channels) {
     if (!isSelected(channel, selection)) continue;
-    const BandRange* const range = findBandRange(survey.band_plan, channel.centre_hz);
+    const pelagrim::BandLabel* const range =
+        pelagrim::lookupLabel(survey.band_plan, channel.centre_hz);
     const std::string band = range == nullptr ? "" : displayText(range->name);
     exported.push_back({channel, listeningTo(channel), band, ""});
   }

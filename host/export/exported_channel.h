@@ -63,7 +63,7 @@ struct ExportedChannel {
 struct ExportSelection {
   double min_activity = 0.0;         ///< 0 to 1; of the share or of its whole per cent
   uint32_t min_hits = 0;             ///< dwells
-  std::vector<std::string> kinds{};  ///< of signalKinds(); empty: all
+  std::vector<std::string> kinds{};  ///< of pelagrim::signalKinds(); empty: all
 };
 
 /// The channels selected, in order of frequency.

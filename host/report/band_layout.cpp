@@ -50,13 +50,13 @@ FrequencyRange bandOf(const std::vector<ReportedChannel>& channels,
 }
 
 /// Which range names which stretch, with the rule that names channels: the first one that matches.
-std::vector<PlanStretch> planStrip(const std::vector<BandRange>& band_plan,
+std::vector<PlanStretch> planStrip(const std::vector<pelagrim::BandLabel>& band_plan,
                                    const FrequencyRange& span) {
-  std::vector<BandRange> near;
+  std::vector<pelagrim::BandLabel> near;
   std::vector<size_t> index_of;
   std::vector<double> edges;
   for (size_t index = 0; index < band_plan.size(); ++index) {
-    const BandRange& range = band_plan[index];
+    const pelagrim::BandLabel& range = band_plan[index];
     if (range.high_hz < span.low_hz || range.low_hz > span.high_hz) continue;
     near.push_back(range);
     index_of.push_back(index);
@@ -69,7 +69,7 @@ std::vector<PlanStretch> planStrip(const std::vector<BandRange>& band_plan,
 
   std::vector<PlanStretch> strip;
   const auto add = [&](double low_hz, double high_hz, double inside_hz) {
-    const BandRange* const range = findBandRange(near, inside_hz);
+    const pelagrim::BandLabel* const range = pelagrim::lookupLabel(near, inside_hz);
     if (range == nullptr) return;
     const size_t index = index_of[static_cast<size_t>(range - near.data())];
     const bool continues =
@@ -82,7 +82,7 @@ std::vector<PlanStretch> planStrip(const std::vector<BandRange>& band_plan,
   };
   for (size_t edge = 0; edge < edges.size(); ++edge) {
     if (edge > 0) add(edges[edge - 1], edges[edge], 0.5 * (edges[edge - 1] + edges[edge]));
-    const BandRange* const at = findBandRange(near, edges[edge]);
+    const pelagrim::BandLabel* const at = pelagrim::lookupLabel(near, edges[edge]);
     if (at != nullptr && at->low_hz == at->high_hz) add(edges[edge], edges[edge], edges[edge]);
   }
   // Single frequencies last, so that they are drawn upon what surrounds them.
@@ -142,7 +142,7 @@ double overFloorDb(const SurveyedChannel& channel) {
 }
 
 BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
-                      const std::vector<BandRange>& band_plan,
+                      const std::vector<pelagrim::BandLabel>& band_plan,
                       const std::optional<pelagrim::Settings>& settings) {
   BandLayout layout;
   layout.band = bandOf(channels, settings);

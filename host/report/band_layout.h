@@ -70,7 +70,7 @@ double overFloorDb(const SurveyedChannel& channel);
 /// Lays the picture out. The band is that of the settings where a signal lies in it or there is
 /// none at all, and what the channels span otherwise.
 BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
-                      const std::vector<BandRange>& band_plan,
+                      const std::vector<pelagrim::BandLabel>& band_plan,
                       const std::optional<pelagrim::Settings>& settings);
 
 }  // namespace pelagrim_host

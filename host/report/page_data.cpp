@@ -6,6 +6,7 @@
 
 #include "host/report/report_words.h"
 #include "host/text/display_text.h"
+#include "survey/signal_kind.h"
 
 namespace pelagrim_host {
 
@@ -63,11 +64,12 @@ json channelsOf(const ReportData& report) {
   addSeen("first_unix_ms", [](Seen channel) { return moment(channel.first_unix_ms); });
   addSeen("last_unix_ms", [](Seen channel) { return moment(channel.last_unix_ms); });
   addSeen("kind", [](Seen channel) {
-    const auto& kinds = signalKinds();
+    static const auto kinds = pelagrim::signalKinds();
     return std::find(kinds.begin(), kinds.end(), channel.kind) - kinds.begin();
   });
   addSeen("range", [&](Seen channel) -> json {
-    const BandRange* const range = findBandRange(report.band_plan, channel.centre_hz);
+    const pelagrim::BandLabel* const range =
+        pelagrim::lookupLabel(report.band_plan, channel.centre_hz);
     return range == nullptr ? -1 : range - report.band_plan.data();
   });
   addDrawn("top", [](const ChannelMark& mark) { return tenths(mark.top); });
@@ -102,7 +104,7 @@ json dataOf(const ReportData& report) {
   data["last_unix_ms"] = moment(layout.last_unix_ms);
   data["shows_milliseconds"] = layout.shows_milliseconds;
   data["shades"] = activityShades();
-  data["kinds"] = signalKinds();
+  data["kinds"] = pelagrim::signalKinds();
   data["is_compared"] = report.is_compared;
   data["words"] = wordsOf(report);
   data["channels"] = channelsOf(report);
@@ -121,7 +123,8 @@ json dataOf(const ReportData& report) {
     data["settings"].push_back({{"name", displayText(name)}, {"value", displayText(value)}});
   }
   for (const std::string& remark : report.remarks) data["remarks"].push_back(displayText(remark));
-  for (const BandRange& range : report.band_plan) data["plan"].push_back(displayText(range.name));
+  for (const pelagrim::BandLabel& range : report.band_plan)
+    data["plan"].push_back(displayText(range.name));
   for (const auto& [low_hz, high_hz, range] : layout.strip) {
     data["strip"].push_back({{"low_hz", low_hz}, {"high_hz", high_hz}, {"range", range}});
   }

@@ -13,7 +13,7 @@ namespace pelagrim_host {
 /// All that a report shows. Texts may hold any bytes; whoever draws them makes them safe.
 struct ReportData {
   std::vector<ReportedChannel> channels;
-  std::vector<BandRange> band_plan;
+  std::vector<pelagrim::BandLabel> band_plan;
   BandLayout layout;
   bool is_compared = false;
   std::vector<std::pair<std::string, std::string>> settings;  ///< name and value, to be read

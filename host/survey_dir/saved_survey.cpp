@@ -29,7 +29,7 @@ SurveyFiles readSurveyFiles(const std::filesystem::path& place) {
   }
   const auto directory = survey.results_path.parent_path();
   if (const auto text = readIfThere(labelsPath(directory))) {
-    survey.band_plan = parseBandPlan(*text);
+    survey.band_plan = parseLabels(*text);
   }
   if (const auto settings = readSettings(directory)) survey.settings = settings->inForce();
   return survey;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/survey_dir/band_plan.h"
+#include "host/survey_dir/band_labels.h"
 #include "host/survey_dir/survey_rows.h"
 #include "survey/settings.h"
 
@@ -15,7 +15,7 @@ namespace pelagrim_host {
 struct SurveyFiles {
   std::filesystem::path results_path;
   SurveyRows rows;
-  std::vector<BandRange> band_plan;            ///< empty when there is no such file
+  std::vector<pelagrim::BandLabel> band_plan;  ///< empty when there is no such file
   std::optional<pelagrim::Settings> settings;  ///< nothing when there is no such file
 };
 

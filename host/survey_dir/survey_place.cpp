@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "files/survey_dir.h"
 #include "host/process/whole_file.h"
 
 namespace pelagrim_host {
@@ -14,24 +15,14 @@ namespace {
 
 constexpr const char* kDirectoryVariable = "ORVANE_SURVEY_DIR";
 
-/// Empty when the variable is not set.
-std::filesystem::path fromEnvironment(const char* variable) {
-  const char* const value = std::getenv(variable);
-  return value == nullptr ? "" : value;
-}
-
 }  // namespace
 
 std::filesystem::path surveyPlace(const std::filesystem::path& named,
-                                  const std::filesystem::path& fallback) {
+                                  const std::optional<std::filesystem::path>& of_source) {
   if (!named.empty()) return named;
-  const auto moved_to = fromEnvironment(kDirectoryVariable);
-  return moved_to.empty() ? fallback : moved_to;
-}
-
-std::filesystem::path ownSurveyDirectory() {
-  const auto home = fromEnvironment("HOME");
-  return home.empty() ? "." : home / ".orvane" / "pelagrim";
+  const char* const moved_to = std::getenv(kDirectoryVariable);
+  const bool is_moved = moved_to != nullptr && *moved_to != '\0';
+  return of_source && !is_moved ? *of_source : std::filesystem::path(pelagrim::surveyDir());
 }
 
 void pointPluginTo(const std::filesystem::path& directory) {
@@ -54,15 +45,15 @@ bool createSurveyDirectory(const std::filesystem::path& directory) {
 }
 
 std::filesystem::path resultsPath(const std::filesystem::path& directory) {
-  return directory / "survey.csv";
+  return directory / pelagrim::kResultsName;
 }
 
 std::filesystem::path settingsPath(const std::filesystem::path& directory) {
-  return directory / "survey.cfg";
+  return directory / pelagrim::kSettingsName;
 }
 
 std::filesystem::path labelsPath(const std::filesystem::path& directory) {
-  return directory / "survey-labels.txt";
+  return directory / pelagrim::kLabelsName;
 }
 
 std::optional<std::string> readIfThere(const std::filesystem::path& path) {

@@ -6,14 +6,12 @@
 
 namespace pelagrim_host {
 
-/// Where the survey is that the user means: `named`, a directory or a file, where it is not empty;
-/// else $ORVANE_SURVEY_DIR, which also moves the plug-in's own survey; else `fallback`.
-std::filesystem::path surveyPlace(const std::filesystem::path& named,
-                                  const std::filesystem::path& fallback);
-
-/// The directory that the plug-in takes where nothing names another: ~/.orvane/pelagrim, or the
-/// working directory where there is no home. It need not exist.
-std::filesystem::path ownSurveyDirectory();
+/// Where the survey is that the user means: `named`, a directory or a file, where it is not empty.
+/// Else $ORVANE_SURVEY_DIR, where it is set; else `of_source`, which a recording has; else the
+/// directory that the plug-in takes by itself, ~/.orvane/pelagrim. It need not exist.
+std::filesystem::path surveyPlace(
+    const std::filesystem::path& named,
+    const std::optional<std::filesystem::path>& of_source = std::nullopt);
 
 /// Has a plug-in that is loaded from now on keep its files in `directory`.
 void pointPluginTo(const std::filesystem::path& directory);

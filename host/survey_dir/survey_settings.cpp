@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
+#include "files/settings_text.h"
 #include "host/process/whole_file.h"
 #include "host/survey_dir/survey_place.h"
 #include "host/text/quantity_text.h"
@@ -14,7 +14,6 @@ namespace pelagrim_host {
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
-constexpr std::string_view kSweep = "sweep";
 
 constexpr const char* kNewFileHead =
     "# Written by pelagrim-survey. A key that is not here has its default: start, stop,\n"
@@ -26,56 +25,35 @@ struct NumberKey {
   double pelagrim::Settings::*in_force;
 };
 constexpr NumberKey kNumberKeys[] = {
-    {"start", &SurveySettings::start_hz, &pelagrim::Settings::start_hz},
-    {"stop", &SurveySettings::stop_hz, &pelagrim::Settings::stop_hz},
-    {"threshold_db", &SurveySettings::threshold_db, &pelagrim::Settings::threshold_db},
-    {"dwell_seconds", &SurveySettings::dwell_seconds, &pelagrim::Settings::dwell_seconds},
-    {"raster_hz", &SurveySettings::raster_hz, &pelagrim::Settings::raster_hz},
+    {pelagrim::kStartKey, &SurveySettings::start_hz, &pelagrim::Settings::start_hz},
+    {pelagrim::kStopKey, &SurveySettings::stop_hz, &pelagrim::Settings::stop_hz},
+    {pelagrim::kThresholdKey, &SurveySettings::threshold_db, &pelagrim::Settings::threshold_db},
+    {pelagrim::kDwellKey, &SurveySettings::dwell_seconds, &pelagrim::Settings::dwell_seconds},
+    {pelagrim::kRasterKey, &SurveySettings::raster_hz, &pelagrim::Settings::raster_hz},
 };
 
-/// Where the value of a key stands in a text, without the blanks around it.
-struct ValuePlace {
-  size_t begin;
-  size_t length;
-};
-
-std::string_view withoutBlanks(std::string_view text) {
-  const size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
-std::optional<ValuePlace> findPlace(std::string_view text, std::string_view key) {
-  std::optional<ValuePlace> place;
-  for (size_t begin = 0; begin < text.size();) {
-    const size_t end = std::min(text.find('\n', begin), text.size());
-    std::string_view line = text.substr(begin, end - begin);
-    line = line.substr(0, line.find('\r'));
-    const size_t equals = line.find('=');
-    if (equals != std::string_view::npos && withoutBlanks(line.substr(0, equals)) == key &&
-        equals + 1 < line.size()) {
-      const std::string_view value = withoutBlanks(line.substr(equals + 1));
-      const size_t at =
-          value.empty() ? begin + line.size() : static_cast<size_t>(value.data() - text.data());
-      place = ValuePlace{at, value.size()};
-    }
-    begin = end + 1;
+/// Calls `visit` with every setting of the text, as the plug-in reads it.
+template <typename Visit>
+void forEachLine(std::string_view text, Visit visit) {
+  while (!text.empty()) {
+    const size_t length = std::min(text.find('\n'), text.size() - 1) + 1;
+    if (const auto setting = pelagrim::parseSettingLine(text.substr(0, length))) visit(*setting);
+    text.remove_prefix(length);
   }
-  return place;
 }
 
-std::optional<std::string> findValue(std::string_view text, std::string_view key) {
-  const auto place = findPlace(text, key);
-  if (!place) return std::nullopt;
-  return std::string(text.substr(place->begin, place->length));
-}
-
-std::optional<double> findNumber(std::string_view text, std::string_view key) {
-  const auto value = findValue(text, key);
-  if (!value) return std::nullopt;
-  // As the plug-in reads it: 0 where there is no number. This program sets no locale.
-  const double number = std::strtod(value->c_str(), nullptr);
-  return std::isfinite(number) ? std::optional(number) : std::nullopt;
+/// The value of the last line of a key, up to the end of its line, without the blanks around it: a
+/// part of `text`.
+std::optional<std::string_view> findValue(std::string_view text, std::string_view key) {
+  std::optional<std::string_view> found;
+  forEachLine(text, [&](const pelagrim::SettingLine& line) {
+    if (line.key != key) return;
+    std::string_view value = text.substr(static_cast<size_t>(line.value.data() - text.data()));
+    value = value.substr(0, value.find_first_of("\r\n"));
+    value.remove_prefix(std::min(value.find_first_not_of(kBlanks), value.size()));
+    found = value.substr(0, value.find_last_not_of(kBlanks) + 1);
+  });
+  return found;
 }
 
 /// Calls `visit` with key and value for everything that is set.
@@ -84,21 +62,19 @@ void forEachSet(const SurveySettings& settings, Visit visit) {
   for (const NumberKey& number : kNumberKeys) {
     if (const auto& value = settings.*number.set) visit(number.key, formatNumber(*value));
   }
-  if (settings.sweep) visit(kSweep, std::string(*settings.sweep ? "yes" : "no"));
+  if (settings.sweep) visit(pelagrim::kSweepKey, std::string(*settings.sweep ? "yes" : "no"));
 }
 
 void setOne(std::string& text, std::string_view key, const std::string& value) {
-  const auto place = findPlace(text, key);
-  if (!place) {
+  const auto old_value = findValue(text, key);
+  if (!old_value) {
     if (!text.empty() && text.back() != '\n') text += '\n';
     text += fmt::format("{} = {}\n", key, value);
     return;
   }
-  size_t length = place->length;
-  if (key != kSweep) {
-    length = std::min(length, text.find_first_of(" \t#", place->begin) - place->begin);
-  }
-  text.replace(place->begin, length, value);
+  const size_t number_length = std::min(old_value->find_first_of(" \t#"), old_value->size());
+  const size_t length = key == pelagrim::kSweepKey ? old_value->size() : number_length;
+  text.replace(static_cast<size_t>(old_value->data() - text.data()), length, value);
 }
 
 }  // namespace
@@ -137,10 +113,14 @@ std::string SurveySettings::text() const {
 
 SurveySettings parseSettings(std::string_view text) {
   SurveySettings settings;
-  for (const NumberKey& number : kNumberKeys) settings.*number.set = findNumber(text, number.key);
-  if (const auto value = findValue(text, kSweep)) {
-    settings.sweep = value->find_first_of("nN") == std::string::npos;
-  }
+  forEachLine(text, [&](const pelagrim::SettingLine& line) {
+    if (line.key == pelagrim::kSweepKey) settings.sweep = pelagrim::asksToSweep(line.value);
+    for (const NumberKey& number : kNumberKeys) {
+      if (line.key != number.key) continue;
+      const double value = pelagrim::settingNumber(line.value);
+      settings.*number.set = std::isfinite(value) ? std::optional(value) : std::nullopt;
+    }
+  });
   return settings;
 }
 

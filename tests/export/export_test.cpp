@@ -19,7 +19,7 @@ constexpr const char* kSurvey =
 SurveyFiles survey(const std::string& band_plan = "144 146 Amateur 2 m\n") {
   SurveyFiles files;
   files.rows = parseSurveyRows(kSurvey);
-  files.band_plan = parseBandPlan(band_plan);
+  files.band_plan = parseLabels(band_plan);
   return files;
 }
 

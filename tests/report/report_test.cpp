@@ -16,6 +16,7 @@
 #include "host/survey_dir/saved_survey.h"
 #include "host/survey_dir/survey_settings.h"
 #include "host/text/display_text.h"
+#include "survey/signal_kind.h"
 
 namespace pelagrim_host {
 namespace {
@@ -26,12 +27,12 @@ SurveyedChannel channelAt(double centre_hz, double width_hz, uint32_t hits, uint
   channel.width_hz = width_hz;
   channel.hits = hits;
   channel.looks = looks;
-  channel.kind = guessSignalKind(width_hz);
+  channel.kind = pelagrim::guessKind(width_hz);
   return channel;
 }
 
 TEST(BandPlan, EdgesThatAreNoNumberSpoilNothing) {
-  const auto plan = parseBandPlan(
+  const auto plan = parseLabels(
       "144.5 nan Never\nnan 144.1 Never\n144.9 inf Up\n-inf 144.2 Down\n144 145 Between\n");
   std::string names;
   for (const auto& stretch : layOutBand({}, plan, parseSettings("").inForce()).strip) {

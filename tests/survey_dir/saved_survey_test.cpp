@@ -67,7 +67,7 @@ TEST(SurveyRows, TakesEveryFieldFromItsPlace) {
 }
 
 TEST(BandPlan, NamesAFrequencyAfterTheFirstRangeThatHoldsIt) {
-  const auto plan = parseBandPlan(
+  const auto plan = parseLabels(
       "145.5 145.5 Calling # and no more\n144 145 Lower\t\r\n-1 0.5 Longwave\n146 144 Reversed\n"
       "144 146\nword 1 2 x\n145 146 Upper\n144 147 Whole\n147 148 # nothing left\n");
   const struct {
@@ -78,7 +78,7 @@ TEST(BandPlan, NamesAFrequencyAfterTheFirstRangeThatHoldsIt) {
                {0, "Longwave"},      {500e3, nullptr}, {143999999.0, nullptr},
                {147.5e6, nullptr}};
   for (const auto& [hz, name] : cases) {
-    const BandRange* const range = findBandRange(plan, hz);
+    const pelagrim::BandLabel* const range = pelagrim::lookupLabel(plan, hz);
     EXPECT_EQ(range == nullptr ? "" : range->name, name == nullptr ? "" : name) << hz;
   }
 }

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -58,31 +59,29 @@ TEST(SurveySettings, EditingTheFileKeepsItsLinkAndItsMode) {
   EXPECT_THROW(editSettings(dir.path(), {.sweep = true}), std::runtime_error);
 }
 
-TEST(SurveyPlace, IsWhereTheUserSaysElseTheEnvironmentElseTheFallback) {
+TEST(SurveyPlace, IsAsNamedElseByTheEnvironmentElseOfTheSourceElseInTheHome) {
   const struct {
     const char* named;
     const char* variable;
+    std::optional<fs::path> of_source;
     const char* home;
     const char* place;
-  } cases[] = {{"a", "b", "/h", "a"},
-               {"", "b", "/h", "b"},
-               {"", "", "/h", "/h/.orvane/pelagrim"},
-               {"", nullptr, "/h", "/h/.orvane/pelagrim"},
-               {"", "", "", "."},
-               {"", "", nullptr, "."}};
+  } cases[] = {{"a", "b", "c", "/h", "a"},     {"", "b", "c", "/h", "b"},
+               {"", "", "c", "/h", "c"},       {"", nullptr, "c", "/h", "c"},
+               {"", "b", {}, "/h", "b"},       {"", nullptr, {}, "/h", "/h/.orvane/pelagrim"},
+               {"", nullptr, {}, nullptr, "."}};
   const std::string home = std::getenv("HOME") == nullptr ? "" : std::getenv("HOME");
   const auto set = [](const char* name, const char* value) {
     value == nullptr ? unsetenv(name) : setenv(name, value, 1);
   };
-  for (const auto& [named, variable, home_now, place] : cases) {
+  for (const auto& [named, variable, of_source, home_now, place] : cases) {
     set("ORVANE_SURVEY_DIR", variable);
     set("HOME", home_now);
-    EXPECT_EQ(surveyPlace(named, ownSurveyDirectory()), place);
+    EXPECT_EQ(surveyPlace(named, of_source), place);
   }
   pointPluginTo("there");
-  EXPECT_EQ(surveyPlace("", "fallback"), "there");
+  EXPECT_EQ(surveyPlace("", "here"), "there");
   unsetenv("ORVANE_SURVEY_DIR");
-  EXPECT_EQ(surveyPlace("", "fallback"), "fallback");
   set("HOME", home.c_str());
 }
 
