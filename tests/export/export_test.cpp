@@ -112,6 +112,10 @@ TEST(Export, OddNamesBreakNoFormat) {
   EXPECT_EQ(nlohmann::json::parse(sdrppBookmarks(channels)).at("bookmarks").size(), 5U);
   EXPECT_EQ(linesOf(chirpMemories(channels)).at(4).substr(0, 41),
             "4,\"=a;b,\"\"c\"\"?? 145.0129 MHz\",145.012500,");
+  const auto table = readableCsv(selectChannels(survey("3 4 +1\n90 90 @x\n144 145 -2\n"), {}));
+  for (const char* const harmless : {",'+1\n", ",'@x\n", ",'-2\n"}) {
+    EXPECT_NE(table.find(harmless), std::string::npos) << table;
+  }
   const auto row = linesOf(readableCsv(channels)).at(4);
   EXPECT_EQ(row.substr(row.find("Z,\"") + 2), "\"'=a;b,\"\"c\"\"\xE2\x90\x81\xEF\xBF\xBD\"");
 }

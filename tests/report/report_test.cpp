@@ -11,6 +11,7 @@
 
 #include "host/report/band_layout.h"
 #include "host/report/band_svg.h"
+#include "host/report/report_data.h"
 #include "host/report/report_page.h"
 #include "host/report/survey_change.h"
 #include "host/survey_dir/saved_survey.h"
@@ -72,6 +73,13 @@ TEST(CompareSurveys, TellsOthersFromTheSameAndLooksSinceFromAllLooks) {
       {wide, channelAt(144.5e6, 60e3, 9, 9), Change::kNew, "beside the old one"},
       {wide, channelAt(144.62e6, 10e3, 9, 9), Change::kNew, "narrow, upon it"},
       {wide, channelAt(144.69e6, 60e3, 9, 9), Change::kNone, "a part of it"},
+      {channelAt(145e6, 4e3, 9, 9), channelAt(145.006e6, 12e3, 9, 9), Change::kNone, "its edge"},
+      {channelAt(145e6, 4e3, 9, 9), channelAt(145.0061e6, 12e3, 9, 9), Change::kNew, "beyond it"},
+      {channelAt(145e6, 12e3, 9, 9), channelAt(145.006e6, 4e3, 9, 9), Change::kNone, "old edge"},
+      {channelAt(145e6, 3e3, 9, 9), channelAt(145e6, 12e3, 9, 9), Change::kNone, "four times"},
+      {channelAt(145e6, 3e3, 9, 9), channelAt(145e6, 12.1e3, 9, 9), Change::kNew, "over four"},
+      {channelAt(145e6, 5e3, 9, 9), channelAt(145e6, 29, 9, 9), Change::kNone, "below raster"},
+      {channelAt(145e6, 5.1e3, 9, 9), channelAt(145e6, 29, 9, 9), Change::kNew, "one above it"},
       {seen(90, 100, 1, 5), seen(90, 104, 1, 5), Change::kLessOften, "never since"},
       {seen(2, 100, 1, 5), seen(5, 104, 1, 9), Change::kMoreOften, "three of four times since"},
       {seen(90, 100, 1, 5), seen(90, 104, 2, 5), Change::kNone, "another survey"},
@@ -79,6 +87,21 @@ TEST(CompareSurveys, TellsOthersFromTheSameAndLooksSinceFromAllLooks) {
   for (const auto& [old, now, change, why] : cases) {
     EXPECT_EQ(compareSurveys({now}, {old}, 5e3).channels[0].change, change) << why;
   }
+}
+
+TEST(CompareSurveys, PairsTheNearestFirstAndEachOnlyOnce) {
+  const auto one = channelAt(145e6, 3e3, 9, 9);
+  const auto near = channelAt(145.001e6, 3e3, 9, 9);
+  const auto far = channelAt(145.004e6, 3e3, 9, 9);
+  const auto split = compareSurveys({far, near}, {one}, 5e3).channels;
+  ASSERT_EQ(split.size(), 2u);
+  EXPECT_EQ(split[0].change, Change::kNew);
+  EXPECT_EQ(split[1].change, Change::kNone);
+  const auto merged = compareSurveys({one}, {far, near}, 5e3).channels;
+  ASSERT_EQ(merged.size(), 2u);
+  EXPECT_EQ(merged[0].change, Change::kNone);
+  EXPECT_EQ(merged[1].change, Change::kGone);
+  EXPECT_EQ(merged[1].channel.centre_hz, far.centre_hz);
 }
 
 TEST(CompareSurveys, CallsNothingNewOrGoneWhereNobodyLookedForIt) {
@@ -155,6 +178,34 @@ TEST(BandLayout, LevelsBeyondReasonMakeNoEndlessScale) {
   EXPECT_LE(layout.level_lines.size(), 8u);
 }
 
+TEST(Report, TellsTheSettingsAlsoThoseThatTheFileLacks) {
+  SurveyFiles survey;
+  survey.results_path = "survey.csv";
+  survey.rows.channels = {channelAt(145e6, 3e3, 1, 1)};
+  SurveyFiles old = survey;
+  old.rows.channels[0].centre_hz += 5000.0;
+  EXPECT_EQ(makeReport(survey, &old).channels.size(), 1u) << "paired within the usual raster";
+  old.rows.channels[0].centre_hz += 1.0;
+  EXPECT_EQ(makeReport(survey, &old).channels.size(), 2u);
+
+  survey.settings = parseSettings("threshold_db = 9.5\n").inForce();
+  using Pairs = std::vector<std::pair<std::string, std::string>>;
+  EXPECT_EQ(makeReport(survey, nullptr).settings,
+            (Pairs{{"Threshold", "9.5 dB over the noise floor"},
+                   {"Dwell", "20 s"},
+                   {"Raster", "5 kHz"},
+                   {"Band set", "144.0000 to 146.0000 MHz"},
+                   {"Sweep", "yes"},
+                   {"File", "survey.csv"}}));
+  old.settings =
+      parseSettings("dwell_seconds = 1\nthreshold_db = 9.5\nstop = 144500000\n").inForce();
+  const ReportData report = makeReport(survey, &old);
+  ASSERT_EQ(report.remarks.size(), 2u);
+  EXPECT_NE(report.remarks[0].find("1 channel outside its band"), std::string::npos);
+  EXPECT_NE(report.remarks[1].find("dwells of 1 s and a threshold of 9.5 dB, this survey 20 s"),
+            std::string::npos);
+}
+
 TEST(Report, ShowsAnyNameWithoutTakingItForMarkup) {
   EXPECT_EQ(
       displayText("\x1b[1m\x7f\xff\xc0\xaf \xed\xa0\x80 \xf0\x9f\x93\xbb\xe2\x80\xae caf\xc3"),
@@ -170,7 +221,14 @@ TEST(Report, ShowsAnyNameWithoutTakingItForMarkup) {
   EXPECT_NE(data.find("{{page.js}}"), std::string::npos) << "the data end at the name's markup";
   EXPECT_EQ(data.find('<'), std::string::npos);
   const std::string svg = bandSvg(report);
-  EXPECT_NE(svg.find("&lt;/script&gt;&lt;!--&lt;script&gt;&quot;&amp;'�␂"), std::string::npos);
+  size_t names = 0;
+  for (size_t at = svg.find("&lt;/script"); at != std::string::npos; ++names) {
+    EXPECT_TRUE(svg.substr(at).starts_with("&lt;/script&gt;&lt;!--&lt;script&gt;&quot;&amp;'�␂"));
+    at = svg.find("&lt;/script", at + 1);
+  }
+  EXPECT_EQ(names, 2u) << "in the strip, and as its hint";
+  EXPECT_EQ(svg.find("</script"), std::string::npos);
+  EXPECT_EQ(svg.find("<!--"), std::string::npos);
 }
 
 }  // namespace
