@@ -111,6 +111,11 @@ try {
   assert.match(await page.textContent('#readout'), new RegExp('^144\\.6200 MHz, WFM\\?, '
     + '160\\.0 kHz wide, 30 dB over floor, seen in 10 of 10 looks, .*, new$'));
 
+  // Dates stand above the clock beside the lines of the time scale.
+  assert.deepEqual((await page.locator('#picture text.end').evaluateAll((all) => all
+    .sort((a, b) => a.getAttribute('y') - b.getAttribute('y')).map((text) => text.textContent)))
+    .slice(-6), ['13:26:40', '13:56:40', '14:26:40'].flatMap((clock) => ['2024-11-16', clock]));
+
   // Zooming by dragging leaves what was dragged over, and double-click undoes it.
   await page.mouse.move(xOf(145.2), box.y + 100);
   await page.mouse.down();
@@ -147,6 +152,9 @@ try {
   assert.match(await page.textContent('#readout'), new RegExp(gone));
   await page.hover('#rows tr:first-child');
   assert.match(await page.textContent('#readout'), new RegExp(third));
+  await page.click(`#rows tr:has-text("${wide}")`);
+  await press('ArrowDown', 'Enter');
+  assert.match(await page.textContent('#readout'), new RegExp(narrow));
 
   // What is not known comes last, whichever way the rest is sorted.
   const [known, unknown] = ['145.0000', '144.9000'];
