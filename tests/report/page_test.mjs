@@ -140,6 +140,11 @@ try {
   assert.ok((await shown())[0] < low);
   await press('-');
   assert.ok(Math.abs(high - low - ((await shown())[1] - (await shown())[0]) / 2) < 0.001);
+  await press('ArrowUp');
+  assert.match(await page.textContent('#readout'), new RegExp(wide));
+  assert.ok(Math.abs((await shown())[0] + (await shown())[1] - 2 * 144.62) < 0.3, 'goes along');
+  assert.ok((await page.locator('[aria-current]').count()) <= 1, 'one is picked, no more');
+  await press('ArrowDown');
   await page.keyboard.press('0');
   await page.keyboard.press('Enter');
   assert.match(await page.evaluate(() => document.activeElement.textContent), new RegExp(gone));
