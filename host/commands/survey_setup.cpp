@@ -18,8 +18,8 @@ double wholeMilliseconds(double seconds) {
   return std::floor(seconds * 1000.0) / 1000.0;
 }
 
-/// The directory that is named after a source: "evening.survey" for evening.cu8. A live receiver has
-/// none, so that this host and a receiver with a screen go on with the same survey.
+/// The directory that is named after a source: "evening.survey" for evening.cu8. A live receiver
+/// has none, so that this host and a receiver with a screen go on with the same survey.
 std::optional<std::filesystem::path> directoryOfSource(const Options& options) {
   if (!options.device.empty()) return std::nullopt;
   if (options.source.empty()) return "simulated-band.survey";
