@@ -11,6 +11,7 @@ add_executable(host_test
   sources/offset_tuned_source_test.cpp
   sources/raw_recording_test.cpp
   sources/recording_name_test.cpp
+  sources/replayed_source_test.cpp
   sources/sigmf_recording_test.cpp
   sources/wav_recording_test.cpp
   survey_dir/saved_survey_test.cpp

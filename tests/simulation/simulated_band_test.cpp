@@ -52,10 +52,36 @@ TEST(SimulatedBand, RefusesFrequenciesOutOfRangeAndEndsOnTime) {
     EXPECT_EQ(band.centreHz(), 145e6);
     EXPECT_THROW(SimulatedBand({.centre_hz = hz}), SourceError);
   }
+  EXPECT_EQ(band.tune(146.9e6), kTuneAccepted);  // up to one rate beyond the band
+  EXPECT_EQ(band.tune(143.1e6), kTuneAccepted);
   EXPECT_THROW(SimulatedBand({.low_hz = 146e6, .high_hz = 144e6}), SourceError);
   Samples block(20000);
   EXPECT_EQ(band.read(block), 10000U);
   EXPECT_EQ(band.read(block), 0U);
+}
+
+TEST(SimulatedPopulation, FillsTheBandInOrderWithStationsApartAndOnTheirRaster) {
+  for (const double width_hz : {0.5e6, 2e6, 6e6, 7e6}) {
+    const auto stations = simulatedPopulation(144e6, 144e6 + width_hz);
+    const double sets = std::max(1.0, std::round(width_hz / 2e6));
+    EXPECT_NEAR(static_cast<double>(stations.size()), 16.0 * sets, width_hz < 1e6 ? 10.0 : sets);
+    for (size_t i = 0; i < stations.size(); ++i) {
+      const double before_hz = i == 0 ? 144e6 : stations[i - 1].highHz() + 8e3;
+      EXPECT_GE(stations[i].lowHz(), before_hz) << stations[i].name;
+      const bool is_ssb = stations[i].kind == SimulatedKind::kSsbVoice;
+      EXPECT_EQ(std::fmod(stations[i].centre_hz, 5e3), is_ssb ? 1500.0 : 0.0) << stations[i].name;
+    }
+    EXPECT_GT(stations.back().highHz(), 144e6 + 0.85 * width_hz);
+    EXPECT_LT(stations.back().highHz(), 144e6 + width_hz);
+  }
+  SimulatedStation station;
+  station.first_on_seconds = 2.0;
+  station.on_seconds = 3.0;
+  station.period_seconds = 10.0;
+  for (const auto& [seconds, strength] :
+       {std::pair(1.0, 0.0), {3.0, 1.0}, {6.0, 0.0}, {13.0, 1.0}, {26.0, 0.0}, {-7.0, 1.0}}) {
+    EXPECT_EQ(station.strengthAt(seconds), strength) << seconds;
+  }
 }
 
 TEST(SimulatedBand, NoiseIsWhiteAndOfTheStatedPower) {

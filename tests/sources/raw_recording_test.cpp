@@ -34,7 +34,10 @@ TEST_F(Recordings, ScaleEveryRawFormatToOne) {
     EXPECT_EQ(source->lengthSamples(), 2u) << c.format;
     EXPECT_EQ(readAll(*source), Samples(2, c.sample)) << c.format;
     EXPECT_NE(source->damage().value_or("").find("last 1 of its bytes"), std::string::npos);
+    EXPECT_EQ(open(name)->skip(9), 2u) << c.format;
   }
+  std::filesystem::create_directory(dir_.path() / "d_100M_48k.cu8");
+  EXPECT_NE(refusal("d_100M_48k.cu8").find("is a directory"), std::string::npos);
 }
 
 /// A pipe with a name, and a thread that writes to it.

@@ -39,6 +39,8 @@ TEST(RecordingName, ReadsWhatRecordersWrite) {
       {"x_62M_433M.cs32", 0, 62e6, 0, "cs32"},  // no receiver samples at 433 MS/s
       {"cf0_x_5m.raw", 0, 0, 0, ""},
       {"gqrx_fc_x.y", 0, 0, 0, "cf32"},
+      {"x_433M_250k0.cu8", 250e3, 433e6, 0, "cu8"},
+      {"x_cf9999999999.raw", 0, 0, 0, ""},  // no receiver is there
       {"modes1.bin", 0, 0, 0, ""},
       {"x_20231399_101112_1.2.3M_99999999999G.raw", 0, 0, 0, ""},
       {"", 0, 0, 0, ""}};

@@ -23,6 +23,8 @@ TEST(SigmfMeta, RefusesWhatCannotBeSurveyedWithTheReason) {
       {metaText(cu8, "{\"core:sample_start\":9},{\"core:sample_start\":5}"), "order"},
       {metaText(cu8, "{\"core:sample_start\":11}"), "capture 1 reaches past"},
       {metaText(cu8, "{},{\"core:sample_start\":9,\"core:header_bytes\":3}"), "capture 2 reaches"},
+      {metaText(cu8 + ",\"core:trailing_bytes\":99", "{\"core:sample_start\":1}"),
+       "capture 1 reaches"},
       {"{\"captures\":[]}", "no \"global\""},
       {"{\"global\":", "not JSON (at byte"},
       {std::string(1'000'000, '['), "nested too deeply"},
@@ -91,14 +93,23 @@ TEST_F(SigmfRecordings, RetuneWhereSigmfCapturesDo) {
 }
 
 TEST_F(SigmfRecordings, LeaveOutWhatIsNoSampleAndCountFromTheirOffset) {
-  dir_.write("x_100M.sigmf-meta", metaText(cu8 + ",\"core:offset\":50,\"core:trailing_bytes\":3",
-                                           "{\"core:sample_start\":52}"));
+  dir_.write("x_100M.sigmf-meta",
+             metaText(cu8 + ",\"core:offset\":50,\"core:trailing_bytes\":3",
+                      "{\"core:sample_start\":52,\"core:datetime\":\"2024-01-01\"}"));
   dir_.write("x_100M.sigmf-data", std::string(4, '\0') + std::string(6, '\xFF') + "end");
-  const auto source = open("x_100M.sigmf-meta");
+  std::string remarks;
+  const auto source = openRecording(request("x_100M.sigmf-meta"),
+                                    [&remarks](const std::string& line) { remarks += line; });
+  EXPECT_EQ(remarks, "x_100M.sigmf-meta: the samples before its first capture are dropped");
+  EXPECT_EQ(source->startUnixMs(), std::nullopt);  // a day is no moment
   EXPECT_EQ(source->lengthSamples(), 3u);
   EXPECT_EQ(source->centreHz(), 100e6);  // of the name, as the metadata have none
   for (const auto sample : readAll(*source)) EXPECT_GT(sample.real(), 0.9F);
   EXPECT_EQ(source->damage(), std::nullopt);
+  const auto cut = open("x_100M.sigmf-meta");
+  std::filesystem::resize_file(dir_.path() / "x_100M.sigmf-data", 6);
+  EXPECT_THROW(readAll(*cut), SourceError);
+  dir_.write("x_100M.sigmf-data", std::string(4, '\0') + std::string(6, '\xFF') + "end");
   RecordingRequest asked = request("x_100M.sigmf-data");
   asked.told.format = {"cu8", "the command line"};
   asked.told.rate_hz = {2000.0, "the command line"};
@@ -183,6 +194,8 @@ TEST_F(SigmfRecordings, ComeFromArchivesThatHideNothing) {
   dir_.write("UP.SIGMF-DATA", "1234");
   EXPECT_EQ(readAll(*open("UP.SIGMF-META")).size(), 2u);
   EXPECT_EQ(readAll(*open("UP.SIGMF-DATA")).size(), 2u);
+  dir_.write("UP.sigmf-data", "123456");  // comes first
+  EXPECT_EQ(readAll(*open("UP.SIGMF-META")).size(), 3u);
   const std::vector<std::pair<std::string, const char*>> cases = {
       {tarMember("../x.sigmf-meta", meta) + data + end, "leads out of the archive"},
       {tarMember("/x.sigmf-meta", meta) + data + end, "leads out of the archive"},

@@ -84,19 +84,23 @@ struct WavRecordings : Recordings {
 TEST_F(WavRecordings, GiveTheSameFloatsAsRawAndSigmf) {
   std::string bytes;
   for (int i = 0; i < 200; ++i) bytes += static_cast<char>(i * 37);
-  std::string big_endian;
+  std::string big_endian, little_endian;
   std::vector<short> words;
   for (const char c : bytes) {
     const int value = (2 * static_cast<unsigned char>(c) - 255) * 128;
     words.push_back(static_cast<short>(value));
     big_endian += {static_cast<char>(value >> 8), static_cast<char>(value)};
+    little_endian += {static_cast<char>(value), static_cast<char>(value >> 8)};
   }
   dir_.write("x_100M_48k.cu8", bytes);
-  dir_.write("x_100M.sigmf-meta", metaText("\"core:datatype\":\"ci16_be\""));
-  dir_.write("x_100M.sigmf-data", big_endian);
+  dir_.write("be_100M.sigmf-meta", metaText("\"core:datatype\":\"ci16_be\""));
+  dir_.write("be_100M.sigmf-data", big_endian);
+  dir_.write("le_100M.sigmf-meta", metaText("\"core:datatype\":\"ci16_le\""));
+  dir_.write("le_100M.sigmf-data", little_endian);
   const Samples raw = readAll(*open("x_100M_48k.cu8"));
   ASSERT_EQ(raw.size(), 100u);
-  EXPECT_EQ(readAll(*open("x_100M.sigmf-data")), raw);
+  EXPECT_EQ(readAll(*open("be_100M.sigmf-data")), raw);
+  EXPECT_EQ(readAll(*open("le_100M.sigmf-data")), raw);
   const int kinds[] = {SF_FORMAT_WAV | SF_FORMAT_PCM_U8, SF_FORMAT_WAV | SF_FORMAT_PCM_16,
                        SF_FORMAT_WAV | SF_FORMAT_PCM_24, SF_FORMAT_RF64 | SF_FORMAT_PCM_32,
                        SF_FORMAT_WAV | SF_FORMAT_FLOAT};
@@ -138,6 +142,8 @@ TEST_F(WavRecordings, KnowWhatTheHeaderSaysWhateverTheNameSays) {
   EXPECT_EQ(facts.centre_hz->origin, "the auxi chunk");
   EXPECT_EQ(source->startUnixMs(), 1536266471005);
   EXPECT_EQ(facts.start_unix_ms->origin, "the auxi chunk");
+  EXPECT_EQ(source->skip(1), 1u);
+  EXPECT_EQ(source->skip(9), 1u);
   RecordingRequest asked = request(name);  // what is told stands over both
   asked.told.rate_hz = {1000.0, "the command line"};
   asked.told.centre_hz = {2e6, "the command line"};
@@ -151,18 +157,26 @@ TEST_F(WavRecordings, KnowWhatTheHeaderSaysWhateverTheNameSays) {
   EXPECT_NE(refusal(asked).find("only a SigMF recording has a checksum"), std::string::npos);
 }
 
-TEST_F(WavRecordings, OfMoreThanFourGigabytesHaveTheirLengthElsewhere) {
-  SF_INFO info = {0, 48000, 2, SF_FORMAT_RF64 | SF_FORMAT_PCM_16, 0, 0};
-  const auto path = dir_.path() / "x_100M.wav";
-  SNDFILE* const file = sf_open(path.c_str(), SFM_WRITE, &info);
-  const std::vector<short> words(200);
-  sf_write_short(file, words.data(), static_cast<sf_count_t>(words.size()));
-  sf_close(file);
-  std::filesystem::resize_file(path, std::filesystem::file_size(path) - 40);
-  const auto source = open("x_100M.wav");
-  EXPECT_EQ(readAll(*source).size(), 90u);
-  EXPECT_NE(source->damage().value_or("").find("promises 400 bytes of samples, 360 are there"),
-            std::string::npos);
+TEST_F(WavRecordings, SayHowMuchIsMissingAlsoWhereTheLengthNeedsMoreThan32Bits) {
+  const std::pair<int, size_t> kinds[] = {{SF_FORMAT_PCM_U8, 2}, {SF_FORMAT_PCM_16, 4},
+                                          {SF_FORMAT_PCM_24, 6}, {SF_FORMAT_PCM_32, 8},
+                                          {SF_FORMAT_FLOAT, 8},  {SF_FORMAT_DOUBLE, 16}};
+  for (const auto& [kind, sample_bytes] : kinds) {
+    SF_INFO info = {0, 48000, 2, SF_FORMAT_RF64 | kind, 0, 0};
+    const auto path = dir_.path() / "x_100M.wav";
+    SNDFILE* const file = sf_open(path.c_str(), SFM_WRITE, &info);
+    const std::vector<short> words(200);
+    sf_write_short(file, words.data(), static_cast<sf_count_t>(words.size()));
+    sf_close(file);
+    std::filesystem::resize_file(path, std::filesystem::file_size(path) - 10 * sample_bytes);
+    const auto source = open("x_100M.wav");
+    EXPECT_EQ(readAll(*source).size(), 90u);
+    const std::string words_of_damage = "promises " + std::to_string(100 * sample_bytes) +
+                                        " bytes of samples, " + std::to_string(90 * sample_bytes) +
+                                        " are there";
+    EXPECT_NE(source->damage().value_or("").find(words_of_damage), std::string::npos)
+        << words_of_damage << source->damage().value_or("");
+  }
 }
 
 TEST(WavAuxi, MayEndEarlyAndMakeNoSense) {
