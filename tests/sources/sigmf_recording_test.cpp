@@ -95,13 +95,13 @@ TEST_F(SigmfRecordings, RetuneWhereSigmfCapturesDo) {
 TEST_F(SigmfRecordings, LeaveOutWhatIsNoSampleAndCountFromTheirOffset) {
   dir_.write("x_100M.sigmf-meta",
              metaText(cu8 + ",\"core:offset\":50,\"core:trailing_bytes\":3",
-                      "{\"core:sample_start\":52,\"core:datetime\":\"2024-01-01\"}"));
+                      "{\"core:sample_start\":52,\"core:datetime\":\"2024-01-01 00:00:00\"}"));
   dir_.write("x_100M.sigmf-data", std::string(4, '\0') + std::string(6, '\xFF') + "end");
   std::string remarks;
   const auto source = openRecording(request("x_100M.sigmf-meta"),
                                     [&remarks](const std::string& line) { remarks += line; });
   EXPECT_EQ(remarks, "x_100M.sigmf-meta: the samples before its first capture are dropped");
-  EXPECT_EQ(source->startUnixMs(), std::nullopt);  // a day is no moment
+  EXPECT_EQ(source->startUnixMs(), std::nullopt);  // written in no way that it allows
   EXPECT_EQ(source->lengthSamples(), 3u);
   EXPECT_EQ(source->centreHz(), 100e6);  // of the name, as the metadata have none
   for (const auto sample : readAll(*source)) EXPECT_GT(sample.real(), 0.9F);
