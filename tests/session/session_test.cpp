@@ -23,6 +23,8 @@ class ScriptedSource : public IqSource {
  public:
   std::string name() const override { return "script"; }
   double sampleRateHz() const override { return 100.0; }
+  uint64_t overflows() const override { return read_ / 10; }
+  void settle() override { ++settled; }
   double centreHz() const override { return read_ >= jumps_at ? 777.0 : centre_hz_; }
   std::optional<int64_t> nextUnixMs() const override {
     return read_ == resumes_at ? std::optional(resumes_ms) : std::nullopt;
@@ -48,6 +50,7 @@ class ScriptedSource : public IqSource {
   int64_t resumes_ms = 0;
   std::vector<WendleTuneResult> answers;
   size_t tunes = 0;
+  size_t settled = 0;
 
  private:
   size_t read_ = 0;
@@ -68,6 +71,7 @@ struct Recorder : SurveyView {
   void snapshot(const SurveySnapshot& run) override {
     panels.push_back(run.panel);
     elapsed_seconds.push_back(run.progress.dwell_elapsed_seconds);
+    last = run.progress;
   }
   void finished(const Panel& panel) override { panels.push_back(panel); }
   std::string messages;
@@ -76,6 +80,7 @@ struct Recorder : SurveyView {
   std::optional<size_t> snapshot_rows;
   std::vector<Panel> panels;  ///< of snapshots, then at the end
   std::vector<double> elapsed_seconds;
+  SurveyProgress last;
   SessionResult result;
 };
 
@@ -110,6 +115,7 @@ TEST(HostSession, ReportsAnAcceptedTuneAfterTheCallAndBeforeTheNextBlock) {
             "attach\ncreate 50\nprocess 10 from 50 at 1100\nprocess 10 from 50 at 1200\ntune 0\n"
             "retune 200\nprocess 10 from 200 at 1300\nprocess 10 from 200 at 1400\ntune -2\n"
             "process 5 from 200 at 1450\ndestroy\ndetach\n");
+  EXPECT_EQ(source.settled, 2u);  // at the start and when it moved
 }
 
 TEST(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
@@ -170,6 +176,8 @@ TEST(HostSession, CountsDwellsWhereTheyWereLookedAtUntilThePassesAreDone) {
             "1 at 50 after 20; 2 at 200 after 30; 1 at 200 after 40; 2 at 400 after 60; ");
   EXPECT_EQ(rescanned.result.dwells_done, 4u);
   EXPECT_EQ(rescanned.result.samples, 60u);
+  EXPECT_EQ(rescanned.last.overflows, 6u);
+  EXPECT_EQ(rescanned.last.wanted_passes, 2u);
   EXPECT_EQ(rescanned.messages, "message 2\nmessage 1\nmessage 2\nmessage 1\n");
   EXPECT_EQ(rescanned.elapsed_seconds, (std::vector<double>{0.1, 0, 0.1, 0, 0.1, 0}));
   ASSERT_EQ(rescanned.panels.size(), 7u);

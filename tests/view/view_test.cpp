@@ -7,6 +7,7 @@
 #include "host/text/text_width.h"
 #include "host/view/json_view.h"
 #include "host/view/live_frame.h"
+#include "host/view/tune_text.h"
 
 namespace pelagrim_host {
 namespace {
@@ -84,6 +85,14 @@ TEST(LiveFrame, KeepsTheMostImportantRowsInSmallWindowsAndFillsLargeOnes) {
     return frame[0].find("[1;97;44m") != std::string::npos;
   };
   EXPECT_TRUE(coloured({true, false}) && !coloured({false, false}));
+}
+
+TEST(RefusalWords, AreSaidOnceUntilTheyChange) {
+  RefusalWords words;
+  EXPECT_EQ(words.news({145e6, kTuneRefused, "stuck"}), "tuning to 145.000 MHz: stuck");
+  EXPECT_FALSE(words.news({146e6, kTuneRefused, "stuck"}));
+  EXPECT_FALSE(words.news({146e6, kTuneAccepted, ""}));
+  EXPECT_TRUE(words.news({146e6, kTuneRefused, "stuck"}));
 }
 
 TEST(JsonView, WritesAnObjectALineForEveryEventWhateverTheTextHolds) {
