@@ -45,3 +45,6 @@ gtest_discover_tests(host_report_test DISCOVERY_TIMEOUT 60)
 
 add_test(NAME pelagrim_survey_command_line
   COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/commands/command_line_test.sh $<TARGET_FILE:pelagrim-survey>)
+add_test(NAME pelagrim_survey_options_in_manual_and_completion
+  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/commands/options_test.sh $<TARGET_FILE:pelagrim-survey>
+    ${PROJECT_SOURCE_DIR}/packaging)
