@@ -39,7 +39,8 @@ void writeAll(std::string_view text) {
   }
 }
 
-/// In the background the terminal is somebody else's; to set it up from there would stop the survey.
+/// In the background the terminal is somebody else's; to set it up from there would stop the
+/// survey.
 bool isInForeground() {
   return tcgetpgrp(STDOUT_FILENO) == getpgrp();
 }
