@@ -9,7 +9,7 @@
 #include "host/text/display_text.h"
 
 int main(int argc, char** argv) {
-  enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
+  enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2, kTryAgain = 3 };
   using namespace pelagrim_host;
   const auto complain = [](const std::exception& failure) {
     // File names may hold anything; this stays one line and cannot steer the terminal.
@@ -22,6 +22,9 @@ int main(int argc, char** argv) {
   } catch (const UsageError& failure) {
     complain(failure);
     return kWrongUsage;
+  } catch (const TryAgainLater& failure) {
+    complain(failure);
+    return kTryAgain;
   } catch (const std::exception& failure) {
     complain(failure);
     return kFailed;

@@ -14,6 +14,7 @@ add_executable(host_test
   sources/replayed_source_test.cpp
   sources/sigmf_recording_test.cpp
   sources/wav_recording_test.cpp
+  survey_dir/safe_copy_test.cpp
   survey_dir/saved_survey_test.cpp
   survey_dir/survey_dir_test.cpp
   text/text_test.cpp
@@ -48,3 +49,14 @@ add_test(NAME pelagrim_survey_command_line
 add_test(NAME pelagrim_survey_options_in_manual_and_completion
   COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/commands/options_test.sh $<TARGET_FILE:pelagrim-survey>
     ${PROJECT_SOURCE_DIR}/packaging)
+
+# Kills at random moments, a full disk, flushes that fail.
+add_library(failing_disk MODULE survey_dir/failing_disk.c)
+target_link_libraries(failing_disk PRIVATE ${CMAKE_DL_LIBS})
+if(NOT PELAGRIM_SANITIZE)
+  add_test(NAME a_survey_outlives_kills
+    COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/survey_dir/kill_test.sh $<TARGET_FILE:pelagrim-survey>
+      $<TARGET_FILE:failing_disk>)
+endif()
+add_test(NAME whose_list_a_directory_holds
+  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/commands/directory_test.sh $<TARGET_FILE:pelagrim-survey>)

@@ -133,7 +133,19 @@ StartTime startTime(const Options& options, const IqSource& source) {
   const double length_seconds =
       static_cast<double>(source.lengthSamples().value_or(0)) / source.sampleRateHz();
   const auto length_ms = static_cast<int64_t>(std::min(length_seconds, 1e9) * 1000.0);
-  return {file_ms - length_ms + offset_ms, "the age of its file"};
+  return {file_ms - length_ms + offset_ms, "the age of its file", true};
+}
+
+std::optional<std::filesystem::path> recordingFile(const Options& options) {
+  std::filesystem::path path = options.source;
+  std::error_code error;
+  if (path.extension() == ".sigmf-meta") {
+    auto samples = path;
+    samples.replace_extension(".sigmf-data");
+    if (std::filesystem::is_regular_file(samples, error)) path = samples;
+  }
+  if (!std::filesystem::is_regular_file(path, error)) return std::nullopt;
+  return path;
 }
 
 }  // namespace pelagrim_host

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "host/commands/survey_options.h"
@@ -25,5 +27,9 @@ std::unique_ptr<IqSource> openSource(const Options& options, const pelagrim::Set
 /// When the source's first sample is taken to have been received: as the command line says, as the
 /// source knows, as long before the age of a recording's file as it lasts, else now.
 StartTime startTime(const Options& options, const IqSource& source);
+
+/// The regular file that holds a recording's samples, by which it is told from others; nothing for
+/// what is piped and for other sources.
+std::optional<std::filesystem::path> recordingFile(const Options& options);
 
 }  // namespace pelagrim_host

@@ -1,12 +1,14 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
+#include "host/commands/claimed_directory.h"
 #include "host/commands/commands.h"
 #include "host/commands/load_plugin.h"
 #include "host/commands/open_source.h"
@@ -15,6 +17,7 @@
 #include "host/session/survey_clock.h"
 #include "host/session/survey_session.h"
 #include "host/survey_dir/results_watch.h"
+#include "host/survey_dir/survey_memory.h"
 #include "host/survey_dir/survey_place.h"
 #include "host/view/console_view.h"
 #include "host/view/json_view.h"
@@ -34,6 +37,7 @@ struct PreparedSurvey {
   std::unique_ptr<SurveyView> view;
   std::unique_ptr<IqSource> source;
   StartTime start;
+  std::unique_ptr<ClaimedDirectory> directory;
   std::optional<std::string> dwell_mismatch;
 };
 
@@ -61,17 +65,24 @@ std::unique_ptr<SurveyView> makeView(const Options& options,
                     .dwell_length_seconds = dwellLengthIn(directory)});
 }
 
-/// Makes the directory and its settings ready for the plug-in, and says what was done.
-void prepareDirectory(const SurveySetup& setup, SurveyView& view) {
-  const auto& directory = setup.directory;
-  const bool created = createSurveyDirectory(directory);
-  view.note(fmt::format("survey directory {}{}", directory.string(), created ? " (created)" : ""));
-  if (!setup.changes.isEmpty()) {
-    editSettings(directory, setup.changes);
-    view.note(
-        fmt::format("written to {}: {}", settingsPath(directory).string(), setup.changes.text()));
+/// What the directory will remember of this run.
+SurveyMemory memoryOf(const Options& options, const IqSource& source, const StartTime& start) {
+  SurveyMemory memory{.kind = SourceKind::kRecording,
+                      .source = source.name(),
+                      .identity = std::nullopt,
+                      .settings = {},
+                      .start_is_guess = start.is_guess,
+                      .program = "pelagrim-survey " PELAGRIM_VERSION};
+  if (!options.device.empty()) {
+    memory.kind = SourceKind::kReceiver;
+  } else if (options.isSimulated()) {
+    memory.kind = SourceKind::kSimulation;
+  } else if (const auto file = recordingFile(options)) {
+    memory.identity = identityOf(*file);
+  } else {
+    memory.kind = SourceKind::kStandardInput;
   }
-  pointPluginTo(directory);
+  return memory;
 }
 
 PreparedSurvey prepare(const Options& options) {
@@ -83,11 +94,13 @@ PreparedSurvey prepare(const Options& options) {
   const StartTime start = startTime(options, *source);
   view->opened({source->name(), source->centreHz(), source->sampleRateHz()});
   if (source->facts()) view->note(sourceLine(*source, start));
-  prepareDirectory(setup, *view);
+  auto directory =
+      std::make_unique<ClaimedDirectory>(options, setup, memoryOf(options, *source, start), *view);
   if (const auto mismatch = bandMismatch(setup.inForce(), *source)) view->warning(*mismatch);
   const auto dwell_mismatch = dwellMismatch(setup.inForce(), *source);
   if (dwell_mismatch) view->warning(*dwell_mismatch);
-  return {std::move(setup), std::move(view), std::move(source), start, dwell_mismatch};
+  return {std::move(setup),     std::move(view), std::move(source), start,
+          std::move(directory), dwell_mismatch};
 }
 
 SessionSettings sessionSettings(const Options& options, PreparedSurvey& survey,
@@ -98,8 +111,10 @@ SessionSettings sessionSettings(const Options& options, PreparedSurvey& survey,
   session.passes = options.passes;
   session.duration_seconds = options.duration_seconds;
   session.realtime = options.realtime;
-  session.after_dwell = [&results, &view = *survey.view] {
-    if (const auto news = results.news()) view.warning(*news);
+  session.before_start = [&directory = *survey.directory] { directory.surveyStarts(); };
+  session.after_dwell = [&results, &survey] {
+    survey.directory->dwellWritten();
+    if (const auto news = results.news()) survey.view->warning(*news);
   };
   if (options.isSimulated() && !options.passes && !options.duration_seconds) {
     session.passes = kSimulatedPasses;
@@ -115,7 +130,16 @@ SessionResult run(const Options& options, const PluginLibrary& plugin, PreparedS
                                              : ClockPolicy::sampleClock(survey.start.unix_ms);
   SurveySession session(plugin, *survey.source, clock, *survey.view,
                         sessionSettings(options, survey, results));
-  return session.run(stopRequested, takeRescanRequest);
+  std::exception_ptr failure;
+  SessionResult result;
+  try {
+    result = session.run(stopRequested, takeRescanRequest);
+  } catch (...) {
+    failure = std::current_exception();  // the survey was saved all the same
+  }
+  survey.directory->end();
+  if (failure) std::rethrow_exception(failure);
+  return result;
 }
 
 /// Says how the run went, and throws where it failed.

@@ -190,6 +190,15 @@ void addSurveyOptions(CLI::App& app, CommandLine& line) {
                  "program's, else one here that is named after the source")
       ->type_name("DIR")
       ->check(notEmpty);
+  auto* const fresh = app.add_flag_callback(
+      "--fresh", [&options] { options.list_wish = ListWish::kFresh; },
+      "Begin a new list; the one before is kept as survey-1.csv or the\n"
+      "next number. Usual for a recording that was surveyed there before");
+  app.add_flag_callback(
+         "--continue", [&options] { options.list_wish = ListWish::kContinue; },
+         "Go on with the list there, whatever it was of. Usual for receivers\n"
+         "and the simulated band")
+      ->excludes(fresh);
   addParsed(app, "--band", parseFrequencyRange, options.band, kRange, "Band to survey")
       ->type_name("LOW:HIGH");
   addParsed(app, "--dwell", parsePositiveSeconds, options.dwell_seconds,

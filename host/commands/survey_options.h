@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "host/sources/gain_setting.h"
+#include "host/survey_dir/list_claim.h"
 #include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
@@ -36,6 +37,7 @@ struct Options {
 
   // Where and how to survey; written into survey.cfg.
   std::string survey_dir;  ///< empty: chosen by the source
+  ListWish list_wish = ListWish::kAsUsual;
   std::optional<FrequencyRange> band;
   std::optional<double> dwell_seconds;
   std::optional<double> threshold_db;

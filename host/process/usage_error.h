@@ -9,4 +9,9 @@ struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// A command that cannot be carried out now, and may be later.
+struct TryAgainLater : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
 }  // namespace pelagrim_host

@@ -124,6 +124,16 @@ class NewFile {
     if (directory.isOpen() && !flushToDisk(directory.number())) fail("write", path, errno);
   }
 
+  /// Gives it the name `path`, in the same directory, where nothing has that name.
+  bool moveToNew(const fs::path& path) {
+    if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) != 0) {
+      if (errno == EEXIST) return false;
+      fail("write", path, errno);
+    }
+    path_.clear();
+    return true;
+  }
+
  private:
   static bool takeAfter(int file, const struct stat* like) {
     if (like == nullptr) return true;
@@ -186,6 +196,11 @@ std::string readWholeFile(const fs::path& path) {
     if (count < 0 && errno != EINTR) fail("read", path, errno);
     if (count > 0) text.append(piece, static_cast<size_t>(count));
   }
+}
+
+bool createFile(const fs::path& path, std::string_view text) {
+  NewFile file(path, text, nullptr);
+  return file.moveToNew(path);
 }
 
 void replaceFile(const fs::path& path, std::string_view text) {

@@ -15,6 +15,10 @@ struct FileError : std::runtime_error {
 /// All that a file holds. Reads a pipe to its end. Throws FileError.
 std::string readWholeFile(const std::filesystem::path& path);
 
+/// Creates a file, and returns once the text is on the disk. False, and nothing is done, where
+/// there is something of that name. Throws FileError.
+bool createFile(const std::filesystem::path& path, std::string_view text);
+
 /// Replaces what a file holds in one step, or creates it: whatever fails, the file holds either the
 /// old text or the new one, and no other file is left behind. Returns once the text is on the disk.
 /// The file keeps its mode; a link stays a link, and the file that it leads to is replaced. What is

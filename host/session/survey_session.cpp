@@ -99,6 +99,7 @@ size_t SurveySession::nextBlockSize() const {
 // ---- the plug-in --------------------------------------------------------------------------------
 
 SurveySession::News SurveySession::start() {
+  if (settings_.before_start) settings_.before_start();
   source_.settle();
   told_centre_hz_ = source_.centreHz();
   handle_ = iq_.create(source_.sampleRateHz(), told_centre_hz_);

@@ -26,6 +26,7 @@ struct SessionSettings {
   std::optional<uint32_t> passes = {};          ///< over what is surveyed
   std::optional<double> duration_seconds = {};  ///< of receiver time
   bool realtime = false;                        ///< no faster than the receiver would be
+  std::function<void()> before_start = {};      ///< called before every create; may be empty
   std::function<void()> after_dwell = {};       ///< called when one was evaluated; may be empty
 };
 

@@ -51,6 +51,9 @@ class SurveyView {
   /// The plug-in has read its files and starts to survey, or has started afresh on a rescan.
   virtual void started() {}
 
+  /// The settings that the run goes by from here on, in one line.
+  virtual void inForce(const std::string& line) { note(line); }
+
   /// What the host itself has to say: what was taken for what, where files are.
   virtual void note(const std::string& line) = 0;
 

@@ -8,7 +8,8 @@ namespace pelagrim_host {
 /// When a source's first sample was received, as far as anybody knows.
 struct StartTime {
   int64_t unix_ms;
-  std::string origin;  ///< "the recording", "the age of its file"
+  std::string origin;     ///< "the recording", "the age of its file"
+  bool is_guess = false;  ///< from the age of the file
 };
 
 }  // namespace pelagrim_host

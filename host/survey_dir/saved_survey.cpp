@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "host/process/whole_file.h"
+#include "host/survey_dir/safe_copy.h"
 #include "host/survey_dir/survey_place.h"
 #include "host/survey_dir/survey_settings.h"
 #include "host/text/counted_text.h"
@@ -22,7 +23,13 @@ SurveyFiles readSurveyFiles(const std::filesystem::path& place) {
         fmt::format("there is no survey at {}; name a survey directory or its survey.csv",
                     survey.results_path.string()));
   }
-  survey.rows = parseSurveyRows(readWholeFile(survey.results_path));
+  if (is_directory || survey.results_path.filename() == "survey.csv") {
+    auto results = readResults(survey.results_path.parent_path());
+    survey.rows = parseSurveyRows(results.text);
+    survey.is_copy = results.is_copy;
+  } else {
+    survey.rows = parseSurveyRows(readWholeFile(survey.results_path));
+  }
   if (survey.rows.skipped_lines > 0 && survey.rows.channels.empty() && !survey.rows.has_header) {
     throw std::runtime_error(fmt::format("{} is no survey: it has neither a header nor a channel",
                                          survey.results_path.string()));
@@ -46,6 +53,12 @@ std::vector<std::string> surveyRemarks(const SurveyFiles& survey) {
   const auto& [channels, is_older_format, has_header, skipped_lines, first_skipped_line] =
       survey.rows;
   const std::string path = survey.results_path.string();
+  if (survey.is_copy) {
+    remarks.push_back(
+        fmt::format("{} is cut short; what is shown is the last complete list, which was kept "
+                    "beside it",
+                    path));
+  }
   if (skipped_lines > 0) {
     remarks.push_back(fmt::format("{}: skipped {} that could not be read, first line {}", path,
                                   countedText(skipped_lines, "line"), first_skipped_line));

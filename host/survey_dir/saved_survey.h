@@ -16,6 +16,7 @@ struct SurveyFiles {
   std::filesystem::path results_path;
   SurveyRows rows;
   std::vector<pelagrim::BandLabel> band_plan;  ///< empty when there is no such file
+  bool is_copy = false;  ///< of the last complete list, for the results file is cut short
   std::optional<pelagrim::Settings> settings;  ///< nothing when there is no such file
 };
 

@@ -56,12 +56,19 @@ std::filesystem::path labelsPath(const std::filesystem::path& directory) {
   return directory / pelagrim::kLabelsName;
 }
 
+bool isDevice(const std::filesystem::path& path) {
+  std::error_code error;
+  return std::filesystem::is_character_file(path, error) ||
+         std::filesystem::is_block_file(path, error);
+}
+
 std::optional<std::string> readIfThere(const std::filesystem::path& path) {
   std::error_code error;
   if (!std::filesystem::exists(path, error)) return std::nullopt;
   if (std::filesystem::is_fifo(path, error)) {
     throw FileError(fmt::format("{} is a pipe, not a file", path.string()));
   }
+  if (isDevice(path)) return "";
   return readWholeFile(path);
 }
 

@@ -25,8 +25,12 @@ std::filesystem::path resultsPath(const std::filesystem::path& directory);
 std::filesystem::path settingsPath(const std::filesystem::path& directory);
 std::filesystem::path labelsPath(const std::filesystem::path& directory);
 
-/// What one of these files holds, nothing when it is not there. Throws std::runtime_error, naming
-/// it, when it cannot be read, or is a pipe: reading one waits for a writer, and nobody named it.
+/// Whether a device stands there, links followed. To the plug-in it is an empty file.
+bool isDevice(const std::filesystem::path& path);
+
+/// What one of these files holds, nothing when it is not there, "" when it is a device. Throws
+/// std::runtime_error, naming it, when it cannot be read, or is a pipe: reading one waits for a
+/// writer, and nobody named it.
 std::optional<std::string> readIfThere(const std::filesystem::path& path);
 
 }  // namespace pelagrim_host

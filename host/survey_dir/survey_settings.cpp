@@ -85,6 +85,15 @@ bool SurveySettings::isEmpty() const {
   return is_empty;
 }
 
+SurveySettings SurveySettings::without(const SurveySettings& others) const {
+  SurveySettings left = *this;
+  for (const NumberKey& number : kNumberKeys) {
+    if (others.*number.set) (left.*number.set).reset();
+  }
+  if (others.sweep) left.sweep.reset();
+  return left;
+}
+
 SurveySettings SurveySettings::changedBy(const SurveySettings& newer) const {
   SurveySettings changed = *this;
   for (const NumberKey& number : kNumberKeys) {

@@ -23,6 +23,9 @@ struct SurveySettings {
   /// With what `newer` sets in the place of what is set here.
   SurveySettings changedBy(const SurveySettings& newer) const;
 
+  /// What is set here and not in `others`.
+  SurveySettings without(const SurveySettings& others) const;
+
   /// All settings: what is set here, and `others` for the rest.
   pelagrim::Settings inForce(const pelagrim::Settings& others = {}) const;
 

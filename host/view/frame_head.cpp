@@ -104,6 +104,9 @@ void addHead(Frame& frame, const LiveState& state) {
   addDwell(frame, state);
   addPass(frame, state);
   addSamples(frame, state);
+  if (frame.roomy() && !state.in_force.empty()) {
+    frame.add(frame.line().add("Survey").padTo(kLabelColumns).add(state.in_force));
+  }
   if (frame.roomy()) frame.add(frame.line());
   addPanelHeads(frame, state.run.panel);
   if (frame.roomy()) frame.add(frame.line());

@@ -17,6 +17,7 @@ struct SaidLine {
 /// What the live view shows at one moment.
 struct LiveState {
   SourceFacts source{};
+  std::string in_force{};  ///< the settings, in one line
   SurveySnapshot run{};
   std::optional<double> dwell_length_seconds{};  ///< where it is known
   double wall_seconds = 0.0;                     ///< since the beginning

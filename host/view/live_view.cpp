@@ -38,6 +38,11 @@ void LiveView::started() {
   state_.dwell_length_seconds = hooks_.dwell_length_seconds();
 }
 
+void LiveView::inForce(const std::string& line) {
+  state_.in_force = line;
+  note(line);
+}
+
 void LiveView::note(const std::string& line) {
   if (screen_) return say({line});
   lines_.note(line);

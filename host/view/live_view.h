@@ -36,6 +36,7 @@ class LiveView final : public SurveyView {
 
   void opened(const SourceFacts& source) override;
   void started() override;
+  void inForce(const std::string& line) override;
   void note(const std::string& line) override;
   void warning(const std::string& line) override;
   void message(const std::string& line) override;

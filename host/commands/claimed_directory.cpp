@@ -1,0 +1,103 @@
+#include "host/commands/claimed_directory.h"
+
+#include <fmt/format.h>
+
+#include <chrono>
+#include <stdexcept>
+#include <utility>
+
+#include "host/commands/in_force_text.h"
+#include "host/process/whole_file.h"
+#include "host/survey_dir/ownership.h"
+#include "host/survey_dir/survey_place.h"
+
+namespace pelagrim_host {
+namespace {
+
+/// A recording can be surveyed again, and its dwells follow each other as fast as the machine can.
+std::chrono::milliseconds copyInterval(SourceKind kind) {
+  return std::chrono::seconds(kind == SourceKind::kReceiver ? 0 : 1);
+}
+
+}  // namespace
+
+ClaimedDirectory::ClaimedDirectory(const Options& options, const SurveySetup& setup,
+                                   SurveyMemory memory, SurveyView& view)
+    : directory_(setup.directory),
+      memory_(std::move(memory)),
+      view_(view),
+      changes_(setup.changes),
+      gain_(options.device.empty() ? "" : gainText(options.gain)) {
+  const bool created = createSurveyDirectory(directory_);
+  view_.note(
+      fmt::format("survey directory {}{}", directory_.string(), created ? " (created)" : ""));
+  requireOwnFiles(directory_);
+  lock_.emplace(directory_);
+  if (lock_->lack()) view_.warning(*lock_->lack());
+  if (const auto restored = restoreResults(directory_)) view_.warning(*restored);
+  requireSurveyOrNothing(directory_);
+  const auto before = readMemory(directory_);
+  raster_hz_ = before ? before->settings.raster_hz
+                      : readSettings(directory_).value_or(SurveySettings{}).inForce().raster_hz;
+  takeList(options);
+  if (!setup.changes.isEmpty()) {
+    editSettings(directory_, setup.changes);
+    view_.note(
+        fmt::format("written to {}: {}", settingsPath(directory_).string(), setup.changes.text()));
+  }
+  pointPluginTo(directory_);
+  try {
+    copy_ = std::make_unique<SafeCopy>(directory_, copyInterval(memory_.kind),
+                                       [this](const std::string& line) { view_.warning(line); });
+  } catch (const FileError& failure) {
+    view_.warning(fmt::format("no safe copy of survey.csv can be kept: {}", failure.what()));
+  }
+}
+
+void ClaimedDirectory::takeList(const Options& options) {
+  if (useOfList(directory_, memory_, options.list_wish) == ListUse::kGoOn) return;
+  if (!readIfThere(resultsPath(directory_))) return;
+  set_aside_.emplace(directory_);
+  set_aside_->beginAfresh();
+  raster_hz_.reset();
+  view_.note(
+      fmt::format("begins a new list; the one before is kept as {}", set_aside_->path().string()));
+}
+
+void ClaimedDirectory::surveyStarts() {
+  SurveySettings set;
+  try {
+    set = readSettings(directory_).value_or(SurveySettings{});
+  } catch (const std::runtime_error&) {  // the plug-in, too, goes on without the file
+  }
+  // As in the plug-in, a key that the file does not have keeps its value, at first the default.
+  memory_.settings = set.inForce(memory_.settings);
+  view_.inForce(inForceText(memory_.settings, set.without(changes_), gain_));
+  changes_ = {};
+  if (raster_hz_) keepBeforeMerging(*raster_hz_, memory_.settings.raster_hz);
+  raster_hz_ = memory_.settings.raster_hz;
+  writeMemory(directory_, memory_);
+  if (copy_) copy_->surveyStarts();
+}
+
+void ClaimedDirectory::keepBeforeMerging(double old_raster_hz, double raster_hz) {
+  if (old_raster_hz == raster_hz || !readIfThere(resultsPath(directory_))) return;
+  const SetAsideList before(directory_);
+  view_.warning(fmt::format(
+      "the raster has changed from {} to {} Hz, which may merge channels for good; the list before "
+      "is kept as {}",
+      old_raster_hz, raster_hz, before.path().string()));
+}
+
+void ClaimedDirectory::dwellWritten() {
+  if (copy_) copy_->dwellWritten();
+}
+
+void ClaimedDirectory::end() {
+  if (copy_) copy_->end();
+  if (set_aside_ && set_aside_->settle() == SetAsideList::Outcome::kUnneeded) {
+    view_.note("the list is the same as before: " + set_aside_->path().string() + " is not needed");
+  }
+}
+
+}  // namespace pelagrim_host

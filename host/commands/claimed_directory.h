@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/commands/survey_options.h"
+#include "host/commands/survey_setup.h"
+#include "host/session/survey_view.h"
+#include "host/survey_dir/list_claim.h"
+#include "host/survey_dir/run_lock.h"
+#include "host/survey_dir/safe_copy.h"
+#include "host/survey_dir/survey_memory.h"
+
+namespace pelagrim_host {
+
+/// A survey directory that this run has to itself, made ready for the plug-in: nothing in it is
+/// somebody else's, a list that the last run left torn is whole again, and the list is this
+/// source's. It stays so to the end of the object. What was done is said to the view, which
+/// outlives the object. All calls on the thread that runs the survey.
+class ClaimedDirectory {
+ public:
+  /// Throws TryAgainLater while another run has the directory, UsageError where its list is another
+  /// source's, std::runtime_error where it cannot be used.
+  ClaimedDirectory(const Options& options, const SurveySetup& setup, SurveyMemory memory,
+                   SurveyView& view);
+
+  /// Before every create of the plug-in: says what is in force, and keeps the list where another
+  /// raster is about to merge channels.
+  void surveyStarts();
+
+  /// After every dwell: the plug-in has written its list.
+  void dwellWritten();
+
+  /// The run has ended in order.
+  void end();
+
+ private:
+  void takeList(const Options& options);
+  void keepBeforeMerging(double old_raster_hz, double raster_hz);
+
+  std::filesystem::path directory_;
+  SurveyMemory memory_;
+  SurveyView& view_;
+  SurveySettings changes_;  ///< of the command line, until survey.cfg is read anew
+  std::string gain_;        ///< of a receiver, in words
+  std::optional<RunLock> lock_;
+  std::optional<double> raster_hz_;  ///< of the list as it is
+  std::optional<SetAsideList> set_aside_;
+  std::unique_ptr<SafeCopy> copy_;
+};
+
+}  // namespace pelagrim_host

@@ -1,0 +1,86 @@
+#include "host/survey_dir/list_claim.h"
+
+#include <fmt/format.h>
+
+#include <system_error>
+
+#include "host/process/usage_error.h"
+#include "host/process/whole_file.h"
+#include "host/survey_dir/survey_place.h"
+#include "host/survey_dir/survey_rows.h"
+
+namespace pelagrim_host {
+namespace {
+
+SurveyRows rowsIn(const std::filesystem::path& survey_dir) {
+  return parseSurveyRows(readIfThere(resultsPath(survey_dir)).value_or(""));
+}
+
+std::string whoseText(const std::optional<SurveyMemory>& memory) {
+  if (!memory) return "a list of channels, and nothing says of which source";
+  switch (memory->kind) {
+    case SourceKind::kRecording:
+      return fmt::format("the survey of another recording, {}", memory->source);
+    case SourceKind::kStandardInput:
+      return "the survey of what came over standard input";
+    case SourceKind::kReceiver:
+      return fmt::format("the survey of a receiver, {}", memory->source);
+    case SourceKind::kSimulation:
+      return "the survey of a simulated band";
+  }
+  return "another survey";
+}
+
+}  // namespace
+
+ListUse useOfList(const std::filesystem::path& survey_dir, const SurveyMemory& now, ListWish wish) {
+  if (wish == ListWish::kContinue) return ListUse::kGoOn;
+  if (wish == ListWish::kFresh) return ListUse::kBeginAfresh;
+  if (rowsIn(survey_dir).channels.empty()) return ListUse::kGoOn;
+  const auto memory = readMemory(survey_dir);
+  const bool goes_on = now.kind == SourceKind::kReceiver || now.kind == SourceKind::kSimulation;
+  if (goes_on && (!memory || memory->kind == now.kind)) return ListUse::kGoOn;
+  const bool is_known = memory && memory->kind == SourceKind::kRecording && memory->identity;
+  if (now.kind == SourceKind::kRecording && is_known && memory->identity == now.identity) {
+    return ListUse::kBeginAfresh;
+  }
+  throw UsageError(
+      fmt::format("{} holds {}; go on with that list with --continue, keep a copy of it and begin "
+                  "anew with --fresh, or name another directory with --dir",
+                  survey_dir.string(), whoseText(memory)));
+}
+
+void requireSurveyOrNothing(const std::filesystem::path& survey_dir) {
+  const SurveyRows rows = rowsIn(survey_dir);
+  if (rows.skipped_lines == 0 || rows.has_header || !rows.channels.empty()) return;
+  throw std::runtime_error(
+      fmt::format("{} is no survey, and surveying would overwrite it; move it, or name another "
+                  "directory with --dir",
+                  resultsPath(survey_dir).string()));
+}
+
+SetAsideList::SetAsideList(const std::filesystem::path& survey_dir)
+    : results_path_(resultsPath(survey_dir)) {
+  const std::string text = readIfThere(results_path_).value_or("");
+  for (int number = 1; copy_path_.empty(); ++number) {
+    const auto path = survey_dir / fmt::format("survey-{}.csv", number);
+    if (createFile(path, text)) copy_path_ = path;
+  }
+}
+
+void SetAsideList::beginAfresh() {
+  std::filesystem::remove(results_path_);
+}
+
+SetAsideList::Outcome SetAsideList::settle() {
+  const auto now = readIfThere(results_path_);
+  if (!now) {
+    std::filesystem::rename(copy_path_, results_path_);
+    return Outcome::kPutBack;
+  }
+  if (now != readIfThere(copy_path_)) return Outcome::kKept;
+  std::filesystem::remove(copy_path_);
+  return Outcome::kUnneeded;
+}
+
+}  // namespace pelagrim_host

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace pelagrim_host {
+
+/// The right to survey into a directory: one run at a time.
+///
+/// The lock is advisory and stands on the file survey.lock, which stays there. The system frees it
+/// when the process ends, however it ends, and takes it across NFS where the server has locks.
+class RunLock {
+ public:
+  /// Takes the lock. Throws TryAgainLater, naming the directory and the holder, while another run
+  /// has it, and std::runtime_error when the file cannot be made.
+  explicit RunLock(const std::filesystem::path& survey_dir);
+  ~RunLock();
+  RunLock(const RunLock&) = delete;
+  RunLock& operator=(const RunLock&) = delete;
+
+  /// Why the directory is not protected: its file system has no locks. A line for the user.
+  const std::optional<std::string>& lack() const { return lack_; }
+
+ private:
+  int file_ = -1;
+  std::optional<std::string> lack_;
+};
+
+/// Whether a run has the lock at this moment.
+bool isBeingSurveyed(const std::filesystem::path& survey_dir);
+
+}  // namespace pelagrim_host

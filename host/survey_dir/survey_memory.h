@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "survey/settings.h"
+
+namespace pelagrim_host {
+
+/// What tells one recording from another without reading all of it: its length, and a checksum of
+/// its first and last mebibyte.
+struct FileIdentity {
+  uint64_t bytes = 0;
+  std::string sha256;  ///< in hexadecimal digits
+
+  bool operator==(const FileIdentity&) const = default;
+};
+
+/// Throws FileError.
+FileIdentity identityOf(const std::filesystem::path& path);
+
+enum class SourceKind { kRecording, kStandardInput, kReceiver, kSimulation };
+
+/// What a survey directory remembers of the run that last surveyed into it, in the file
+/// survey-source.json. The plug-in does not know of it.
+struct SurveyMemory {
+  SourceKind kind = SourceKind::kRecording;
+  std::string source;                    ///< as the user knows it
+  std::optional<FileIdentity> identity;  ///< of a recording
+  pelagrim::Settings settings;           ///< that were in force
+  bool start_is_guess = false;           ///< times were taken from the age of the file
+  std::string program;                   ///< with its version
+};
+
+/// Nothing where there is no such file, or one that makes no sense.
+std::optional<SurveyMemory> readMemory(const std::filesystem::path& survey_dir);
+
+/// Throws FileError.
+void writeMemory(const std::filesystem::path& survey_dir, const SurveyMemory& memory);
+
+}  // namespace pelagrim_host

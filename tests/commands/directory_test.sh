@@ -1,0 +1,80 @@
+#!/usr/bin/env bash
+# Whose list a survey directory holds, and how it is kept from harm.
+#   tests/commands/directory_test.sh PROGRAM
+set -uo pipefail
+program=$(realpath "$1")
+here=$(mktemp -d) && cd "$here" || exit 1
+trap 'rm -rf "$here"' EXIT
+unset ORVANE_SURVEY_DIR SUDO_UID
+failures=0
+
+# expect STATUS TEXT ARGUMENTS...: the status, and TEXT in what is printed (errors included).
+expect() {
+  local status=$1 text=$2 output
+  shift 2
+  output=$("$program" "$@" 2>&1 </dev/null)
+  local got=$?
+  if [[ $got != "$status" || $output != *"$text"* ]]; then
+    echo "FAILED: pelagrim-survey $*"
+    echo "  status $got instead of $status, or no '$text' in: $output"
+    failures=$((failures + 1))
+  fi
+}
+check() { "$@" || { echo "FAILED: $*"; failures=$((failures + 1)); }; }
+
+mkdir other
+for _ in {1..4000}; do printf '\xc0\x80\x80\xc0\x40\x80\x80\x40'; done >g_433M_1M.cu8
+{ head -c 20000 g_433M_1M.cu8; tail -c 12000 /dev/zero | tr '\0' '\200'; } >other/g_433M_1M.cu8
+head -c 12000 /dev/zero | tr '\0' '\200' >>other/g_433M_1M.cu8
+
+# A recording is surveyed afresh, and gives the same list; settings stay.
+expect 0 "stays on its slice, dwell 7 s, threshold 12 dB, raster 5 kHz" g_433M_1M.cu8 --dwell 7
+cp g_433M_1M.survey/survey.csv first.csv
+expect 0 "raster 5 kHz (band, sweep, dwell from survey.cfg)" g_433M_1M.cu8
+check cmp first.csv g_433M_1M.survey/survey.csv
+check [ ! -e g_433M_1M.survey/survey-1.csv ]
+
+# Another one of its name does not get into its list, unless it is told to.
+expect 2 "holds the survey of another recording" other/g_433M_1M.cu8
+check cmp first.csv g_433M_1M.survey/survey.csv
+expect 2 "go on with that list with --continue" - --format cu8 --sample-rate 1M --frequency 433M \
+  --dir g_433M_1M.survey
+expect 2 "another recording" --dir g_433M_1M.survey --duration 1
+expect 0 "kept as g_433M_1M.survey/survey-1.csv" other/g_433M_1M.cu8 --fresh
+check cmp first.csv g_433M_1M.survey/survey-1.csv
+expect 0 "survey: resumed" g_433M_1M.cu8 --continue
+expect 2 "excludes" g_433M_1M.cu8 --continue --fresh
+
+# A list of which nobody knows the source goes on with a simulated band alone.
+mkdir old && cp first.csv old/survey.csv
+expect 2 "nothing says of which source" g_433M_1M.cu8 --dir old
+expect 0 "survey: resumed" --dir old --duration 1
+check grep -q '"kind": "simulation"' old/survey-source.json
+
+# Another raster merges channels: the list before is kept.
+cp old/survey.csv before.csv
+expect 0 "the raster has changed from 5000 to 100000 Hz" --dir old --duration 1 --raster 100k
+check cmp before.csv old/survey-1.csv
+
+# What is no survey, or somebody else's, is left alone.
+mkdir table && echo "fruit;pieces" >table/survey.csv
+expect 1 "table/survey.csv is no survey, and surveying would overwrite it" --dir table --duration 1
+check [ "$(cat table/survey.csv)" = "fruit;pieces" ]
+if [ "$(id -u)" = 0 ]; then
+  mkdir planted && touch planted/victim && ln -s victim planted/survey.cfg
+  chown -h 12345 planted/survey.cfg
+  expect 1 "planted/survey.cfg belongs to user 12345" --dir planted --duration 1
+  SUDO_UID=12345 expect 0 "" --dir planted --duration 1
+fi
+
+# One run to a directory; a report beside it sees a whole list.
+"$program" --dir busy --realtime --duration 60 --dwell 0.1 >/dev/null 2>&1 &
+run=$!
+for _ in {1..200}; do [ -s busy/survey.csv ] && break; sleep 0.05; done
+expect 3 "busy is being surveyed by process $run on " --dir busy --duration 1
+expect 0 "busy.html: " report busy -o busy.html
+kill "$run"
+wait "$run"
+expect 0 "survey: resumed" --dir busy --duration 1
+
+exit $((failures > 0))
