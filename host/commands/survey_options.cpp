@@ -269,7 +269,8 @@ std::variant<CommandLine, std::string> parseCommandLine(int argc, const char* co
       "The first Ctrl-C evaluates and saves the dwell in progress, a second leaves at once.\n"
       "SIGHUP, or the key r in the live view, does as much and starts afresh with what survey.cfg\n"
       "then says; the band's limits stay as they were when sweep has become no.\n"
-      "Exit status: 0 done, 1 something failed, 2 the command line is wrong.");
+      "Exit status: 0 done, 1 something failed, 2 the command line is wrong,\n"
+      "3 another run has the survey directory.");
   app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   const auto inGroup = [&](const char* name, void (*add)(CLI::App&, CommandLine&)) {
     app.option_defaults()->group(name);
