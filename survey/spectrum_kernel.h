@@ -10,9 +10,14 @@ namespace pelagrim {
 /// result is promised to the bit, whatever the processor.
 void addFramePower(const float* iq, const float* window, double* power_sum) noexcept;
 
-/// The two forms that addFramePower chooses from: by vectors of 4 floats on any processor, by
-/// vectors of 8 where there is AVX2.
+/// The forms that addFramePower chooses from: by vectors of 4 floats on any processor, by vectors
+/// of 8 where there is AVX2 (with FMA), by vectors of 16 where there is AVX-512.
 void addFramePower4(const float* iq, const float* window, double* power_sum) noexcept;
 void addFramePower8(const float* iq, const float* window, double* power_sum) noexcept;
+void addFramePower16(const float* iq, const float* window, double* power_sum) noexcept;
+
+/// Whether the processor, and the system on it, can run the form.
+bool hasAddFramePower8() noexcept;
+bool hasAddFramePower16() noexcept;
 
 }  // namespace pelagrim

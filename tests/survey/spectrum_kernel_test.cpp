@@ -37,12 +37,16 @@ void expectSame(const Powers& expected, const Powers& actual, const std::string&
   }
 }
 
-using AddFramePower = void (*)(const float*, const float*, double*) noexcept;
+struct Form {
+  const char* lanes;
+  void (*add_frame_power)(const float*, const float*, double*) noexcept;
+  bool (*runs_here)() noexcept;
+};
 
-class SpectrumKernel : public testing::TestWithParam<AddFramePower> {
+class SpectrumKernel : public testing::TestWithParam<Form> {
  protected:
   void SetUp() override {
-    if (GetParam() == addFramePower8 && !__builtin_cpu_supports("avx2")) GTEST_SKIP();
+    if (!GetParam().runs_here()) GTEST_SKIP() << "no vectors of " << GetParam().lanes << " here";
     spectrum.prepare();
   }
 
@@ -51,7 +55,7 @@ class SpectrumKernel : public testing::TestWithParam<AddFramePower> {
     Powers actual = expected;
     for (; !iq.empty(); iq = iq.subspan(kFrame)) {
       plain::addFramePower(iq.data(), spectrum.window.data(), expected.data());
-      GetParam()(iq.data(), spectrum.window.data(), actual.data());
+      GetParam().add_frame_power(iq.data(), spectrum.window.data(), actual.data());
     }
     expectSame(expected, actual, what);
   }
@@ -100,6 +104,24 @@ TEST_P(SpectrumKernel, KeepsTheClassOfEveryPowerForSamplesThatAreNotFiniteOrOver
   expectPlainPowers(frames(9, [](size_t n) { return n % 3 == 0 ? kLargest : -kLargest; }), "steps");
 }
 
+TEST_P(SpectrumKernel, KeepsTheClassOfEveryPowerWhereFiniteSamplesOverflowInOneOfTheFirstStages) {
+  std::fill(spectrum.window.begin(), spectrum.window.end(), 1.0F);
+  Samples iq(kFrame);
+  // Few bits set in n: few multiplications after these stages, so that the classes stay apart.
+  for (const size_t distance : {512, 256, 128, 64}) {
+    for (size_t n = 0; n < kSpectrumBins - distance; n += 16) {
+      for (const float partner : {kLargest, -kLargest}) {
+        for (const size_t part : {0, 1}) {
+          iq[2 * n + part] = kLargest;
+          iq[2 * (n + distance) + part] = partner;
+          expectPlainPowers(iq, std::to_string(n) + " and " + std::to_string(distance) + " on");
+          std::fill(iq.begin(), iq.end(), 0.0F);
+        }
+      }
+    }
+  }
+}
+
 TEST_P(SpectrumKernel, TakesSamplesAlignedToFourBytes) {
   std::mt19937 random(3);
   std::normal_distribution<float> noise;
@@ -109,8 +131,11 @@ TEST_P(SpectrumKernel, TakesSamplesAlignedToFourBytes) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Lanes, SpectrumKernel, testing::Values(addFramePower4, addFramePower8),
-                         [](const auto& run) { return run.param == addFramePower4 ? "4" : "8"; });
+INSTANTIATE_TEST_SUITE_P(Lanes, SpectrumKernel,
+                         testing::Values(Form{"4", addFramePower4, []() noexcept { return true; }},
+                                         Form{"8", addFramePower8, hasAddFramePower8},
+                                         Form{"16", addFramePower16, hasAddFramePower16}),
+                         [](const auto& run) { return run.param.lanes; });
 
 TEST(SpectrumTake, CutsAStreamIntoFramesWhateverTheSizeOfItsBlocks) {
   std::mt19937 random(4);
