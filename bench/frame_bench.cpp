@@ -66,6 +66,12 @@ std::vector<Contender> makeContenders() {
       {"ours, denormals", pelagrim::addFramePower, denormals},
       {"FFTW", rival(pelagrim::makeFftwPipeline()), noise},
   };
+  if (pelagrim::hasAddFramePower8()) {
+    contenders.push_back({"ours, 8 lanes", pelagrim::addFramePower8, noise});
+  }
+  if (pelagrim::hasAddFramePower16()) {
+    contenders.push_back({"ours, 16 lanes", pelagrim::addFramePower16, noise});
+  }
   if (__builtin_cpu_supports("avx2")) {
     contenders.push_back({"FFTW, AVX2 glue", rival(pelagrim::makeTunedFftwPipeline()), noise});
   }
