@@ -8,12 +8,12 @@
 namespace pelagrim {
 
 /// Reads one line of survey-labels.txt: low edge in MHz, high edge in MHz, name; "#" begins a
-/// comment. Nothing when the line is no label. The line ends at a NUL byte, if it holds one. An
-/// edge may be not a number; such a label matches nothing. Numbers are read with a decimal point
-/// only while a CLocale lives or the thread has the C locale anyway.
+/// comment. Returns nothing if the line is not a label. The line ends at its first NUL byte. An
+/// edge may be NaN; such a label matches nothing. The thread must be in the C locale (see CLocale)
+/// for a decimal point to be read.
 std::optional<BandLabel> parseLabelLine(std::string_view line);
 
-/// Whether a line that is no label was meant as one: it begins with a digit, blanks aside.
+/// Whether a line that is not a label was meant to be one: after any blanks it begins with a digit.
 bool looksLikeLabel(std::string_view line);
 
 }  // namespace pelagrim

@@ -11,7 +11,7 @@ namespace pelagrim {
 
 namespace {
 
-constexpr size_t kLongestRow = 255;
+constexpr size_t kMaxRowBytes = 255;
 
 /// One row of the file, its fields separated by commas. Numbers are written as printf would in the
 /// C locale ("%lld", "%u", "%.1f"), by the standard library's faster conversions.
@@ -33,7 +33,7 @@ class RowText {
   void addLast(std::string_view text) { next_ = std::copy(text.begin(), text.end(), next_); }
 
   std::string_view text() const {
-    return std::string_view(row_, static_cast<size_t>(next_ - row_)).substr(0, kLongestRow);
+    return std::string_view(row_, static_cast<size_t>(next_ - row_)).substr(0, kMaxRowBytes);
   }
 
  private:

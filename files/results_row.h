@@ -23,15 +23,15 @@ struct ResultsRow {
   std::string_view rest;  ///< what follows the last number in the line: a comma and the guess
 };
 
-/// Reads one line, which ends at its NUL byte. Nothing for the column names, and for a row that
-/// lacks a number or makes no sense. Values are not limited, and a row that was cut off inside its
-/// last number still reads as one. Numbers are read with a decimal point only while a CLocale lives
-/// or the thread has the C locale anyway.
+/// Reads one line, which ends at its NUL byte. Returns nothing for the column names and for
+/// a row that lacks a number or makes no sense. Values are not limited, and a row that was cut off
+/// inside its last number is still read. The thread must be in the C locale (see CLocale) for a
+/// decimal point to be read.
 std::optional<ResultsRow> parseResultsRow(const char* line);
 
 /// Appends the channel's row, line feed included, to `text`: frequencies and widths in whole hertz,
-/// levels in tenths of a decibel, at the end the guess at its kind. A row that odd values make
-/// longer than 255 bytes is cut there.
+/// levels in tenths of a decibel, at the end the guess at its kind. A row longer than 255
+/// bytes, which takes absurd values, is cut there.
 void appendResultsRow(std::string& text, const Channel& channel);
 
 }  // namespace pelagrim

@@ -18,19 +18,19 @@ inline constexpr std::string_view kSweepKey = "sweep";             // yes or no
 /// One "key = value" line. Both are parts of the line that was read.
 struct SettingLine {
   std::string_view key;    ///< no blanks around it; need not be one of the keys above
-  std::string_view value;  ///< all that follows the "=", blanks and remarks too; never empty
+  std::string_view value;  ///< all that follows the "=", with blanks and remarks; never empty
 };
 
-/// Reads one line of survey.cfg, with or without its line end. Nothing for blank lines, comments
-/// ("#") and lines that are no setting: without a "=" or with nothing on one side of it, or with a
-/// key of more than 63 characters, blanks behind it counted. A value ends at 255.
+/// Reads one line of survey.cfg, with or without its line end. Returns nothing for a blank line, a
+/// comment ("#"), a line without "=" or with nothing before or after it, and a key longer than 63
+/// characters, trailing blanks included. A value is cut at 255 characters.
 std::optional<SettingLine> parseSettingLine(std::string_view line);
 
 /// Whether a value of `sweep` asks to sweep: any n in it, small or capital, means no.
 bool asksToSweep(std::string_view value);
 
-/// The number at the beginning of a value, in any spelling of strtod; 0 where there is none. Read
-/// with a decimal point only while a CLocale lives or the thread has the C locale anyway.
+/// The number at the beginning of a value, in any spelling that strtod reads; 0 if there is none.
+/// The thread must be in the C locale (see CLocale) for a decimal point to be read.
 double settingNumber(std::string_view value);
 
 /// Stores the value in the setting that its key names; other keys change nothing.

@@ -17,8 +17,8 @@ std::string pathJoin(const std::string& dir, const std::string& name);
 /// else the working directory. A variable that is empty counts as one that is not set.
 std::string surveyDir();
 
-/// The same, created where it is missing when it lies in HOME. Failures to create it are passed
-/// over: the files are then not found and not written.
+/// The same, created where it is missing when it lies in HOME. If that fails
+/// nothing is reported: the files are then not found and not written.
 std::string resolveSurveyDir();
 
 }  // namespace pelagrim

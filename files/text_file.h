@@ -14,14 +14,14 @@ class LineReader {
  public:
   static constexpr size_t kMaxPiece = 511;
 
-  /// Opens the file. One that cannot be opened reads as empty; only want of memory is thrown, as
-  /// std::bad_alloc, for then nothing is known about the file. A device reads as empty, for it may
-  /// never end; a pipe is not even opened, for that waits until somebody writes.
+  /// Opens the file. One that cannot be opened reads as empty, except that std::bad_alloc is thrown
+  /// when memory runs out, because then nothing is known about the file. A device reads as empty,
+  /// because it may never end. A pipe is not even opened: that would wait for a writer.
   explicit LineReader(const std::string& path);
 
   bool isOpen() const { return file_ != nullptr; }
 
-  /// True when there is no such file, which is not the same as one that cannot be opened.
+  /// True when there is no such file; false for one that exists but cannot be opened.
   bool isMissing() const { return missing_; }
 
   /// The next piece, valid until the next call; null at the end. Throws std::bad_alloc as above.
@@ -37,8 +37,8 @@ class LineReader {
   char piece_[kMaxPiece + 1];
 };
 
-/// Creates the file, or empties it in place, and writes the text. Failures are passed over. Nothing
-/// is written to a pipe: that would wait until somebody reads, or end the process when nobody does.
+/// Creates the file, or empties it in place, and writes the text. Failures are ignored. Nothing
+/// is written to a pipe: that would wait for a reader, or end the process if there is none.
 void writeTextFile(const std::string& path, std::string_view text);
 
 }  // namespace pelagrim

@@ -12,7 +12,7 @@ namespace pelagrim {
 namespace {
 
 void evaluateDwell(State& state) {
-  // What needs memory and leaves the survey alone comes first.
+  // First what needs memory but does not change the survey.
   const std::vector<float> levels = levelsDb(state.spectrum.power_sum, state.spectrum.frames);
   const std::vector<Detection> detections =
       findDetections(levels, state.slice, state.settings.threshold_db);
@@ -21,7 +21,7 @@ void evaluateDwell(State& state) {
   const int64_t now_ms = hostNowMs();
   for (const Detection& detection : detections) state.survey.add(detection, now_ms);
   ++state.dwells;
-  // The survey is saved even where there is no memory for the line about it.
+  // The survey is saved even if there is no memory for the message.
   attempt([&] {
     state.log.logLine(messageText(
         160, "survey: %.3f MHz, %d here, %d known after %u dwell%s",

@@ -10,7 +10,7 @@ namespace pelagrim {
 /// no other call runs.
 void hc_attach(const WendleHostApi* host) noexcept;
 
-/// The host's clock in Unix milliseconds; 0 where there is none. One call of the host at most.
+/// The host's clock in Unix milliseconds; 0 if there is none. Calls the host at most once.
 int64_t hostNowMs();
 
 /// Whether the host can be asked to tune.

@@ -10,7 +10,7 @@
 namespace pelagrim {
 
 void MessageLog::logLine(std::string line) {
-  if (lines.size() < kMostLines) lines.push_back(std::move(line));
+  if (lines.size() < kMaxLines) lines.push_back(std::move(line));
 }
 
 bool MessageLog::takeLine(char* buf, size_t len) noexcept {

@@ -9,7 +9,7 @@ namespace pelagrim {
 /// The message lines that wait for the host, oldest first. Bounded: while it is full, new lines are
 /// dropped, so a host that never polls costs nothing. Under the lock of State.
 struct MessageLog {
-  static constexpr size_t kMostLines = 32;
+  static constexpr size_t kMaxLines = 32;
   std::vector<std::string> lines;
 
   /// Queues a line, or drops it when 32 are waiting. May throw std::bad_alloc; the log is then as

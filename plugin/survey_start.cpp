@@ -41,9 +41,9 @@ void prepareSurvey(Survey& survey, const Settings& settings) {
 
 void resumeSurvey(State& state) {
   ResultsFile file = loadSurvey(state.dir, state.slice.sample_rate_hz);
-  // In the order of their slots the channels are entered fast and lie in memory as they are walked
-  // later: that makes panel polls of a large survey several times faster. Rows of one slot keep
-  // their order, for the last of them counts.
+  // Entered in the order of their slots, the channels are inserted quickly and lie in memory in the
+  // order in which they are walked later, which makes panel polls of a large survey several times
+  // faster. Rows of one slot keep their order, because the last of them counts.
   std::stable_sort(file.channels.begin(), file.channels.end(),
                    [&](const Channel& a, const Channel& b) {
                      return state.survey.slotOf(a.centre_hz) < state.survey.slotOf(b.centre_hz);
@@ -67,7 +67,7 @@ void announcePlan(State& state) {
 
 void startSteps(State& state, const Slice& slice) {
   state.dir = resolveSurveyDir();
-  // The survey does without settings and labels that there is no memory to read.
+  // If there is no memory to read settings or labels, the survey does without them.
   attempt([&] { loadSettings(state.dir, state.settings); });
   attempt([&] { readLabels(state); });
   state.slice = slice;

@@ -12,9 +12,9 @@ namespace pelagrim {
 namespace {
 
 constexpr double kFloorFraction = 0.1;
-constexpr size_t kFewestBins = 4;
-constexpr size_t kFewestQuietBins = 8;
-constexpr size_t kShortestRun = 2;  // one bin alone is more often a glitch than a signal
+constexpr size_t kMinBins = 4;
+constexpr size_t kMinQuietBins = 8;
+constexpr size_t kMinRunBins = 2;  // one bin alone is more often a glitch than a signal
 
 }  // namespace
 
@@ -34,14 +34,14 @@ double noiseFloorDb(const std::vector<float>& levels, double threshold_db) {
   quiet.reserve(levels.size());
   std::copy_if(levels.begin(), levels.end(), std::back_inserter(quiet),
                [quiet_limit](float level) { return static_cast<double>(level) <= quiet_limit; });
-  const bool enough = quiet.size() >= levels.size() / 8 && quiet.size() >= kFewestQuietBins;
+  const bool enough = quiet.size() >= levels.size() / 8 && quiet.size() >= kMinQuietBins;
   return enough ? percentileDb(quiet, 0.5) : first_floor;
 }
 
 std::vector<Detection> findDetections(const std::vector<float>& levels, const Slice& slice,
                                       double threshold_db) {
   std::vector<Detection> found;
-  if (levels.size() < kFewestBins || !(slice.sample_rate_hz > 0.0)) return found;
+  if (levels.size() < kMinBins || !(slice.sample_rate_hz > 0.0)) return found;
 
   const double floor_db = noiseFloorDb(levels, threshold_db);
   const double detection_db = floor_db + threshold_db;
@@ -54,7 +54,7 @@ std::vector<Detection> findDetections(const std::vector<float>& levels, const Sl
   while (run != levels.end()) {
     const auto run_end = std::find_if_not(run, levels.end(), stands_out);
     const auto bins = static_cast<size_t>(run_end - run);
-    if (bins >= kShortestRun) {
+    if (bins >= kMinRunBins) {
       const auto first_bin = static_cast<double>(run - levels.begin());
       const auto width_bins = static_cast<double>(bins);
       const double middle_bin = first_bin + (width_bins - 1.0) * 0.5;

@@ -76,8 +76,8 @@ void Survey::restore(const Channel& channel) {
   channels.insert_or_assign(slotOf(channel.centre_hz), channel);
 }
 
-std::vector<Channel> Survey::busiest(size_t most) const {
-  const size_t count = std::min(most, channels.size());
+std::vector<Channel> Survey::busiest(size_t max_count) const {
+  const size_t count = std::min(max_count, channels.size());
   std::vector<Ranked> best;  // once full, a heap with the last of the best on top
   best.reserve(count);
   for (const auto& [slot, channel] : channels) {

@@ -9,7 +9,7 @@
 
 namespace pelagrim {
 
-/// All channels found so far, one at most to each slot of a fixed frequency raster.
+/// All channels found so far, at most one per slot of a fixed frequency raster.
 ///
 /// A channel stays in the slot in which it entered, even when its mean centre drifts into a
 /// neighbour's range; detections are matched by their own slot only. Not synchronised: callers hold
@@ -44,9 +44,9 @@ struct Survey {
   /// looks); among equals the lower centre first, a centre that is not a number last, then by slot.
   std::vector<Channel> byActivity() const { return busiest(channels.size()); }
 
-  /// The first `most` channels of that order; about linear in the number of channels when few are
-  /// wanted.
-  std::vector<Channel> busiest(size_t most) const;
+  /// The first `max_count` channels of that order. Takes about linear time in the number of
+  /// channels when few are wanted.
+  std::vector<Channel> busiest(size_t max_count) const;
 };
 
 }  // namespace pelagrim

@@ -43,7 +43,7 @@ TEST(LabelsFile, ReadsOddLabelLines) {
 
 TEST(LabelsFile, CountsUnreadableLinesThatBeginWithADigit) {
   for (const char* line : {"144 146", "144 146 \n", "146 144 reversed", " 144 # 146 x",
-                           "144 146 # name", "1x 2 y", "\t7"}) {
+                           "144 146 # name", "1x 2 y", "\t9"}) {
     EXPECT_EQ(labelsFrom(line).unreadable_lines, 1) << line;
   }
   for (const char* line : {"", "\n", "# 144 146 x", "band 144 146", "- 1 x", ".x", "-5 -6 x"}) {

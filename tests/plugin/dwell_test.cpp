@@ -122,7 +122,9 @@ TEST(Dwell, IsDroppedByARetuneAndByANewCreate) {
   host.iq->destroy(host.handle);
   EXPECT_FALSE(host.dir.has("survey.csv"));
   host.process(band(2, {100}));
+  host.process(Samples(1000));
   host.create(kRateHz, 145e6);
+  host.process(Samples(1023));
   host.iq->destroy(host.handle);
   EXPECT_FALSE(host.dir.has("survey.csv"));
 }

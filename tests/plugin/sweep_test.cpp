@@ -39,7 +39,7 @@ TEST_F(Sweep, VisitsTheSlicesInTurnFromTheSecond) {
 TEST_F(Sweep, StaysPutWhenFixedOrWithOneSliceOrWithoutTune) {
   start("146", "sweep = no\n");
   step(0);
-  start("144.5");
+  start("144.5", "sweep = yes\n");
   step(0);
   EXPECT_TRUE(host.tuned_hz.empty());
   start("146", "sweep = yes\n");

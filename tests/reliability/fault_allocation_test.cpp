@@ -1,4 +1,4 @@
-// Want of memory: the n-th allocation inside the plug-in fails, for every n.
+// Memory runs out: the n-th allocation inside the plug-in fails, for every n.
 
 #include <cerrno>
 
@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(WantOfMemory, IsSurvivedWhereverItStrikes) {
+TEST(OutOfMemory, IsSurvivedWhereverItStrikes) {
 #ifdef PELAGRIM_SANITIZED
   GTEST_SKIP() << "a sanitizer brings an allocator of its own, which cannot be made to fail";
 #endif
@@ -53,7 +53,7 @@ TEST(WantOfMemory, IsSurvivedWhereverItStrikes) {
   }
 }
 
-TEST(WantOfMemory, CostsADwellOrTheTimeUntilTheNextCreate) {
+TEST(OutOfMemory, CostsADwellOrTheTimeUntilTheNextCreate) {
 #ifdef PELAGRIM_SANITIZED
   GTEST_SKIP() << "as above";
 #endif
@@ -82,7 +82,7 @@ TEST(WantOfMemory, CostsADwellOrTheTimeUntilTheNextCreate) {
   EXPECT_EQ(host.dir.read("survey.csv"), file);
 }
 
-TEST(WantOfMemory, AtAFileStopsTheSurveyOnlyForItsResults) {
+TEST(OutOfMemory, AtAFileStopsTheSurveyOnlyForItsResults) {
   struct Case {
     faults::Call call;
     long first;

@@ -49,7 +49,7 @@ TEST(FileCalls, FailWithoutHarmWhicheverItIs) {
           struck = faults::callsSeen() >= n;
           faults::set({});
           FaultScenario::expectSane(host);
-          if (test.error != ENOMEM) {  // for want of memory alone a create may fail
+          if (test.error != ENOMEM) {  // a create may fail only when memory runs out
             EXPECT_TRUE(FaultScenario::remembersItsLastDwell(host));
           }
           if (users_files) {

@@ -104,6 +104,7 @@ class PluginHost {
     std::memset(rows.data(), 0x5A, rows.size() * sizeof rows[0]);
     const WendlePanelRow untouched = rows[max];
     const unsigned count = panel->poll_rows(panel->create(), rows.data(), max);
+    EXPECT_LE(count, max);
     for (size_t i = count; i < rows.size(); ++i) {
       EXPECT_EQ(std::memcmp(&rows[i], &untouched, sizeof untouched), 0) << "row " << i;
     }

@@ -71,9 +71,9 @@ TEST(Survey, RanksByActivityThenCentreWithOddCentresLast) {
   };
   for (const Channel& channel : channels) survey.channels.emplace(survey.size(), channel);
   const std::vector<double> expected = {9.0, -1.0, 1.0, 3.0, NAN, 2.0, 5.0};
-  for (size_t most = 0; most <= expected.size() + 1; ++most) {
-    const std::vector<Channel> busiest = survey.busiest(most);
-    ASSERT_EQ(busiest.size(), std::min(most, expected.size()));
+  for (size_t max_count = 0; max_count <= expected.size() + 1; ++max_count) {
+    const std::vector<Channel> busiest = survey.busiest(max_count);
+    ASSERT_EQ(busiest.size(), std::min(max_count, expected.size()));
     for (size_t i = 0; i < busiest.size(); ++i) {
       if (std::isnan(expected[i])) {
         EXPECT_TRUE(std::isnan(busiest[i].centre_hz));
@@ -82,6 +82,13 @@ TEST(Survey, RanksByActivityThenCentreWithOddCentresLast) {
       }
     }
   }
+}
+
+TEST(Survey, RanksEqualsBySlot) {
+  Survey survey;
+  survey.channels[7] = {.centre_hz = 1.0, .peak_db = 7.0};
+  survey.channels[3] = {.centre_hz = 1.0, .peak_db = 3.0};
+  EXPECT_EQ(survey.byActivity()[0].peak_db, 3.0);
 }
 
 TEST(SignalKind, IsGuessedFromTheWidth) {
