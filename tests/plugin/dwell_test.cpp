@@ -54,13 +54,16 @@ TEST(Dwell, TakesARasterThatIsNotPositiveForOneOfAHertz) {
 
 TEST(Dwell, ResumesTheLastOfTheRowsOfOneSlot) {
   PluginHost host;
-  host.dir.write("survey.csv",
-                 "# survey.csv format 2\n145501000,1,1,1,0,0,1,1,0,0\n144100000,1,1,1,0,0,1,1,0,0\n"
-                 "145499000,1,1,1,0,0,1,1,0,0\n");
+  std::string rows = "# survey.csv format 2\n";
+  for (int i = 0; i < 40; ++i) {  // down through one slot, by turns with others
+    rows += std::to_string(145502000 - 100 * i) + ",1,1,1,0,0,1,1,0,0\n";
+    rows += std::to_string(144900000 - 5000 * i) + ",1,1,1,0,0,1,1,0,0\n";
+  }
+  host.dir.write("survey.csv", rows);
   host.create(kRateHz, 145e6);
-  EXPECT_EQ(host.lines()[1], "survey: resumed 3 channels from survey.csv");
-  ASSERT_EQ(host.rows().size(), 3U);
-  EXPECT_EQ(host.rows()[2][0], "145.4990 MHz");
+  EXPECT_EQ(host.lines()[1], "survey: resumed 80 channels from survey.csv");
+  ASSERT_EQ(host.rows().size(), 42U);
+  EXPECT_EQ(host.rows().back()[0], "145.4981 MHz");
 }
 
 TEST(Dwell, EndsByTheHostsClockAtTheVeryMillisecond) {

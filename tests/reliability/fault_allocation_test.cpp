@@ -76,6 +76,7 @@ TEST(OutOfMemory, CostsADwellOrTheTimeUntilTheNextCreate) {
   const std::string file = host.dir.read("survey.csv");
   const size_t requests = host.tuned_hz.size();
   faults::during(no_memory, [&] { host.create(1024000.0, 144.5e6); });
+  host.iq->retune(host.handle, 144.5e6);  // gives a dwell its start
   host.processUntil(host.now_ms + 20'000, visitor);
   host.iq->destroy(host.handle);
   EXPECT_EQ(host.tuned_hz.size(), requests) << "a survey that could not start sweeps";
