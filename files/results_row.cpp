@@ -63,8 +63,9 @@ std::optional<ResultsRow> parseResultsRow(const char* line) {
   row.max_width_hz = static_cast<double>(max_width_hz);
   row.first_unix_ms = first_unix_ms;
   row.last_unix_ms = last_unix_ms;
+  const uint32_t written_looks = row.looks;
   row.looks = std::max(row.looks, row.hits);
-  return ResultsRow{row, line + end};
+  return ResultsRow{row, line + end, written_looks};
 }
 
 void appendResultsRow(std::string& text, const Channel& channel) {

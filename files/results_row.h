@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,8 +20,9 @@ inline constexpr std::string_view kResultsHeader =
 
 /// What one row of survey.csv holds.
 struct ResultsRow {
-  Channel channel;        ///< centre_hz and hits are at least 1, looks at least hits
-  std::string_view rest;  ///< what follows the last number in the line: a comma and the guess
+  Channel channel;         ///< centre_hz and hits are at least 1, looks at least hits
+  std::string_view rest;   ///< what follows the last number in the line: a comma and the guess
+  uint32_t written_looks;  ///< as the line has them, be they fewer than the hits
 };
 
 /// Reads one line, which ends at its NUL byte. Returns nothing for the column names and for

@@ -69,17 +69,18 @@ std::optional<ExportOptions> parseExportOptions(const WordCommand& self, int arg
       ->type_name("FILE")
       ->capture_default_str();
   app.add_option("--min-activity", options.selection.min_activity,
-                 "Only channels seen in at least this share of looks, 0 to 1;\n"
-                 "the share or, as tables show it, its whole per cent")
-      ->type_name("SHARE")
+                 "Only channels of at least this activity, 0 to 1: detections by looks\n"
+                 "since the channel was first heard, 1 where there are more detections")
+      ->type_name("ACTIVITY")
       ->check(CLI::Validator(
           [](const std::string& text) {
             const auto share = parsePlainNumber(text);
             const bool fits = share && *share >= 0.0 && *share <= 1.0;
-            return fits ? std::string() : fmt::format("'{}' is not a share from 0 to 1", text);
+            return fits ? std::string() : fmt::format("'{}' is not an activity from 0 to 1", text);
           },
           ""));
-  app.add_option("--min-hits", options.selection.min_hits, "Only channels seen in N dwells or more")
+  app.add_option("--min-hits", options.selection.min_hits,
+                 "Only channels with N detections or more")
       ->type_name("N");
   app.add_option("--kind", options.selection.kinds,
                  "Only channels of these kinds, with commas between them")

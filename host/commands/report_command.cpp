@@ -13,7 +13,7 @@
 #include "host/report/band_svg.h"
 #include "host/report/report_data.h"
 #include "host/report/report_page.h"
-#include "host/text/counted_text.h"
+#include "host/report/report_words.h"
 
 namespace pelagrim_host {
 namespace {
@@ -60,10 +60,8 @@ void runReport(const WordCommand& self, int argc, const char* const* argv) {
   const ReportData report = makeReport(survey, old ? &*old : nullptr);
   sayRemarks(report.remarks);
   const std::string text = is_page ? reportPage(report) : bandSvg(report);
-  const size_t channels = survey.rows.channels.size();  // without those that have gone
-  writeOutput(
-      options->output, text,
-      fmt::format("{}, {} kB", countedText(channels, "channel"), (text.size() + 999) / 1000));
+  writeOutput(options->output, text,
+              fmt::format("{}, {} kB", channelsText(report), (text.size() + 999) / 1000));
 }
 
 }  // namespace pelagrim_host

@@ -5,6 +5,7 @@
 
 #include "host/export/csv_field.h"
 #include "host/export/export_formats.h"
+#include "host/text/counted_text.h"
 
 namespace pelagrim_host {
 namespace {
@@ -67,8 +68,9 @@ std::string chirpMemories(const ExportedChannels& channels) {
   for (const ExportedChannel& channel : channels) {
     const Tuned tuned = nearestTuned(channel.listening);
     const auto comment = fmt::format(
-        "{} {:.{}f} kHz wide, seen {} of {}", channel.seen.kind, channel.seen.width_hz / 1e3,
-        channel.seen.width_hz < 1e3 ? 3 : 1, channel.seen.hits, channel.seen.looks);
+        "{} {:.{}f} kHz wide, {}, {}", channel.seen.kind, channel.seen.width_hz / 1e3,
+        channel.seen.width_hz < 1e3 ? 3 : 1, countedText(channel.seen.hits, "detection"),
+        countedText(channel.seen.looks, "look"));
     text += fmt::format("{},{},{:.6f},off,0.000000,,88.5,88.5,023,NN,{},{:.2f},,{},,,\n",
                         ++location, csvField(plainText(channel.name)), tuned.hz / 1e6,
                         modeOf(channel.listening), tuned.step_khz, csvField(comment));

@@ -33,10 +33,7 @@ std::string nameOf(const SurveyedChannel& channel, const std::string& band) {
 
 bool isSelected(const SurveyedChannel& channel, const ExportSelection& selection) {
   const auto& kinds = selection.kinds;
-  // What a table shows as 67 % is at least 0.67, though it be two thirds.
-  const double shown = channel.activityPercent() / 100.0;
-  return std::max(channel.activity(), shown) >= selection.min_activity &&
-         channel.hits >= selection.min_hits &&
+  return channel.activity() >= selection.min_activity && channel.hits >= selection.min_hits &&
          (kinds.empty() || std::find(kinds.begin(), kinds.end(), channel.kind) != kinds.end());
 }
 

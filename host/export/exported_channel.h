@@ -61,8 +61,8 @@ struct ExportedChannel {
 
 /// What to leave out.
 struct ExportSelection {
-  double min_activity = 0.0;         ///< 0 to 1; of the share or of its whole per cent
-  uint32_t min_hits = 0;             ///< dwells
+  double min_activity = 0.0;         ///< hits by looks, 0 to 1
+  uint32_t min_hits = 0;             ///< detections
   std::vector<std::string> kinds{};  ///< of pelagrim::signalKinds(); empty: all
 };
 

@@ -83,12 +83,13 @@ std::string jsonLines(const ExportedChannels& channels) {
 
 std::string readableCsv(const ExportedChannels& channels) {
   std::string text =
-      "Frequency MHz,Width kHz,Guess,Over floor dB,Seen %,Hits,Looks,First seen,Last seen,Band\n";
+      "Frequency MHz,Width kHz,Guess,Over floor dB,Detections,Looks since first heard,First "
+      "seen,Last seen,Band\n";
   for (const ExportedChannel& channel : channels) {
     const SurveyedChannel& seen = channel.seen;
-    text += fmt::format("{:.6f},{:.3f},{},{},{},{},{},{},{},{}\n", seen.centre_hz / 1e6,
+    text += fmt::format("{:.6f},{:.3f},{},{},{},{},{},{},{}\n", seen.centre_hz / 1e6,
                         seen.width_hz / 1e3, seen.kind, levelText(seen.peak_db - seen.floor_db),
-                        seen.activityPercent(), seen.hits, seen.looks, moment(seen.first_unix_ms),
+                        seen.hits, seen.looks, moment(seen.first_unix_ms),
                         moment(seen.last_unix_ms), csvField(harmless(channel.band)));
   }
   return text;

@@ -176,19 +176,19 @@ class Drawing {
   }
 
   void drawLegend() {
-    constexpr double kWordsWidth = 70.0;
+    constexpr double kWordsWidth = 175.0;
     const double y = at_.height + 4.0;
     const double text_y = y + at_.shade_height - 2.0;
     double x = at_.left;
-    text(x, text_y, "soft", kNeverSeenWords);
+    text(x, text_y, "soft", kLeastActiveWords);
     x += kWordsWidth;
     for (const std::string& shade : activityShades()) {
       add(R"(<rect x="{}" y="{}" width="{}" height="{}" fill="{}"/>)", x, y, at_.shade_width,
           at_.shade_height, shade);
       x += at_.shade_width;
     }
-    text(x + at_.scale_gap, text_y, "soft", kAlwaysSeenWords);
-    if (report_.is_compared) text(x + 120.0, text_y, "soft", changeLegend());
+    text(x + at_.scale_gap, text_y, "soft", kMostActiveWords);
+    text(x + 100.0, text_y, "soft", changeLegend(report_));
   }
 
   const ReportData& report_;

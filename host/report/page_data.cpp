@@ -60,7 +60,6 @@ json channelsOf(const ReportData& report) {
   addSeen("over_db", [](Seen channel) { return tenths(channel.peak_db - channel.floor_db); });
   addSeen("hits", [](Seen channel) { return channel.hits; });
   addSeen("looks", [](Seen channel) { return channel.looks; });
-  addSeen("percent", [](Seen channel) { return channel.activityPercent(); });
   addSeen("first_unix_ms", [](Seen channel) { return moment(channel.first_unix_ms); });
   addSeen("last_unix_ms", [](Seen channel) { return moment(channel.last_unix_ms); });
   addSeen("kind", [](Seen channel) {
@@ -90,8 +89,8 @@ json wordsOf(const ReportData& report) {
   json words = json::object();
   for (const ScriptWords& entry : scriptWords()) words[std::string(entry.name)] = entry.words;
   words["time_span"] = timeSpanWords(report);
-  words["all_channels"] = channelCount(report.channels.size());
-  words["change_legend"] = report.is_compared ? changeLegend() : "";
+  words["all_channels"] = channelCount(knownChannels(report));
+  words["change_legend"] = changeLegend(report);
   return words;
 }
 

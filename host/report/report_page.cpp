@@ -19,8 +19,9 @@ std::string reportPage(const ReportData& report) {
     rest.remove_prefix(at + place.size());
   };
   const std::string title = markupText(titleOf(report));
+  fill("{{page.css hash}}", kPageCssHash);
+  fill("{{page.js hash}}", kPageJsHash);
   fill("{{title}}", title);
-  fill("{{picture.css}}", kPictureCss);
   fill("{{page.css}}", kPageCss);
   fill("{{title}}", title);
   fill("{{title}}", title);

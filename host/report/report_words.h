@@ -16,8 +16,8 @@ inline constexpr std::string_view kLevelScaleWords = "relative dB over floor";
 inline constexpr std::string_view kFrequencyUnitWords = "MHz";
 inline constexpr std::string_view kBandPlanWords = "Band plan";
 inline constexpr std::string_view kLocalTimeWords = "local time";
-inline constexpr std::string_view kNeverSeenWords = "seen in 0 %";  // before the shades
-inline constexpr std::string_view kAlwaysSeenWords = "100 % of looks";
+inline constexpr std::string_view kLeastActiveWords = "hits/looks since first heard: 0";  // before the shades
+inline constexpr std::string_view kMostActiveWords = "1 or more";
 
 /// How a change is told.
 struct ChangeWords {
@@ -31,8 +31,9 @@ const ChangeWords& wordsOf(Change change);
 /// The same for every change, in their order.
 const std::vector<ChangeWords>& changeWords();
 
-/// What the symbols and outlines of changes mean.
-std::string changeLegend();
+/// What the symbols and outlines of changes mean, of those that this report can show; nothing
+/// without a comparison.
+std::string changeLegend(const ReportData& report);
 
 /// The head of a column of the table; `column` is its name in the page's data.
 struct ColumnWords {
@@ -54,7 +55,14 @@ const std::vector<ScriptWords>& scriptWords();
 /// "1 channel", "2 channels".
 std::string channelCount(size_t count);
 
-/// The band and how many channels this survey knows, without those that are gone.
+/// Without those that are gone.
+size_t knownChannels(const ReportData& report);
+
+/// How many channels this survey knows, and how many of the earlier one are gone: "15 channels",
+/// "15 channels, 1 gone".
+std::string channelsText(const ReportData& report);
+
+/// The band, and channelsText.
 std::string titleOf(const ReportData& report);
 
 /// When the channels were seen: words with the places {first}, {last} and {zone}, or why there is

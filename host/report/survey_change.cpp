@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <tuple>
 
@@ -17,6 +18,8 @@ struct Pair {
   size_t before;
 };
 
+using MayBeOne = std::function<bool(const SurveyedChannel& now, const SurveyedChannel& before)>;
+
 /// Whether two channels can be one by their widths. Below the raster, where a channel is a few bins
 /// wide, the width says little.
 bool areOfSimilarWidth(const SurveyedChannel& one, const SurveyedChannel& other, double raster_hz) {
@@ -25,9 +28,10 @@ bool areOfSimilarWidth(const SurveyedChannel& one, const SurveyedChannel& other,
   return wide_hz <= std::max(raster_hz, kMaxRatio * narrow_hz);
 }
 
+/// The nearest first, each channel in one pair at most.
 std::vector<Pair> pairsWithinReach(const std::vector<SurveyedChannel>& channels,
                                    const std::vector<SurveyedChannel>& old_channels,
-                                   double raster_hz) {
+                                   double raster_hz, const MayBeOne& may_be_one) {
   std::vector<size_t> by_centre(old_channels.size());
   for (size_t index = 0; index < by_centre.size(); ++index) by_centre[index] = index;
   std::sort(by_centre.begin(), by_centre.end(), [&](size_t left, size_t right) {
@@ -47,8 +51,7 @@ std::vector<Pair> pairsWithinReach(const std::vector<SurveyedChannel>& channels,
       const SurveyedChannel& old = old_channels[*at];
       const double distance_hz = std::abs(old.centre_hz - centre_hz);
       const double half_hz = 0.5 * std::max(old.width_hz, channels[now].width_hz);
-      if (distance_hz <= std::max(raster_hz, half_hz) &&
-          areOfSimilarWidth(channels[now], old, raster_hz)) {
+      if (distance_hz <= std::max(raster_hz, half_hz) && may_be_one(channels[now], old)) {
         pairs.push_back({distance_hz, now, *at});
       }
     }
@@ -56,6 +59,13 @@ std::vector<Pair> pairsWithinReach(const std::vector<SurveyedChannel>& channels,
   std::sort(pairs.begin(), pairs.end(), [](const Pair& left, const Pair& right) {
     return std::tie(left.distance_hz, left.now, left.before) <
            std::tie(right.distance_hz, right.now, right.before);
+  });
+  std::vector<bool> is_taken(channels.size(), false);
+  std::vector<bool> was_taken(old_channels.size(), false);
+  std::erase_if(pairs, [&](const Pair& pair) {
+    if (is_taken[pair.now] || was_taken[pair.before]) return true;
+    is_taken[pair.now] = was_taken[pair.before] = true;
+    return false;
   });
   return pairs;
 }
@@ -66,14 +76,35 @@ bool isContinued(const SurveyedChannel& now, const SurveyedChannel& before) {
   const bool was_seen_again = now.hits > before.hits;
   const bool is_later = now.last_unix_ms > before.last_unix_ms;
   return now.first_unix_ms > 0 && now.first_unix_ms == before.first_unix_ms &&
-         now.looks > before.looks && now.hits >= before.hits &&
-         now.hits - before.hits <= now.looks - before.looks && was_seen_again == is_later;
+         now.looks >= before.looks && now.hits >= before.hits && was_seen_again == is_later;
+}
+
+/// Whether these pairs of continued channels are all that the earlier survey had, and more came.
+bool isWholeContinued(const std::vector<Pair>& pairs, const std::vector<SurveyedChannel>& channels,
+                      const std::vector<SurveyedChannel>& old_channels) {
+  if (pairs.size() != old_channels.size()) return false;
+  int64_t old_last_ms = 0;
+  for (const SurveyedChannel& old : old_channels) {
+    old_last_ms = std::max(old_last_ms, old.last_unix_ms);
+  }
+  std::vector<bool> is_old(channels.size(), false);
+  bool has_grown = false;
+  for (const Pair& pair : pairs) {
+    is_old[pair.now] = true;
+    has_grown = has_grown || channels[pair.now].looks > old_channels[pair.before].looks;
+  }
+  for (size_t now = 0; now < channels.size(); ++now) {
+    if (!is_old[now] && channels[now].first_unix_ms <= old_last_ms) return false;
+  }
+  return has_grown;
 }
 
 Change changeOf(const SurveyedChannel& now, const SurveyedChannel& before) {
   const double looks_now = now.looks;
   const double looks_before = before.looks;
-  const double pooled = (static_cast<double>(now.hits) + before.hits) / (looks_now + looks_before);
+  if (now.looks == 0 || before.looks == 0) return Change::kNone;
+  const double pooled =
+      (now.activity() * looks_now + before.activity() * looks_before) / (looks_now + looks_before);
   const double error = std::sqrt(pooled * (1.0 - pooled) * (1.0 / looks_now + 1.0 / looks_before));
   const double difference = now.activity() - before.activity();
   if (std::abs(difference) < kStandardErrors * error || difference == 0.0) return Change::kNone;
@@ -97,19 +128,26 @@ std::vector<ReportedChannel> withoutComparison(const std::vector<SurveyedChannel
 }
 
 Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
-                          const std::vector<SurveyedChannel>& old_channels, double raster_hz) {
+                          const std::vector<SurveyedChannel>& old_channels, double raster_hz,
+                          bool may_be_continued) {
   Comparison comparison{withoutComparison(channels)};
   std::vector<ReportedChannel>& reported = comparison.channels;
   for (ReportedChannel& channel : reported) channel.change = Change::kNew;
+  auto pairs = pairsWithinReach(channels, old_channels, raster_hz, isContinued);
+  comparison.is_continued = may_be_continued && isWholeContinued(pairs, channels, old_channels);
+  if (!comparison.is_continued) {
+    pairs = pairsWithinReach(channels, old_channels, raster_hz,
+                             [raster_hz](const SurveyedChannel& now, const SurveyedChannel& old) {
+                               return areOfSimilarWidth(now, old, raster_hz);
+                             });
+  }
   std::vector<bool> was_found(old_channels.size(), false);
-  for (const Pair& pair : pairsWithinReach(channels, old_channels, raster_hz)) {
+  for (const Pair& pair : pairs) {
     ReportedChannel& channel = reported[pair.now];
-    if (channel.old_looks > 0 || was_found[pair.before]) continue;
     const SurveyedChannel& old = old_channels[pair.before];
     was_found[pair.before] = true;
     SurveyedChannel since = channel.channel;
-    if (isContinued(since, old)) {
-      comparison.is_continued = true;
+    if (comparison.is_continued) {
       since.hits -= old.hits;
       since.looks -= old.looks;
     }

@@ -25,7 +25,7 @@ std::vector<ReportedChannel> withoutComparison(const std::vector<SurveyedChannel
 
 struct Comparison {
   std::vector<ReportedChannel> channels;
-  /// The earlier survey is an earlier state of the same one, at least in a part of its channels.
+  /// The earlier survey is an earlier state of the same one; nothing is gone then.
   bool is_continued = false;
   size_t gone_outside_band = 0;  ///< counted by dropChangesOutsideBands, as is the next one
   size_t new_outside_old_band = 0;
@@ -39,11 +39,16 @@ struct Comparison {
 /// channel is paired twice.
 ///
 /// A channel is seen more or less often when the difference is more than chance would make of so
-/// many looks: a two-proportion z-test at two standard errors (Fleiss, Levin, Paik: Statistical
-/// Methods for Rates and Proportions). Where the survey is the old one carried on, whose counts are
-/// part of those of now, the looks since then are compared with the old ones.
+/// many looks: a two-proportion z-test of activities at two standard errors (Fleiss, Levin, Paik:
+/// Statistical Methods for Rates and Proportions).
+///
+/// The survey is the old one carried on where `may_be_continued` and every old channel is there with
+/// the same first moment and with counts that have only grown, some of them, and what is new is
+/// later than the old one's last moment. Its channels are paired by that, whatever their widths, and
+/// the looks since then are compared with the old ones.
 Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
-                          const std::vector<SurveyedChannel>& old_channels, double raster_hz);
+                          const std::vector<SurveyedChannel>& old_channels, double raster_hz,
+                          bool may_be_continued = true);
 
 /// Only where both surveys looked can a channel be new or gone: takes out those that are gone but
 /// lie outside the band of now, and leaves unmarked those that are new but lie outside the band of

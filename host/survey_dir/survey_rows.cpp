@@ -52,6 +52,7 @@ std::optional<SurveyedChannel> channelOf(const std::string& line) {
   if (was_cut_off || narrowest_hz < 0.0 || std::max(channel.centre_hz, widest_hz) > kHighestHz) {
     return std::nullopt;
   }
+  channel.looks = row->written_looks;
   channel.peak_db = levelOrNone(channel.peak_db);
   channel.floor_db = levelOrNone(channel.floor_db);
   channel.kind = kindOf(row->rest, channel.width_hz);
@@ -64,11 +65,6 @@ bool isMeantAsText(const std::string& line) {
 }
 
 }  // namespace
-
-int SurveyedChannel::activityPercent() const {
-  const int percent = static_cast<int>(std::lround(100.0 * activity()));
-  return hits < looks ? std::clamp(percent, 1, 99) : percent;
-}
 
 SurveyRows parseSurveyRows(std::string_view text) {
   SurveyRows rows;

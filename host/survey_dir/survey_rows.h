@@ -9,16 +9,16 @@
 
 namespace pelagrim_host {
 
-/// One row of survey.csv. Levels are not a number where the file has none or one beyond 1000; looks
-/// are never fewer than hits, and hits at least 1.
+/// One row of survey.csv. Levels are not a number where the file has none or one beyond 1000. Hits,
+/// at least 1, are detections, of which one dwell can have several; looks, as the file has them, are
+/// dwells since the channel was first heard. So there can be more hits than looks.
 struct SurveyedChannel : pelagrim::Channel {
   std::string_view kind;  ///< the guess by width, one of pelagrim::signalKinds()
 
-  /// How often it was seen of the times it could be, 0 to 1.
-  double activity() const { return static_cast<double>(hits) / static_cast<double>(looks); }
-
-  /// The same in whole per cent, but 100 only when it was never missed, and never 0.
-  int activityPercent() const;
+  /// Hits by looks, but at most 1: to order, colour and select by.
+  double activity() const {
+    return hits < looks ? static_cast<double>(hits) / static_cast<double>(looks) : 1.0;
+  }
 };
 
 /// A survey.csv, as far as it can be read. The rows are in the file's order.

@@ -70,7 +70,7 @@ while IFS='|' read -r text arguments; do
 done << 'TABLE'
 --to is required|export noise.survey
 --to: pdf not in|export noise.survey --to pdf
-'2' is not a share from 0 to 1|export noise.survey --to csv --min-activity 2
+'2' is not an activity from 0 to 1|export noise.survey --to csv --min-activity 2
 --kind: fm not in|export noise.survey --to csv --kind fm
 see pelagrim-survey export --help|export noise.survey more --to csv
 see pelagrim-survey report --help|report noise.survey more

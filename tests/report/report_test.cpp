@@ -1,6 +1,8 @@
 // Comparing two surveys, and names that are not what a page expects.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -13,6 +15,7 @@
 #include "host/report/band_svg.h"
 #include "host/report/report_data.h"
 #include "host/report/report_page.h"
+#include "host/report/report_words.h"
 #include "host/report/survey_change.h"
 #include "host/survey_dir/saved_survey.h"
 #include "host/survey_dir/survey_settings.h"
@@ -89,6 +92,37 @@ TEST(CompareSurveys, TellsOthersFromTheSameAndLooksSinceFromAllLooks) {
   }
 }
 
+TEST(CompareSurveys, IsAnEarlierStateOnlyWhereEveryOldChannelIsContinued) {
+  // Hits, looks, first and last moment of two channels.
+  const auto surveyOf = [](std::vector<std::array<uint32_t, 4>> rows) {
+    std::vector<SurveyedChannel> channels;
+    for (const auto& [hits, looks, first_ms, last_ms] : rows) {
+      const double centre_hz = 145e6 + 100e3 * static_cast<double>(channels.size());
+      channels.push_back(channelAt(centre_hz, 10e3, hits, looks));
+      channels.back().first_unix_ms = first_ms;
+      channels.back().last_unix_ms = last_ms;
+    }
+    return channels;
+  };
+  const auto old = surveyOf({{9, 9, 1, 50}, {13, 9, 5, 50}});
+  const auto later = surveyOf({{9, 29, 1, 50}, {40, 29, 5, 90}, {2, 2, 80, 90}});
+  const std::tuple<std::vector<SurveyedChannel>, bool, bool, const char*> cases[] = {
+      {later, true, true, "both grew, and one came later"},
+      {later, false, false, "another source"},
+      {surveyOf({{9, 29, 1, 50}, {40, 29, 6, 90}}), true, false, "one matches, the other does not"},
+      {surveyOf({{9, 29, 1, 50}}), true, false, "one is not there any more"},
+      {surveyOf({{9, 29, 1, 50}, {40, 29, 5, 90}, {9, 9, 30, 90}}), true, false,
+       "one is new that was there before"},
+      {old, true, false, "the same once more"}};
+  for (const auto& [now, may_be, is_continued, why] : cases) {
+    const Comparison comparison = compareSurveys(now, old, 5e3, may_be);
+    EXPECT_EQ(comparison.is_continued, is_continued) << why;
+    EXPECT_EQ(comparison.channels.size(), std::max(now.size(), old.size())) << why;
+    const bool is_less = comparison.channels[0].change == Change::kLessOften;
+    EXPECT_EQ(is_less, now[0].looks == 29) << why;
+  }
+}
+
 TEST(CompareSurveys, PairsTheNearestFirstAndEachOnlyOnce) {
   const auto one = channelAt(145e6, 3e3, 9, 9);
   const auto near = channelAt(145.001e6, 3e3, 9, 9);
@@ -129,10 +163,16 @@ TEST(BandSvg, MarksEveryChangeAlsoWhereNoFrequencyHasRoom) {
   }
   report.channels.push_back({channelAt(147e6, 3e3, 1, 1)});
   report.layout = layOutBand(report.channels, {}, {});
+  EXPECT_EQ(titleOf(report), "144.999\u2013147.001 MHz, 4 channels, 1 gone");
   const std::string svg = bandSvg(report);
+  for (const char* const legend : {"dashed: gone", "looks since first heard: 0"}) {
+    EXPECT_NE(svg.find(legend), std::string::npos) << legend;
+  }
   for (const char* const symbol : {"+", "×", "▲", "▼"}) {
     EXPECT_NE(svg.find(std::string("class=\"label\">") + symbol), std::string::npos) << symbol;
   }
+  report.channels.erase(report.channels.begin() + 1);
+  EXPECT_EQ(changeLegend(report).find("gone"), std::string::npos) << "nothing is";
 }
 
 TEST(BandSvg, DrawsTheWideFirstThenTheTallInTheColoursOfTheLegend) {

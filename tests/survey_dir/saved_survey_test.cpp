@@ -58,7 +58,8 @@ TEST(SurveyRows, TakesEveryFieldFromItsPlace) {
   EXPECT_EQ(channel.last_unix_ms, 1731763600000);
   EXPECT_EQ(channel.kind, "NFM?") << "by the width, as the file names no kind";
   EXPECT_TRUE(std::isnan(rows.channels[1].peak_db));
-  EXPECT_EQ(rows.channels[1].looks, 7u) << "never fewer than hits";
+  EXPECT_EQ(rows.channels[1].looks, 5u) << "none is made up, though the hits are 7";
+  EXPECT_EQ(rows.channels[1].activity(), 1.0);
   EXPECT_EQ(rows.channels[1].kind, "AM?") << "as the file says";
   EXPECT_EQ(rows.first_skipped_line, 1u);
   EXPECT_FALSE(rows.is_older_format);

@@ -19,11 +19,12 @@ const channels = data.channels.centre_hz.map((_, index) => {
     ...seen,
     low: seen.centre_hz - half,
     high: seen.centre_hz + half,
-    activity: seen.hits / seen.looks,
+    activity: seen.hits < seen.looks ? seen.hits / seen.looks : 1,  // to order and choose by
     kindName: data.kinds[seen.kind],
     band,
     bandChoice: data.plan.indexOf(band),  // of several ranges of one name the first; none: -1
     changed: data.changes[seen.change],
+    isGone: data.changes[seen.change].name === 'gone',
     row: null,  // once it is made
   };
 });

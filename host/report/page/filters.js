@@ -6,7 +6,7 @@ function passes(channel) {
   const allows = (filter, value) => filter.value === '' || value === Number(filter.value);
   return allows(filters.kind, channel.kind) && allows(filters.band, channel.bandChoice)
     && allows(filters.change, channel.change)
-    && channel.percent >= Number(filters.activity.value);  // as it is shown
+    && channel.activity >= Number(filters.activity.value);
 }
 function offer(select, key, nameOf) {
   for (const value of [...new Set(channels.map((c) => c[key]))].sort((a, b) => a - b)) {
@@ -23,12 +23,12 @@ function filterText(onlyInView) {
   const chosen = (filter, name) => (
     filter.value && say(name, { name: filter.selectedOptions[0].textContent }));
   const isWhole = view.low === whole.low && view.high === whole.high;
-  const percent = filters.activity.value;
+  const activity = filters.activity.value;
   return [
     chosen(filters.kind, 'only_kind'),
     chosen(filters.band, 'only_band'),
     chosen(filters.change, 'only_change'),
-    Number(percent) > 0 && say('only_activity', { percent }),
+    Number(activity) > 0 && say('only_activity', { activity }),
     onlyInView && !isWhole && say('only_range', { low: mhz(view.low), high: mhz(view.high) }),
   ].filter(Boolean).join(', ');
 }

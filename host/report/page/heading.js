@@ -11,14 +11,14 @@ find('remarks').hidden = data.remarks.length === 0;
 for (const remark of data.remarks) element('li', {}, remark, find('remarks'));
 
 function showLegend() {
-  const scale = element('span', {}, words.never_seen, find('legend'));
+  const scale = element('span', {}, words.least_active, find('legend'));
   const [width, height] = [at.shade_width, at.shade_height];
   const size = { width: data.shades.length * width, height, 'aria-hidden': 'true' };
   const swatches = shape('svg', size, scale);
   data.shades.forEach((fill, index) => {
     shape('rect', { x: index * width, width, height, fill }, swatches);
   });
-  scale.append(words.always_seen);
+  scale.append(words.most_active);
   if (words.change_legend) element('span', {}, words.change_legend, find('legend'));
 }
 showLegend();

@@ -1,14 +1,17 @@
 // ---- Table --------------------------------------------------------------------------------------
-function changeText({ changed, old_hits, old_looks }) {
-  const isBoth = old_looks > 0 && changed.name !== 'gone';
+function changeText({ changed, isGone, old_hits, old_looks }) {
+  const isBoth = old_hits > 0 && !isGone;
   const before = isBoth ? say('counts_before', { hits: old_hits, looks: old_looks }) : '';
   return [changed.name, before].filter(Boolean).join(', ');
 }
-function fillSeen(cell, { shade, hits, looks, percent }) {
-  element('span', { class: 'seen', style: `background: ${data.shades[shade]}` }, '', cell);
-  cell.append(`${hits}/${looks} `);
-  element('span', { class: 'part' }, `${percent} %`, cell);
+function fillSeen(cell, { shade, hits, looks }) {
+  element('span', { class: 'seen' }, '', cell).style.background = data.shades[shade];
+  cell.append(`${hits}/${looks}`);
 }
+const isShort = data.shows_milliseconds;
+const timeColumn = (name) => ({
+  width: isShort ? 21.5 : 17.5, isDown: true, style: 'time', text: (c) => timeText(c[name]),
+});
 // How each of the columns shows a channel. Widths are parts of the table's; what isDown is sorted
 // from the top down at first.
 const showing = {
@@ -22,9 +25,9 @@ const showing = {
   kind: { width: 10, isText: true, text: (c) => c.kindName },
   over_db: { width: 11, isDown: true, text: (c) => decibel(c.over_db) },
   peak_db: { width: 9, isDown: true, text: (c) => decibel(c.peak_db) },
-  activity: { width: 15, isDown: true, fill: fillSeen },
-  first_unix_ms: { width: 17.5, isDown: true, text: (c) => timeText(c.first_unix_ms) },
-  last_unix_ms: { width: 17.5, isDown: true, text: (c) => timeText(c.last_unix_ms) },
+  activity: { width: 12, isDown: true, fill: fillSeen, hint: seenText },
+  first_unix_ms: timeColumn('first_unix_ms'),
+  last_unix_ms: timeColumn('last_unix_ms'),
   band: { width: 14, isText: true, text: (c) => c.band ?? '' },
 };
 const columns = data.columns.map((column) => ({ ...column, ...showing[column.name] }));
@@ -37,8 +40,7 @@ function addHeads() {
   table.style.setProperty('--min-width', `${(0.64 * widths).toFixed(1)}rem`);
   table.prepend(table.caption, colgroup);
   for (const column of columns) {
-    const width = `width: ${((100 * column.width) / widths).toFixed(2)}%`;
-    element('col', { style: width }, undefined, colgroup);
+    element('col', {}, undefined, colgroup).style.width = `${(100 * column.width) / widths}%`;
     const style = column.isText ? 'text' : '';
     column.head = element('th', { scope: 'col', class: style }, undefined, find('heading'));
     column.head.dataset.title = column.title;  // for paper: buttons are not repeated on every sheet
@@ -61,12 +63,21 @@ function rowOf(channel) {
     const isHead = column.name === 'centre_hz';
     const cell = element(isHead ? 'th' : 'td', isHead ? { scope: 'row' } : {}, undefined,
       channel.row);
-    if (column.isText) cell.className = 'text';
+    cell.className = column.isText ? 'text' : column.style ?? '';
     if (column.hint) cell.title = column.hint(channel);
     if (column.fill) column.fill(cell, channel);
     else cell.append(column.text(channel));
   }
   return channel.row;
+}
+
+/** How many rows there are, apart from those that are gone, as the title counts them. */
+function countText(shown) {
+  const [gone, allGone] = [shown, channels].map((list) => list.filter((c) => c.isGone).length);
+  return [
+    say('count_shown', { shown: shown.length - gone, all: words.all_channels }),
+    allGone > 0 && say('gone_shown', { shown: gone, all: allGone }),
+  ].filter(Boolean).join(', ');
 }
 
 // Rows come in portions, so that the page is seen, and answers, before the last of them is made.
@@ -93,9 +104,7 @@ function fillTable() {
   }
   const onlyInView = find('in-view').checked;
   waiting = channels.filter((c) => passes(c) && (!onlyInView || isInView(c))).sort(compare);
-  find('count').textContent = say('count_shown', {
-    shown: waiting.length, all: words.all_channels,
-  });
+  find('count').textContent = countText(waiting);
   find('chosen').textContent = filterText(onlyInView);
   find('rows').replaceChildren();
   appendRows(portion);

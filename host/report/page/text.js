@@ -27,6 +27,12 @@ function timeText(ms) {
   return offsets.length > 1 ? `${time} ${offsetText(ms)}` : time;
 }
 
+const counted = (count, one, several) => (count === 1 ? words[one] : say(several, { count }));
+const seenText = (channel) => say('seen', {
+  hits: counted(channel.hits, 'one_detection', 'detections'),
+  looks: counted(channel.looks, 'one_look', 'looks'),
+});
+
 /** A channel in one line. */
 const sentence = (channel) => [
   say('channel', {
@@ -34,8 +40,7 @@ const sentence = (channel) => [
     kind: channel.kindName,
     width: khz(channel.width_hz),
     over: decibel(channel.over_db, 0),
-    hits: channel.hits,
-    looks: channel.looks,
+    seen: seenText(channel),
   }),
   channel.band,
   channel.changed.name,
