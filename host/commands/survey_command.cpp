@@ -73,6 +73,9 @@ SurveyMemory memoryOf(const Options& options, const IqSource& source, const Star
                       .settings = {},
                       .start_is_guess = start.is_guess,
                       .program = "pelagrim-survey " PELAGRIM_VERSION};
+  if (const auto samples = source.lengthSamples()) {
+    memory.length_seconds = static_cast<double>(*samples) / source.sampleRateHz();
+  }
   if (!options.device.empty()) {
     memory.kind = SourceKind::kReceiver;
   } else if (options.isSimulated()) {

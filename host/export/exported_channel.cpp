@@ -67,7 +67,7 @@ std::vector<ExportedChannel> selectChannels(const SurveyFiles& survey,
     const pelagrim::BandLabel* const range =
         pelagrim::lookupLabel(survey.band_plan, channel.centre_hz);
     const std::string band = range == nullptr ? "" : displayText(range->name);
-    exported.push_back({channel, listeningTo(channel), band, ""});
+    exported.push_back({channel, listeningTo(channel), band, "", survey.timesAreGuesses()});
   }
   std::stable_sort(exported.begin(), exported.end(), [](const auto& a, const auto& b) {
     return a.seen.centre_hz < b.seen.centre_hz;

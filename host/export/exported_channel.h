@@ -57,6 +57,7 @@ struct ExportedChannel {
   Listening listening;
   std::string band;  ///< its name in the band plan; empty: none
   std::string name;  ///< band and frequency; no two channels have the same
+  bool times_are_guesses = false;
 };
 
 /// What to leave out.

@@ -72,6 +72,7 @@ std::string jsonLines(const ExportedChannels& channels) {
         {"looks", seen.looks},
         {"first_seen", orNull(exactMoment(seen.first_unix_ms))},
         {"last_seen", orNull(exactMoment(seen.last_unix_ms))},
+        {"times_are_guesses", channel.times_are_guesses},
         {"guess", std::string(seen.kind)},
         {"band", orNull(channel.band)},
         {"mode", orNull(std::string(kModeTexts[channel.listening.mode]))},
@@ -84,13 +85,14 @@ std::string jsonLines(const ExportedChannels& channels) {
 std::string readableCsv(const ExportedChannels& channels) {
   std::string text =
       "Frequency MHz,Width kHz,Guess,Over floor dB,Detections,Looks since first heard,First "
-      "seen,Last seen,Band\n";
+      "seen,Last seen,Times are guesses,Band\n";
   for (const ExportedChannel& channel : channels) {
     const SurveyedChannel& seen = channel.seen;
-    text += fmt::format("{:.6f},{:.3f},{},{},{},{},{},{},{}\n", seen.centre_hz / 1e6,
-                        seen.width_hz / 1e3, seen.kind, levelText(seen.peak_db - seen.floor_db),
-                        seen.hits, seen.looks, moment(seen.first_unix_ms),
-                        moment(seen.last_unix_ms), csvField(harmless(channel.band)));
+    text +=
+        fmt::format("{:.6f},{:.3f},{},{},{},{},{},{},{},{}\n", seen.centre_hz / 1e6,
+                    seen.width_hz / 1e3, seen.kind, levelText(seen.peak_db - seen.floor_db),
+                    seen.hits, seen.looks, moment(seen.first_unix_ms), moment(seen.last_unix_ms),
+                    channel.times_are_guesses ? "yes" : "no", csvField(harmless(channel.band)));
   }
   return text;
 }

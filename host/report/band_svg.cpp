@@ -107,8 +107,11 @@ class Drawing {
         fmt::arg("zone", first_zone == last_zone ? std::string_view(last_zone) : kLocalTimeWords));
   }
 
+  std::string_view guessMark() const { return report_.times_are_guesses ? kGuessMark : ""; }
+
   std::string timeText(int64_t unix_ms) const {
-    const std::string seconds = fmt::format("{:%Y-%m-%d %H:%M:%S}", localTime(unix_ms));
+    const std::string seconds =
+        fmt::format("{}{:%Y-%m-%d %H:%M:%S}", guessMark(), localTime(unix_ms));
     return report_.layout.shows_milliseconds ? fmt::format("{}.{:03}", seconds, unix_ms % 1000)
                                              : seconds;
   }
@@ -124,7 +127,7 @@ class Drawing {
     for (const auto& [y, unix_ms] : report_.layout.time_lines) {
       const std::tm local = localTime(unix_ms);
       const std::string date = fmt::format("{:%Y-%m-%d}", local);
-      const std::string clock = fmt::format("{:%H:%M:%S}", local);
+      const std::string clock = fmt::format("{}{:%H:%M:%S}", guessMark(), local);
       const bool is_short = report_.layout.shows_milliseconds;
       line("grid", at_.left, y, band_.plotRight(), y);
       text(text_x, y - 1.0, "soft end", is_short ? clock : date);

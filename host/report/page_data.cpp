@@ -105,6 +105,8 @@ json dataOf(const ReportData& report) {
   data["shades"] = activityShades();
   data["kinds"] = pelagrim::signalKinds();
   data["is_compared"] = report.is_compared;
+  data["times_are_guesses"] = report.times_are_guesses;
+  data["old_times_are_guesses"] = report.old_times_are_guesses;
   data["words"] = wordsOf(report);
   data["channels"] = channelsOf(report);
   for (const char* const list : {"columns", "changes", "settings", "remarks", "plan", "strip",

@@ -65,11 +65,16 @@ ReportData makeReport(const SurveyFiles& survey, const SurveyFiles* old) {
   report.settings = readableSettings(survey);
   report.remarks = surveyRemarks(survey);
   report.is_compared = old != nullptr;
+  report.times_are_guesses = survey.timesAreGuesses();
   if (old == nullptr) {
     report.channels = withoutComparison(survey.rows.channels);
   } else {
     const double raster_hz = survey.settings.value_or(pelagrim::Settings{}).raster_hz;
-    Comparison comparison = compareSurveys(survey.rows.channels, old->rows.channels, raster_hz);
+    report.old_times_are_guesses = old->timesAreGuesses();
+    const bool may_be_continued =
+        !survey.memory || !old->memory || areOfOneSource(*survey.memory, *old->memory);
+    Comparison comparison =
+        compareSurveys(survey.rows.channels, old->rows.channels, raster_hz, may_be_continued);
     dropChangesOutsideBands(comparison, survey.settings, old->settings);
     report.settings.emplace_back("Compared with", old->results_path.string());
     const auto add = [&report](std::vector<std::string> remarks) {

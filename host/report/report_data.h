@@ -16,6 +16,8 @@ struct ReportData {
   std::vector<pelagrim::BandLabel> band_plan;
   BandLayout layout;
   bool is_compared = false;
+  bool times_are_guesses = false;
+  bool old_times_are_guesses = false;  ///< of the earlier survey, and so of what is gone
   std::vector<std::pair<std::string, std::string>> settings;  ///< name and value, to be read
   std::vector<std::string> remarks;
 };

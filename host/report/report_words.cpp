@@ -66,6 +66,7 @@ const std::vector<ScriptWords>& scriptWords() {
       {"band_plan", kBandPlanWords},
       {"least_active", kLeastActiveWords},
       {"most_active", kMostActiveWords},
+      {"guess_mark", kGuessMark},
       {"missing", "\u2013"},
       {"local_time", kLocalTimeWords},
       {"range_shown", "{low}\u2013{high} MHz"},

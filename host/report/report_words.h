@@ -15,8 +15,10 @@ namespace pelagrim_host {
 inline constexpr std::string_view kLevelScaleWords = "relative dB over floor";
 inline constexpr std::string_view kFrequencyUnitWords = "MHz";
 inline constexpr std::string_view kBandPlanWords = "Band plan";
+inline constexpr std::string_view kGuessMark = "\u2248";  // before a time that is a guess
 inline constexpr std::string_view kLocalTimeWords = "local time";
-inline constexpr std::string_view kLeastActiveWords = "hits/looks since first heard: 0";  // before the shades
+inline constexpr std::string_view kLeastActiveWords =
+    "hits/looks since first heard: 0";  // before the shades
 inline constexpr std::string_view kMostActiveWords = "1 or more";
 
 /// How a change is told.

@@ -42,10 +42,10 @@ struct Comparison {
 /// many looks: a two-proportion z-test of activities at two standard errors (Fleiss, Levin, Paik:
 /// Statistical Methods for Rates and Proportions).
 ///
-/// The survey is the old one carried on where `may_be_continued` and every old channel is there with
-/// the same first moment and with counts that have only grown, some of them, and what is new is
-/// later than the old one's last moment. Its channels are paired by that, whatever their widths, and
-/// the looks since then are compared with the old ones.
+/// The survey is the old one carried on where `may_be_continued` (no other source), every old
+/// channel is there with the same first moment and with counts that have only grown, some of them,
+/// and what is new is later than the old one's last moment. Its channels are paired by that,
+/// whatever their widths, and the looks since then are compared with the old ones.
 Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
                           const std::vector<SurveyedChannel>& old_channels, double raster_hz,
                           bool may_be_continued = true);

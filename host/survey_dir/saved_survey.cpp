@@ -39,6 +39,7 @@ SurveyFiles readSurveyFiles(const std::filesystem::path& place) {
     survey.band_plan = parseLabels(*text);
   }
   if (const auto settings = readSettings(directory)) survey.settings = settings->inForce();
+  survey.memory = readMemory(directory);
   return survey;
 }
 
@@ -58,6 +59,17 @@ std::vector<std::string> surveyRemarks(const SurveyFiles& survey) {
         fmt::format("{} is cut short; what is shown is the last complete list, which was kept "
                     "beside it",
                     path));
+  }
+  if (survey.timesAreGuesses()) {
+    remarks.push_back(fmt::format(
+        "{}: times are guesses by the age of the recording's file; survey it with --start-time",
+        path));
+  }
+  const auto length_seconds = survey.memory ? survey.memory->length_seconds : std::nullopt;
+  if (length_seconds && survey.settings && survey.settings->dwell_seconds > *length_seconds) {
+    remarks.push_back(fmt::format(
+        "{}: a dwell of {:.6g} s is longer than the recording, so a look is its {:.6g} s", path,
+        survey.settings->dwell_seconds, *length_seconds));
   }
   if (skipped_lines > 0) {
     remarks.push_back(fmt::format("{}: skipped {} that could not be read, first line {}", path,

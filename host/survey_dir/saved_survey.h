@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/survey_dir/band_labels.h"
+#include "host/survey_dir/survey_memory.h"
 #include "host/survey_dir/survey_rows.h"
 #include "survey/settings.h"
 
@@ -18,6 +19,10 @@ struct SurveyFiles {
   std::vector<pelagrim::BandLabel> band_plan;  ///< empty when there is no such file
   bool is_copy = false;  ///< of the last complete list, for the results file is cut short
   std::optional<pelagrim::Settings> settings;  ///< nothing when there is no such file
+  std::optional<SurveyMemory> memory;  ///< of the directory that holds the results file, likewise
+
+  /// Times were taken from the age of a recording's file.
+  bool timesAreGuesses() const { return memory && memory->start_is_guess; }
 };
 
 /// Reads the survey at `place`, a survey directory or a results file. Throws std::runtime_error,

@@ -63,6 +63,11 @@ FileIdentity identityOf(const std::filesystem::path& path) {
   return {static_cast<uint64_t>(bytes), digest.hex()};
 }
 
+bool areOfOneSource(const SurveyMemory& one, const SurveyMemory& other) {
+  if (one.kind != other.kind || one.identity != other.identity) return false;
+  return one.identity || one.source == other.source;
+}
+
 std::optional<SurveyMemory> readMemory(const std::filesystem::path& survey_dir) {
   const auto text = readIfThere(memoryPath(survey_dir));
   if (!text) return std::nullopt;
@@ -74,6 +79,7 @@ std::optional<SurveyMemory> readMemory(const std::filesystem::path& survey_dir) 
     memory.source = source.at("name");
     if (source.contains("sha256")) memory.identity = {source.at("bytes"), source.at("sha256")};
     memory.start_is_guess = source.at("start_is_guess");
+    if (source.contains("length_seconds")) memory.length_seconds = source.at("length_seconds");
     const Json& settings = json.at("settings");
     memory.settings = {.start_hz = settings.at("start"),
                        .stop_hz = settings.at("stop"),
@@ -95,6 +101,7 @@ void writeMemory(const std::filesystem::path& survey_dir, const SurveyMemory& me
     source["sha256"] = memory.identity->sha256;
   }
   source["start_is_guess"] = memory.start_is_guess;
+  if (memory.length_seconds) source["length_seconds"] = *memory.length_seconds;
   const pelagrim::Settings& set = memory.settings;
   const Json json = {{"program", memory.program},
                      {"source", source},

@@ -27,12 +27,16 @@ enum class SourceKind { kRecording, kStandardInput, kReceiver, kSimulation };
 /// survey-source.json. The plug-in does not know of it.
 struct SurveyMemory {
   SourceKind kind = SourceKind::kRecording;
-  std::string source;                    ///< as the user knows it
-  std::optional<FileIdentity> identity;  ///< of a recording
-  pelagrim::Settings settings;           ///< that were in force
-  bool start_is_guess = false;           ///< times were taken from the age of the file
-  std::string program;                   ///< with its version
+  std::string source;                      ///< as the user knows it
+  std::optional<FileIdentity> identity;    ///< of a recording
+  pelagrim::Settings settings;             ///< that were in force
+  bool start_is_guess = false;             ///< times were taken from the age of the file
+  std::optional<double> length_seconds{};  ///< of a recording, where it is known
+  std::string program;                     ///< with its version
 };
+
+/// Whether both tell of the same recording or receiver, or of the simulation.
+bool areOfOneSource(const SurveyMemory& one, const SurveyMemory& other);
 
 /// Nothing where there is no such file, or one that makes no sense.
 std::optional<SurveyMemory> readMemory(const std::filesystem::path& survey_dir);

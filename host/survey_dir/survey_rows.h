@@ -10,7 +10,7 @@
 namespace pelagrim_host {
 
 /// One row of survey.csv. Levels are not a number where the file has none or one beyond 1000. Hits,
-/// at least 1, are detections, of which one dwell can have several; looks, as the file has them, are
+/// at least 1, are detections, and one dwell can have several; looks, as the file has them, are
 /// dwells since the channel was first heard. So there can be more hits than looks.
 struct SurveyedChannel : pelagrim::Channel {
   std::string_view kind;  ///< the guess by width, one of pelagrim::signalKinds()

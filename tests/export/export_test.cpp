@@ -56,12 +56,18 @@ TEST(Export, EveryFormatIsWrittenAsItsProgramWritesIt) {
   EXPECT_EQ(linesOf(jsonLines(channels)).at(2),
             R"({"centre_hz":144300400,"width_hz":2400,"min_width_hz":2000,"max_width_hz":2900,)"
             R"("peak_db":-70.0,"floor_db":-98.0,"hits":4,"looks":20,"first_seen":null,)"
-            R"("last_seen":null,"guess":"SSB/CW?","band":"Amateur 2 m","mode":"USB",)"
+            R"("last_seen":null,"times_are_guesses":false,"guess":"SSB/CW?",)"
+            R"("band":"Amateur 2 m","mode":"USB",)"
             R"("bandwidth_hz":2800})");
   const auto seen = nlohmann::json::parse(linesOf(jsonLines(channels)).at(3));
   EXPECT_EQ(seen.at("first_seen"), "2024-11-16T12:26:40.025Z");
+  SurveyFiles guessed = survey();
+  guessed.memory.emplace().start_is_guess = true;
+  const auto guesses = selectChannels(guessed, {});
+  EXPECT_NE(jsonLines(guesses).find(R"("times_are_guesses":true)"), std::string::npos);
+  EXPECT_NE(readableCsv(guesses).find("Z,yes,"), std::string::npos);
   EXPECT_EQ(linesOf(readableCsv(channels)).at(4),
-            "145.012900,12.000,NFM?,35.8,17,20,2024-11-16T12:26:40Z,2024-11-16T13:26:40Z,"
+            "145.012900,12.000,NFM?,35.8,17,20,2024-11-16T12:26:40Z,2024-11-16T13:26:40Z,no,"
             "Amateur 2 m");
 }
 
@@ -116,5 +122,5 @@ TEST(Export, OddNamesBreakNoFormat) {
     EXPECT_NE(table.find(harmless), std::string::npos) << table;
   }
   const auto row = linesOf(readableCsv(channels)).at(4);
-  EXPECT_EQ(row.substr(row.find("Z,\"") + 2), "\"'=a;b,\"\"c\"\"\xE2\x90\x81\xEF\xBF\xBD\"");
+  EXPECT_EQ(row.substr(row.find("no,\"") + 3), "\"'=a;b,\"\"c\"\"\xE2\x90\x81\xEF\xBF\xBD\"");
 }

@@ -2,7 +2,7 @@
 // Usage: node page_test.mjs PELAGRIM_SURVEY NODE_MODULES
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
-import { mkdtempSync, rmSync, statSync, writeFileSync } from 'node:fs';
+import { mkdirSync, mkdtempSync, rmSync, statSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
@@ -57,7 +57,8 @@ try {
     /^Seen from 2024-11-16 13:26:40 to .* 14:26:40 \(Europe\/Berlin, UTC\+01:00\)$/);
   assert.match(await page.textContent('#remarks'),
     /skipped 1 line that could not be read, first line 5/);
-  assert.match(await page.textContent('#legend'), /hits\/looks since first heard: 01 or more\+ thick outline: new, × dashed: gone/);
+  assert.match(await page.textContent('#legend'),
+    /hits\/looks since first heard: 01 or more\+ thick outline: new, × dashed: gone/);
   assert.deepEqual(await page.locator('#heading th').allTextContents(), ['FrequencyMHz',
     'Changehits/looks before', 'WidthkHz', 'Kindby width', 'Over floorrelative dB',
     'Peakrelative dB', 'Seenhits/looks', 'First seenEurope/Berlin, UTC+01:00',
@@ -225,6 +226,18 @@ try {
   assert.ok(fills.indexOf('#230863') < fills.indexOf('#deba42'));
   assert.equal(await page.locator('.highlight').first()
     .evaluate((frame) => getComputedStyle(frame).fill), 'none');
+
+  // Guessed times are marked, and those of an earlier survey that knew its times are not.
+  writeFileSync(join(dir, 'survey-source.json'), JSON.stringify({ program: '', source: {
+    kind: 'recording', name: 'a', start_is_guess: true }, settings: { start: 1, stop: 2,
+    threshold_db: 9, dwell_seconds: 1, raster_hz: 5000, sweep: true } }));
+  mkdirSync(join(dir, 'sure'));
+  writeFileSync(join(dir, 'sure/survey.csv'), `${row(145900000, 3000, 20, 1, 2, '?')}\n`);
+  await page.goto(report('guess.html', [row(144900000, 3000, 20, 1, 2, '?')],
+    ['--compare', join(dir, 'sure')]));
+  assert.match(await page.textContent('#time-span'), /^Seen from ≈2024-.* to ≈2024-/);
+  assert.match(await page.locator('#rows tr:not(:has-text("gone"))').textContent(), /≈2024.*≈2024/);
+  assert.doesNotMatch(await page.locator('#rows tr:has-text("gone")').textContent(), /≈/);
 
   // Times to the millisecond keep to their cells, on a narrow screen and on paper.
   await page.goto(report('short.html', [

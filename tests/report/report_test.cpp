@@ -202,6 +202,11 @@ TEST(BandSvg, TellsTheBandAndTheTimesOfTheSurveyAndNotOfWhatIsGone) {
   EXPECT_EQ(report.layout.marks[1].time_begin, report.layout.measures.time_top);
   setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
   tzset();
+  report.times_are_guesses = true;
+  for (const char* const guess : {">Seen from ≈2024-10-27 01:00:00 CEST to ≈", ">≈01:00:00<"}) {
+    EXPECT_NE(bandSvg(report).find(guess), std::string::npos) << guess;
+  }
+  report.times_are_guesses = false;
   const std::string svg = bandSvg(report);
   unsetenv("TZ");
   tzset();
@@ -239,6 +244,14 @@ TEST(Report, TellsTheSettingsAlsoThoseThatTheFileLacks) {
                    {"File", "survey.csv"}}));
   old.settings =
       parseSettings("dwell_seconds = 1\nthreshold_db = 9.5\nstop = 144500000\n").inForce();
+  SurveyMemory& memory = survey.memory.emplace();
+  memory.start_is_guess = true;
+  memory.length_seconds = 0.5;
+  const auto told = surveyRemarks(survey);
+  ASSERT_EQ(told.size(), 2u) << "guessed times, a dwell longer than the recording";
+  EXPECT_NE(told[1].find("20 s is longer than the recording, so a look is its 0.5 s"),
+            std::string::npos);
+  survey.memory.reset();
   const ReportData report = makeReport(survey, &old);
   ASSERT_EQ(report.remarks.size(), 2u);
   EXPECT_NE(report.remarks[0].find("1 channel outside its band"), std::string::npos);

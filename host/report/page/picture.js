@@ -45,8 +45,8 @@ function drawScales() {
     const date = new Date(unix_ms);
     line(scales, 'grid', at.left, y, plotRight(), y);
     const [upper, lower] = data.shows_milliseconds
-      ? [clockText(date), `${millisText(date)} s`]
-      : [dateText(date), clockText(date)];
+      ? [guessMark + clockText(date), `${millisText(date)} s`]
+      : [dateText(date), guessMark + clockText(date)];
     write(scales, textX, y - 1, 'soft end', upper);
     write(scales, textX, y - 1 + at.label_height, 'soft end', lower);
   }

@@ -10,7 +10,10 @@ function fillSeen(cell, { shade, hits, looks }) {
 }
 const isShort = data.shows_milliseconds;
 const timeColumn = (name) => ({
-  width: isShort ? 21.5 : 17.5, isDown: true, style: 'time', text: (c) => timeText(c[name]),
+  width: (isShort ? 21.5 : 17.5) + (guessMark || oldGuessMark ? 1 : 0),
+  isDown: true,
+  style: 'time',
+  text: (c) => timeText(c[name], c.isGone ? oldGuessMark : guessMark),
 });
 // How each of the columns shows a channel. Widths are parts of the table's; what isDown is sorted
 // from the top down at first.

@@ -19,10 +19,13 @@ const zoneText = isOffsetTold ? `${zoneName}, ${offsets[0]}` : zoneName;
 const dateText = (d) => `${d.getFullYear()}-${two(d.getMonth() + 1)}-${two(d.getDate())}`;
 const clockText = (d) => [d.getHours(), d.getMinutes(), d.getSeconds()].map(two).join(':');
 const millisText = (d) => `.${String(d.getMilliseconds()).padStart(3, '0')}`;
-function timeText(ms) {
+const guessMark = data.times_are_guesses ? words.guess_mark : '';
+const oldGuessMark = data.old_times_are_guesses ? words.guess_mark : '';
+/** `mark` stands before it where it is a guess. */
+function timeText(ms, mark = guessMark) {
   if (ms === null) return words.missing;
   const date = new Date(ms);
-  const seconds = `${dateText(date)} ${clockText(date)}`;
+  const seconds = `${mark}${dateText(date)} ${clockText(date)}`;
   const time = data.shows_milliseconds ? seconds + millisText(date) : seconds;
   return offsets.length > 1 ? `${time} ${offsetText(ms)}` : time;
 }
