@@ -27,7 +27,7 @@ std::optional<SettingLine> parseSettingLine(std::string_view line) {
   if (first == std::string_view::npos || line[first] == '#') return std::nullopt;
   line.remove_prefix(first);
   const size_t equals = line.find('=');
-  if (equals == std::string_view::npos || equals > kMaxKey) return std::nullopt;
+  if (equals > kMaxKey) return std::nullopt;  // npos is, too
 
   const std::string_view key = line.substr(0, equals);
   const std::string_view rest = line.substr(equals + 1);

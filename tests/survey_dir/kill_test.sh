@@ -43,8 +43,10 @@ kill_one() {
   torn=$(count "$work/survey/survey.csv")
   [[ ${torn% *} == "$channels" ]] || torn_files=$((torn_files + 1))
   survey --duration 0.01 2>/dev/null || true
-  if [[ $(count "$work/survey/survey.csv") != "$channels 0" ]]; then
-    echo "FAILED ($*): $torn after the kill, $(count "$work/survey/survey.csv") after the next start"
+  local restored
+  restored=$(count "$work/survey/survey.csv")
+  if [[ $restored != "$channels 0" ]]; then
+    echo "FAILED ($*): $torn after the kill, $restored after the next start"
     failures=$((failures + 1))
   fi
 }
