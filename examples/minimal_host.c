@@ -1,6 +1,6 @@
 /*
  * A whole host in a page of C: it loads the plug-in, lends it a clock and a receiver that it may
- * tune, feeds it samples and prints what it says. Of Pelagrim it knows the boundary header alone.
+ * tune, feeds it samples and prints what it says. All it knows of Pelagrim is the boundary header.
  *
  *   cc -I include examples/minimal_host.c -ldl -lm -o minimal_host
  *   ORVANE_SURVEY_DIR=. ./minimal_host build/pelagrim_plugin.so
@@ -16,13 +16,13 @@
 
 #define BLOCK 32768 /* samples handed over at once */
 
-/* What the services below need: here the receiver and its clock. */
+/* What the services below need: the receiver and its clock. */
 struct receiver {
   double rate_hz;
   double centre_hz; /* where the samples come from */
   int64_t start_ms; /* Unix time of the first sample */
   uint64_t samples; /* delivered so far; the clock follows them */
-  int has_moved;    /* the plug-in asked to tune; it is told once process has returned */
+  int has_moved;    /* the plug-in has tuned; report the centre after process has returned */
 };
 
 static int64_t now_ms(void* ctx) {
@@ -30,7 +30,7 @@ static int64_t now_ms(void* ctx) {
   return receiver->start_ms + (int64_t)((double)receiver->samples * 1000.0 / receiver->rate_hz);
 }
 
-/* Runs inside process, under the plug-in's lock: it may move the receiver but not call back. */
+/* Runs inside process, with the plug-in's lock held: it may move the receiver, not call back. */
 static int tune(void* ctx, double hz) {
   struct receiver* receiver = ctx;
   receiver->centre_hz = hz;
@@ -69,7 +69,7 @@ static void print_panel(const WendlePanelApi* panel) {
   panel->destroy(handle);
 }
 
-/* The table of one kind, or null: a host passes over kinds that it does not know. */
+/* The table of one kind, or null: a host skips kinds that it does not know. */
 static const void* table_of(const WendlePluginDesc* plugin, WendleCapabilityKind kind) {
   for (uint32_t i = 0; i < plugin->capability_count; ++i) {
     if (plugin->capabilities[i].kind == (uint32_t)kind) return plugin->capabilities[i].table;

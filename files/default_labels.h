@@ -4,7 +4,7 @@
 
 namespace pelagrim {
 
-/// The text of a labels file that has just been created: a band plan of allocations to start from.
+/// The text that a new labels file gets: a band plan of allocations to start from.
 extern const std::string_view kDefaultLabelsText;
 
 }  // namespace pelagrim

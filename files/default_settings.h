@@ -4,7 +4,7 @@
 
 namespace pelagrim {
 
-/// The text of a settings file that has just been created: the defaults, explained.
+/// The text that a new settings file gets: the defaults, explained.
 extern const std::string_view kDefaultSettingsText;
 
 }  // namespace pelagrim

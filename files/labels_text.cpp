@@ -9,7 +9,7 @@ std::optional<BandLabel> parseLabelLine(std::string_view line) {
   const std::string text(line.substr(0, line.find('#')));
   double low_mhz = 0.0;
   double high_mhz = 0.0;
-  int name_at = -1;  // stays so when the line ends before a name
+  int name_at = -1;  // stays -1 if the line ends before a name
   const int numbers = std::sscanf(text.c_str(), "%lf %lf %n", &low_mhz, &high_mhz, &name_at);
   if (numbers != 2 || low_mhz > high_mhz || name_at < 0) return std::nullopt;
 

@@ -12,7 +12,7 @@ namespace pelagrim {
 struct ResultsFile {
   std::vector<Channel>
       channels;        ///< in the order of their rows; rows that make no sense are skipped
-  bool older = false;  ///< of the older format: its centres lay half a bin too high
+  bool older = false;  ///< in the older format, where centres were half a bin too high
 };
 
 /// Reads survey.csv in `dir`; a file that cannot be opened holds nothing. The centres of an older
@@ -24,7 +24,7 @@ ResultsFile loadSurvey(const std::string& dir, double sample_rate_hz);
 std::string surveyText(const Survey& survey);
 
 /// Rewrites survey.csv in `dir`, in place. The text is complete in memory before the file is
-/// opened, so running out of memory (std::bad_alloc) never costs what the file holds. Other
+/// opened, so running out of memory (std::bad_alloc) never loses what the file holds. Other
 /// failures are ignored.
 void saveSurvey(const std::string& dir, const Survey& survey);
 

@@ -12,7 +12,7 @@ namespace pelagrim {
 /// How the first line of survey.csv begins in the present format.
 inline constexpr std::string_view kFormatMark = "# survey.csv format 2";
 
-/// The two lines that survey.csv begins with: the format and the names of the columns.
+/// The first two lines of survey.csv: the format and the names of the columns.
 inline constexpr std::string_view kResultsHeader =
     "# survey.csv format 2: each centre_hz is the middle of its signal's bins\n"
     "centre_hz,width_hz,min_width_hz,max_width_hz,peak_db,floor_db,hits,looks,"
@@ -32,8 +32,8 @@ struct ResultsRow {
 std::optional<ResultsRow> parseResultsRow(const char* line);
 
 /// Appends the channel's row, line feed included, to `text`: frequencies and widths in whole hertz,
-/// levels in tenths of a decibel, at the end the guess at its kind. A row longer than 255
-/// bytes, which takes absurd values, is cut there.
+/// levels in tenths of a decibel, the guess at its kind at the end. A row longer than 255 bytes,
+/// which takes absurd values, is cut there.
 void appendResultsRow(std::string& text, const Channel& channel);
 
 }  // namespace pelagrim

@@ -18,7 +18,7 @@ inline constexpr std::string_view kSweepKey = "sweep";             // yes or no
 /// One "key = value" line. Both are parts of the line that was read.
 struct SettingLine {
   std::string_view key;    ///< no blanks around it; need not be one of the keys above
-  std::string_view value;  ///< all that follows the "=", with blanks and remarks; never empty
+  std::string_view value;  ///< everything after the "=", with blanks and remarks; never empty
 };
 
 /// Reads one line of survey.cfg, with or without its line end. Returns nothing for a blank line, a
@@ -26,10 +26,10 @@ struct SettingLine {
 /// characters, trailing blanks included. A value is cut at 255 characters.
 std::optional<SettingLine> parseSettingLine(std::string_view line);
 
-/// Whether a value of `sweep` asks to sweep: any n in it, small or capital, means no.
+/// Whether a value of `sweep` asks to sweep: any n or N in it means no.
 bool asksToSweep(std::string_view value);
 
-/// The number at the beginning of a value, in any spelling that strtod reads; 0 if there is none.
+/// The number at the start of a value, in any spelling that strtod reads; 0 if there is none.
 /// The thread must be in the C locale (see CLocale) for a decimal point to be read.
 double settingNumber(std::string_view value);
 

@@ -11,7 +11,7 @@ namespace {
 constexpr const char* kDirVariable = "ORVANE_SURVEY_DIR";
 constexpr const char* kHomeVariable = "HOME";
 
-/// Null for an empty one, too.
+/// Null if it is empty, too.
 const char* variable(const char* name) {
   const char* const value = std::getenv(name);
   return value == nullptr || *value == '\0' ? nullptr : value;

@@ -4,7 +4,7 @@
 
 namespace pelagrim {
 
-/// The survey's files in their directory.
+/// The names of the survey's files in their directory.
 inline constexpr const char* kSettingsName = "survey.cfg";
 inline constexpr const char* kLabelsName = "survey-labels.txt";
 inline constexpr const char* kResultsName = "survey.csv";
@@ -14,11 +14,11 @@ inline constexpr const char* kResultsName = "survey.csv";
 std::string pathJoin(const std::string& dir, const std::string& name);
 
 /// The directory of the survey's files: ORVANE_SURVEY_DIR as it is, else .orvane/pelagrim in HOME,
-/// else the working directory. A variable that is empty counts as one that is not set.
+/// else the working directory. An empty variable counts as not set.
 std::string surveyDir();
 
-/// The same, created where it is missing when it lies in HOME. If that fails
-/// nothing is reported: the files are then not found and not written.
+/// The same, and creates it if it is missing and lies in HOME. A failure is not reported: the files
+/// are then not found and not written.
 std::string resolveSurveyDir();
 
 }  // namespace pelagrim

@@ -9,7 +9,7 @@ namespace pelagrim {
 
 namespace {
 
-/// The type of what stands at the path, links followed; 0 where that cannot be told.
+/// The type of the file at the path, links followed; 0 if that is not known.
 mode_t typeAt(const std::string& path) {
   struct stat found;
   return stat(path.c_str(), &found) == 0 ? found.st_mode & S_IFMT : 0;
@@ -40,7 +40,7 @@ void writeTextFile(const std::string& path, std::string_view text) {
   if (typeAt(path) == S_IFIFO) return;
   std::FILE* const file = std::fopen(path.c_str(), "wb");
   if (file == nullptr) return;
-  // Unbuffered, so that the text goes out whole and not in pieces of a buffer.
+  // Unbuffered, so that the text goes out in one piece.
   std::setvbuf(file, nullptr, _IONBF, 0);
   std::fwrite(text.data(), 1, text.size(), file);
   std::fclose(file);

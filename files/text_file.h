@@ -8,20 +8,20 @@
 
 namespace pelagrim {
 
-/// A text file read in line pieces of at most 511 bytes, line feed included: the rest of a longer
-/// line comes as a further piece. A piece ends at a NUL byte.
+/// A text file read line by line, in pieces of at most 511 bytes, line feed included: the rest of a
+/// longer line comes as another piece. A piece ends at a NUL byte.
 class LineReader {
  public:
   static constexpr size_t kMaxPiece = 511;
 
-  /// Opens the file. One that cannot be opened reads as empty, except that std::bad_alloc is thrown
-  /// when memory runs out, because then nothing is known about the file. A device reads as empty,
+  /// Opens the file. One that cannot be opened reads as empty, but std::bad_alloc is thrown if
+  /// memory runs out, because then nothing is known about the file. A device reads as empty,
   /// because it may never end. A pipe is not even opened: that would wait for a writer.
   explicit LineReader(const std::string& path);
 
   bool isOpen() const { return file_ != nullptr; }
 
-  /// True when there is no such file; false for one that exists but cannot be opened.
+  /// True if there is no such file; false if it exists but cannot be opened.
   bool isMissing() const { return missing_; }
 
   /// The next piece, valid until the next call; null at the end. Throws std::bad_alloc as above.

@@ -9,20 +9,20 @@
  *   4. IQ processor: create(rate, centre); then process for every block of samples, retune whenever
  *      the receiver's centre has changed, poll_text until it returns 0, destroy at the end.
  *   5. Panel: create, columns once, poll_rows as often as the table is redrawn, destroy.
- *   6. dlclose, when no call is running and none will come. The services table and the clock behind
- *      it serve until then: every [locks] call but poll_text and poll_rows may read the clock.
+ *   6. dlclose, when no call is running and none will come. The services table and its clock
+ *      stay valid until then: every [locks] call but poll_text and poll_rows may read the clock.
  *
  * Threads
  *   [sample-thread]     the thread that delivers samples; one at a time.
  *   [interface-thread]  the thread that draws; one at a time.
  *   [control-thread]    the thread that starts, retunes and stops the receiver; one at a time.
- *   [any-thread]        any of them, at any moment, also two at once.
- *   [locks]             the call takes the plug-in's one lock for its whole run, so it waits while
+ *   [any-thread]        any of them, at any time, even two at once.
+ *   [locks]             the call holds the plug-in's one lock from start to end, so it waits while
  *                       another such call runs. A call that ends a dwell reads the host's clock,
  *                       asks it to tune and writes a file under that lock.
- * The three roles may fall on one thread. All [locks] calls may overlap freely in time. Around them
+ * One thread may play all three roles. All [locks] calls may overlap freely in time. Around them
  * a host MUST NOT hold a lock of its own that its tune or now_ms takes, or the two wait for each
- * other for ever. No thread may be cancelled inside a call. The threads keep the usual
+ * other forever. No thread may be cancelled inside a call. The threads keep the usual
  * floating-point environment: rounding to nearest, no traps, denormals not flushed to zero.
  *
  * Memory
@@ -53,15 +53,15 @@ extern "C" {
 #define WENDLE_PANEL_CELLS 8
 
 /* What a capability is; the values are single bits, so that a mask can hold a set of them. Values
- * not named here are kinds that this page does not describe; a host passes over kinds that it does
- * not know. */
+ * not named here are kinds that this page does not describe; a host skips kinds that it does not
+ * know. */
 typedef enum WendleCapabilityKind {
   kIqProcessor = 2, /* table: WendleIqApi */
   kPanel = 16,      /* table: WendlePanelApi */
   kHostClient = 32  /* table: WendleHostClientApi */
 } WendleCapabilityKind;
 
-/* What the host's tune returns. Every other value but 0 also means that the radio refused. */
+/* What the host's tune returns. Any value not named here also means that the radio refused. */
 typedef enum WendleTuneResult {
   kTuneAccepted = 0,
   kTuneNotPermitted = -1, /* this plug-in lacks the user's permission to tune */
@@ -79,9 +79,9 @@ typedef enum WendleRowKind {
 
 /* ---- What the host offers ----------------------------------------------------------------------
  *
- * The services table. The host fills it, hands it over with attach and keeps it, and whatever ctx
+ * The services table. The host fills it, hands it over with attach and keeps it, and what ctx
  * points to, valid until the plug-in is unloaded or given another table. The plug-in reads ctx,
- * tune and now_ms, each time anew, and no other slot. Either function may be null.
+ * tune and now_ms, anew each time, and no other slot. Either function may be null.
  */
 typedef struct WendleHostApi {
   uint64_t host_private_0; /* the host's own; not read */
@@ -98,8 +98,8 @@ typedef struct WendleHostApi {
    * [sample-thread] */
   int (*tune)(void* ctx, double hz);
 
-  /* The host's clock, Unix time in milliseconds, e.g. 1731760000000; 0 means that no time is to be
-   * had. Without it dwells never end by time, and channels carry time 0. It need not be monotonic.
+  /* The host's clock, Unix time in milliseconds, e.g. 1731760000000; 0 means that the time is
+   * unknown. Without it dwells never time out, and channels have time 0. It need not be monotonic.
    * Called with the plug-in's lock held: MUST NOT call any [locks] function, nor wait for a thread
    * that may be inside one.
    * [any-thread] */
@@ -109,7 +109,7 @@ typedef struct WendleHostApi {
 /* ---- What the plug-in offers -------------------------------------------------------------------
  */
 
-/* Through this table the plug-in receives the host's services. */
+/* The plug-in receives the host's services through this table. */
 typedef struct WendleHostClientApi {
   uint32_t struct_size; /* sizeof(WendleHostClientApi), 16 */
 
@@ -128,18 +128,18 @@ typedef struct WendleIqApi {
   double rate_hz; /* a sample rate that suits the processor, e.g. 2400000.0; any other works */
 
   /* Starts the processor afresh for a receiver at sample_rate (samples per second) and centre_hz:
-   * reads its files, empties what was gathered, starts to gather. Returns the handle, never null;
+   * reads its files, drops what was gathered, starts to gather. Returns the handle, never null;
    * called again, it restarts on the same handle. Never calls tune.
    * [control-thread] [locks] */
   void* (*create)(double sample_rate, double centre_hz);
 
-  /* Takes n complex samples: iq points to 2 n floats, I then Q, aligned to 4 bytes. Any n is good,
+  /* Takes n complex samples: iq points to 2 n floats, I then Q, aligned to 4 bytes. Any n will do,
    * 0 included; the samples are used before the call returns. May call now_ms and tune. A null iq
    * makes the call do nothing.
    * [sample-thread] [locks] */
   void (*process)(void* handle, const float* iq, size_t n);
 
-  /* The receiver's centre is now centre_hz, on whosever wish. What the interrupted dwell had
+  /* The receiver's centre is now centre_hz, whoever moved it. What the interrupted dwell had
    * gathered is dropped, so the host drops samples that were in flight when the receiver moved and
    * then calls this before it delivers samples from the new centre. MUST NOT be called from inside
    * tune or now_ms.
@@ -147,9 +147,9 @@ typedef struct WendleIqApi {
   void (*retune)(void* handle, double centre_hz);
 
   /* Hands over the oldest waiting message line: at most len - 1 bytes of it and a NUL, no line end.
-   * Returns 1 when a line was written, 0 when none waits (buf is then untouched) or when buf is
-   * null or len is 0. At most 32 lines wait, later ones are lost, so poll until 0. 200 bytes hold
-   * any line.
+   * Returns 1 if a line was written, 0 if none waits (buf is then untouched) or if buf is null or
+   * len is 0. Only 32 lines can wait and later ones are lost, so poll until 0. 200 bytes hold any
+   * line.
    * [interface-thread] [locks] */
   int (*poll_text)(void* handle, char* buf, size_t len);
 
@@ -182,8 +182,8 @@ typedef struct WendlePanelApi {
   int (*columns)(void* handle, char (*titles)[WENDLE_CELL_BYTES]);
 
   /* Fills rows[0] to rows[result - 1] with a fresh, complete picture and leaves the rest alone.
-   * When max is too small the most important rows come: summary, warning, busiest channels; a
-   * result equal to max may mean that there are more. Returns 0 when handle or rows is null or max
+   * If max is too small, the most important rows come: summary, warning, busiest channels. A
+   * result equal to max may mean that there are more. Returns 0 if handle or rows is null or max
    * is 0.
    * [interface-thread] [locks] */
   unsigned int (*poll_rows)(void* handle, WendlePanelRow* rows, unsigned int max);

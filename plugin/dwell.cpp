@@ -12,7 +12,7 @@ namespace pelagrim {
 namespace {
 
 void evaluateDwell(State& state) {
-  // First what needs memory but does not change the survey.
+  // First the steps that need memory but do not change the survey.
   const std::vector<float> levels = levelsDb(state.spectrum.power_sum, state.spectrum.frames);
   const std::vector<Detection> detections =
       findDetections(levels, state.slice, state.settings.threshold_db);

@@ -5,8 +5,8 @@
 namespace pelagrim {
 
 /// Evaluates what the dwell has gathered: counts looks, merges detections, logs the dwell's line
-/// and saves the survey; then starts the sum anew. Does nothing when no frame was gathered. Needs
-/// the lock. Nothing is thrown: a dwell is dropped if memory runs out while it is evaluated.
+/// and saves the survey; then clears the sum. Does nothing if no frame was gathered. Needs the
+/// lock. Throws nothing: a dwell is dropped if memory runs out while it is evaluated.
 void finishDwell(State& state) noexcept;
 
 /// Ends the dwell when its time is up: evaluates it, steps to the next slice and starts the next

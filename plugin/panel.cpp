@@ -12,7 +12,7 @@ namespace pelagrim {
 
 namespace {
 
-/// Fills at most `max` rows, at least 1, the most important first; returns how many.
+/// Fills up to `max` rows, at least 1, the most important first; returns how many.
 unsigned int fillRows(const State& state, WendlePanelRow* rows, unsigned int max) {
   const bool warned = state.tuning.tune_refused && !state.tuning.status.empty() && max >= 2;
   const unsigned int heads = warned ? 2 : 1;

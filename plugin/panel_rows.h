@@ -10,8 +10,8 @@
 
 namespace pelagrim {
 
-// Rows of the panel's table, complete: every byte that a row does not use is zero, and text that
-// does not fit its cell is cut.
+// Complete rows of the panel's table: bytes that a row does not use are zero, and text that does
+// not fit its cell is cut.
 
 /// What the summary row counts.
 struct SurveySummary {
@@ -26,8 +26,8 @@ WendlePanelRow summaryRow(const SurveySummary& summary);
 /// Why the survey cannot sweep.
 WendlePanelRow warningRow(const std::string& reason);
 
-/// A channel, with the name that the band plan has for its centre. Numbers carry a decimal point
-/// whatever the host's locale. May throw std::bad_alloc.
+/// A channel, with the band plan's name for its centre. Numbers have a decimal point whatever the
+/// host's locale. May throw std::bad_alloc.
 WendlePanelRow channelRow(const Channel& channel, const std::vector<BandLabel>& labels);
 
 }  // namespace pelagrim

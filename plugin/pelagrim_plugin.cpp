@@ -1,4 +1,4 @@
-// What the plug-in tells the host about itself, and the one symbol that it exports.
+// What the plug-in tells the host about itself, and the only symbol that it exports.
 
 #include <iterator>
 

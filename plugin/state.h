@@ -16,11 +16,11 @@
 
 namespace pelagrim {
 
-/// Everything that the plug-in remembers. There is one, and every handle is its address.
+/// Everything that the plug-in remembers. There is only one State, and every handle is its address.
 ///
-/// The invariants hold at every return from an entry point, a failure inside included: the buffers
-/// of `spectrum` are all empty or all of 1024 entries, `plan.slice_index` is 0 or valid, `log`
-/// holds at most 32 lines.
+/// The invariants hold whenever an entry point returns, even after a failure: the buffers of
+/// `spectrum` are all empty or all of 1024 entries, `plan.slice_index` is 0 or valid, `log` holds
+/// at most 32 lines.
 struct State {
   std::mutex mutex;  ///< guards all below; held by an entry point for its whole run
   Settings settings;
@@ -29,7 +29,7 @@ struct State {
   std::vector<BandLabel> labels;
   Slice slice;  ///< sample_rate_hz as given to create; centre_hz as last reported by the host
   Spectrum spectrum;
-  int64_t dwell_start_ms = 0;  ///< host clock; 0: the dwell has no start and never ends by time
+  int64_t dwell_start_ms = 0;  ///< host clock; 0: the dwell has no start and never times out
   SlicePlan plan;
   Tuning tuning;
   uint32_t dwells = 0;  ///< evaluated since create

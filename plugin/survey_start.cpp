@@ -41,9 +41,9 @@ void prepareSurvey(Survey& survey, const Settings& settings) {
 
 void resumeSurvey(State& state) {
   ResultsFile file = loadSurvey(state.dir, state.slice.sample_rate_hz);
-  // Entered in the order of their slots, the channels are inserted quickly and lie in memory in the
-  // order in which they are walked later, which makes panel polls of a large survey several times
-  // faster. Rows of one slot keep their order, because the last of them counts.
+  // In order of their slots, the channels are inserted quickly and lie in memory in the order in
+  // which they are read later, which makes panel polls of a large survey several times faster. Rows
+  // of the same slot keep their order, because the last one counts.
   std::stable_sort(file.channels.begin(), file.channels.end(),
                    [&](const Channel& a, const Channel& b) {
                      return state.survey.slotOf(a.centre_hz) < state.survey.slotOf(b.centre_hz);
@@ -67,7 +67,7 @@ void announcePlan(State& state) {
 
 void startSteps(State& state, const Slice& slice) {
   state.dir = resolveSurveyDir();
-  // If there is no memory to read settings or labels, the survey does without them.
+  // If there is no memory to read settings or labels, the survey goes on without them.
   attempt([&] { loadSettings(state.dir, state.settings); });
   attempt([&] { readLabels(state); });
   state.slice = slice;

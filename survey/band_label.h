@@ -12,7 +12,8 @@ struct BandLabel {
   std::string name;  ///< never empty, no white space around it
 };
 
-/// The first label that holds `hz`, or null. A range holds its lower edge but not its upper one.
+/// The first label that covers `hz`, or null. A range includes its lower edge but not its upper
+/// one.
 const BandLabel* lookupLabel(const std::vector<BandLabel>& labels, double hz);
 
 }  // namespace pelagrim

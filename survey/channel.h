@@ -12,7 +12,7 @@ struct Detection {
   double floor_db;  ///< noise floor of the dwell
 };
 
-/// One surveyed signal: what all detections in one slot of the raster have added up to.
+/// One surveyed signal: all detections in one slot of the raster, merged.
 struct Channel {
   double centre_hz = 0.0;     ///< mean over the detections
   double width_hz = 0.0;      ///< mean over the detections

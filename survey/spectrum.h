@@ -27,10 +27,10 @@ struct Spectrum {
   /// are then empty.
   void prepare();
 
-  /// Empties the buffers: from here on samples are dropped, until prepare.
+  /// Empties the buffers. Samples are dropped until the next prepare.
   void release() noexcept;
 
-  /// Sets the sum to zero for the next dwell; a frame that is half gathered stays.
+  /// Sets the sum to zero for the next dwell and keeps a frame that is half gathered.
   void clearSum() noexcept;
 
   /// Sets the sum to zero and drops a frame that is half gathered.

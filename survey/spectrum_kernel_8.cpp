@@ -14,7 +14,8 @@ struct Lanes8 {
   using Floats = float __attribute__((vector_size(32)));
   using Doubles = double __attribute__((vector_size(32)));
 
-  // Intrinsics here: of shuffled vectors g++ 12 makes a load and a shuffle instead of one load.
+  // Intrinsics, because g++ 12 turns shuffled vectors into a load and a shuffle instead of one
+  // load.
   PELAGRIM_INLINE static void loadSamples(const float* iq, Floats& re, Floats& im) {
     re = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(iq)), _mm_loadu_ps(iq + 8), 1);
     im = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(iq + 4)), _mm_loadu_ps(iq + 12),
@@ -22,7 +23,7 @@ struct Lanes8 {
     split(re, im);
   }
 
-  // Written out, a widening is one instruction; g++ 12 makes several of __builtin_convertvector.
+  // Written out, this is one instruction; g++ 12 turns __builtin_convertvector into several.
   PELAGRIM_INLINE static void widen(const float* from, Doubles& to) {
     to = Doubles{static_cast<double>(from[0]), static_cast<double>(from[1]),
                  static_cast<double>(from[2]), static_cast<double>(from[3])};

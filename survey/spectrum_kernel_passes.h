@@ -1,13 +1,13 @@
 #pragma once
 
-// The power spectrum of a frame by vectors
+// The power spectrum of a frame, computed with vectors
 //
-// A vector holds neighbouring entries, their real parts from one plane, their imaginary parts from
-// another. Partners in the first stages lie far apart as long as the samples stand in order of
-// time, partners in the later stages do so in bit-reversed order: there a vector of neighbours is a
-// vector of whole butterflies. So the reversal goes in between, where it is a matrix transposed in
-// registers. With the ten bits of an index as row h, middle m, lane l, and a dash for reversed
-// bits:
+// A vector holds neighbouring entries, real parts from one plane and imaginary parts from another.
+// Work is easy while the partners of a butterfly lie far apart, because then a vector of neighbours
+// is one side of several whole butterflies. In the first stages that holds while the samples are in
+// order of time, in the later stages when they are in bit-reversed order. So the reversal is done
+// in between, as a matrix transposed in registers. With the ten bits of an index as row h, middle
+// m, lane l, and a dash for reversed bits:
 //
 //       in time  hhh mmmm lll                       in the planes  l'l'l' m'm'm'm' h'h'h'
 //
@@ -20,12 +20,12 @@
 //         8    window, stages 1-3, reversal   4-5, 6-7, 8-10              powers
 //         4    window, stages 1-2, reversal   3-4, 5-6, 7-8, 9-10         powers
 //
-// Several stages in one pass (radix 2 x 2) spare loads and stores; every butterfly stays the plain
-// formula, so that no bit depends on the arrangement. The plain recurrence stands in
+// Doing several stages in one pass (radix 2 x 2) saves loads and stores. Every butterfly is still
+// the plain formula, so the arrangement changes no bit. The plain recurrence is in
 // tests/survey/plain_recurrence.h.
 //
-// Each form is a file of its own: it names the processor that it is compiled for
-// (PELAGRIM_PROCESSOR), includes this one, and says how its vectors are loaded and widened.
+// Each form has its own file. It names the processor that it is compiled for (PELAGRIM_PROCESSOR),
+// includes this file, and says how its vectors are loaded and widened.
 
 #include <array>
 #include <cmath>
@@ -98,11 +98,11 @@ PELAGRIM_INLINE void store(const Vector& vector, Element* to) {
   __builtin_memcpy(to, &vector, sizeof vector);
 }
 
-// The shuffles. Vectors go by reference throughout: how they are passed by value depends on the
+// The shuffles. Vectors are always passed by reference: how they are passed by value depends on the
 // processor.
 
-/// Collects in a the elements of even index of a and b, in b those of odd index; of more than 4
-/// lanes, in every block of 4 by itself.
+/// Collects the even elements of a and b in a, the odd ones in b. Vectors of more than 4 lanes are
+/// treated in blocks of 4, each by itself.
 template <typename Floats>
 PELAGRIM_INLINE void split(Floats& a, Floats& b) {
   Floats even;
@@ -119,7 +119,7 @@ PELAGRIM_INLINE void split(Floats& a, Floats& b) {
   a = even;
 }
 
-/// Collects in a the blocks of 4 elements of even index of a and b, in b those of odd index.
+/// Collects the even blocks of 4 elements of a and b in a, the odd ones in b.
 template <typename Floats>
 PELAGRIM_INLINE void splitBlocks(Floats& a, Floats& b) {
   Floats even;
@@ -176,12 +176,12 @@ PELAGRIM_INLINE void butterflies(Rows<Floats, kRows>& a, const Twiddles& twiddle
   }
 }
 
-/// The twiddles of the first stages, the same for a whole row and known when this is compiled.
+/// The twiddles of the first stages: the same for a whole row, and known at compile time.
 ///
-/// kFinite leaves out products by zero, so by 1 + 0i altogether. An infinity times zero is not a
-/// number; as long as all values are finite, what is left out changes no more than the sign of a
-/// zero. No power shows such a sign: equal terms and factors give equal sums and products, whatever
-/// the signs of their zeros, and in the end all is squared.
+/// kFinite leaves out products by zero, and so all products by 1 + 0i. Infinity times zero is not a
+/// number, but as long as all values are finite, leaving them out changes at most the sign of a
+/// zero. Such a sign never reaches a power: equal terms and factors give equal sums and products
+/// whatever the signs of their zeros, and at the end everything is squared.
 template <bool kFinite>
 struct KnownTwiddles {
   template <typename Floats>
@@ -195,7 +195,7 @@ struct KnownTwiddles {
     } else if (kFinite && w_re == 0) {
       re = -(a_im * w_im);
       im = a_re * w_im;
-    } else if (w_re == w_im || w_re == -w_im) {  // two products do for four
+    } else if (w_re == w_im || w_re == -w_im) {  // two products instead of four
       const Floats p = a_re * w_re;
       const Floats q = a_im * w_re;
       re = w_re == w_im ? p - q : p + q;
@@ -207,7 +207,7 @@ struct KnownTwiddles {
   }
 };
 
-/// Twiddles of later stages, which differ from lane to lane.
+/// The twiddles of later stages, which differ from lane to lane.
 template <typename Floats, size_t kRows>
 struct LoadedTwiddles {
   Rows<Floats, kRows> w;
@@ -222,14 +222,15 @@ struct LoadedTwiddles {
 /// Window, the stages across kLanes rows, and the bit reversal. A row's number reversed is also the
 /// distance of its first entry, on either side.
 ///
-/// False where kFinite was too much to hope for, and the pass must be done again without. A value
-/// that is not finite makes both results of its next butterfly so, in one part at least; so by the
-/// last stage it has reached one of the rows of the lower half.
+/// Returns false if kFinite did not hold, and the pass must be done again without it. A value that
+/// is not finite makes both results of its next butterfly non-finite, in at least one part; so by
+/// the last stage it has reached one of the rows of the lower half.
 template <typename Form, bool kFinite>
 PELAGRIM_INLINE bool firstPass(const float* iq, const float* window, Planes& a) {
   using Floats = typename Form::Floats;
   constexpr size_t kRows = Form::kLanes;
-  // Once not finite, a sum of products stays so. From 1 on, tiny products are not denormal sums.
+  // A sum of products that is not finite stays that way. From 1 on, tiny products are not denormal
+  // sums.
   Floats check = Floats{} + 1.0F;
   for (size_t middle = 0; middle < kSpectrumBins / kRows; middle += kRows) {
     Rows<Floats, kRows> rows;
@@ -291,10 +292,11 @@ PELAGRIM_INLINE void pass(Planes& a, size_t stride) {
   }
 }
 
-/// The squared magnitudes of half the bins. The square of a float is exact in a double, so that a
-/// fused multiply-add rounds no differently.
+/// The squared magnitudes of half the bins. The square of a float is exact in a double, so a fused
+/// multiply-add rounds the same way.
 ///
-/// Not inlined: with this loop in the same function, g++ 12 makes the whole a sixth slower.
+/// Not inlined: with this loop in the same function, g++ 12 makes the whole function a sixth
+/// slower.
 template <typename Form>
 [[gnu::noinline, gnu::target(PELAGRIM_PROCESSOR)]] void addPowers(const float* re, const float* im,
                                                                   double* power_sum) {

@@ -13,14 +13,14 @@ double activityOf(const Channel& channel) {
   return channel.looks == 0 ? 0.0 : static_cast<double>(channel.hits) / channel.looks;
 }
 
-/// A channel's place in the display order, with what decides it at hand.
+/// A channel and the values that decide its place in the display order.
 struct Ranked {
   double activity;
   double centre_hz;
   long slot;
   const Channel* channel;
 
-  /// A total order even over centres that are not numbers, so no sort can run astray.
+  /// A total order even over centres that are not numbers, as a sort needs one.
   friend bool operator<(const Ranked& a, const Ranked& b) {
     if (a.activity != b.activity) return a.activity > b.activity;
     const bool a_unplaced = std::isnan(a.centre_hz);
@@ -78,7 +78,7 @@ void Survey::restore(const Channel& channel) {
 
 std::vector<Channel> Survey::busiest(size_t max_count) const {
   const size_t count = std::min(max_count, channels.size());
-  std::vector<Ranked> best;  // once full, a heap with the last of the best on top
+  std::vector<Ranked> best;  // once full, a heap with its lowest-ranked channel on top
   best.reserve(count);
   for (const auto& [slot, channel] : channels) {
     const Ranked next{activityOf(channel), channel.centre_hz, slot, &channel};
