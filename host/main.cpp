@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
   enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2, kTryAgain = 3 };
   using namespace pelagrim_host;
   const auto complain = [](const std::exception& failure) {
-    // File names may hold anything; this stays one line and cannot steer the terminal.
+    // File names may hold anything; the message stays one line and cannot steer the terminal.
     TextOutput(stderr).write(fmt::format("pelagrim-survey: {}\n", displayText(failure.what())));
   };
   try {

@@ -47,13 +47,13 @@ Tuned nearestTuned(const Listening& listening) {
   return {at_5, 5.0};
 }
 
-/// ASCII, which every radio and every version of CHIRP can take.
+/// ASCII, which every radio and every version of CHIRP accepts.
 std::string plainText(std::string_view text) {
   std::string plain;
   for (const char character : text) {
     const auto byte = static_cast<unsigned char>(character);
     if (byte < 0x80) plain += character;
-    if (byte >= 0xC0) plain += '?';  // once for each character of several bytes
+    if (byte >= 0xC0) plain += '?';  // one for each character of several bytes
   }
   return plain;
 }

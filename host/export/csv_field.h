@@ -5,7 +5,7 @@
 
 namespace pelagrim_host {
 
-/// A field of comma-separated values, quoted where it has to be (RFC 4180). `text` has no line
+/// A field of comma-separated values, quoted if it has to be (RFC 4180). `text` has no line
 /// ends.
 inline std::string csvField(std::string_view text) {
   const bool plain = text.find_first_of(",\"") == std::string_view::npos &&

@@ -9,7 +9,7 @@
 
 namespace pelagrim_host {
 
-/// How a receiver would listen to a signal. kNone: nothing is known that would make it audible.
+/// How a receiver would demodulate a signal. kNone: no mode is known that would make it audible.
 enum class ListeningMode { kNone, kCw, kUsb, kLsb, kAm, kNfm, kWfm };
 
 /// What a format writes for each mode.
@@ -38,24 +38,24 @@ struct ModeNames {
   }
 };
 
-/// What a receiver has to be set to.
+/// How a receiver has to be set.
 struct Listening {
   ListeningMode mode = ListeningMode::kNone;
-  /// Where its dial goes: the channel's centre, but for the side bands, whose pass band begins at
-  /// the dial, half the bandwidth beside it.
+  /// The dial frequency: the channel's centre, but for USB and LSB half the bandwidth to the side,
+  /// because their pass band begins at the dial.
   double dial_hz = 0.0;
   double bandwidth_hz = 0.0;
 };
 
-/// Mode and bandwidth as the guess at the channel's kind would have them: a usual bandwidth, or the
-/// mean width where that is more. Side bands are upper ones from 10 MHz up.
+/// Mode and bandwidth that suit the guess at the channel's kind: a usual bandwidth, or the mean
+/// width if that is more. SSB is USB from 10 MHz up and LSB below.
 Listening listeningTo(const SurveyedChannel& channel);
 
 /// A channel as it goes to another program. The texts are valid UTF-8 without control characters.
 struct ExportedChannel {
   SurveyedChannel seen;
   Listening listening;
-  std::string band;  ///< its name in the band plan; empty: none
+  std::string band;  ///< its name in the band plan; empty if it has none
   std::string name;  ///< band and frequency; no two channels have the same
   bool times_are_guesses = false;
 };

@@ -27,7 +27,7 @@ std::string without(std::string text, std::string_view unwanted) {
   return text;
 }
 
-/// A tag: no list of tags, no comment, not empty.
+/// A single tag: no list of tags, no comment, not empty.
 std::string tagOf(const ExportedChannel& channel) {
   const std::string tag = without(channel.band, ";,#");
   const bool blank = tag.find_first_not_of(' ') == std::string::npos;

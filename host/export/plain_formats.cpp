@@ -14,7 +14,7 @@ namespace {
 constexpr ModeNames<std::string_view> kModeTexts = {
     .none = "", .cw = "CW", .usb = "USB", .lsb = "LSB", .am = "AM", .nfm = "NFM", .wfm = "WFM"};
 
-/// "2026-01-01T00:00:00Z"; nothing for 0 (no clock) and for what is beyond the year 9999.
+/// "2026-01-01T00:00:00Z"; empty for 0 (no clock) and for times after the year 9999.
 std::string moment(int64_t unix_ms) {
   constexpr int64_t kLatestMs = 253402300799999;
   if (unix_ms <= 0 || unix_ms > kLatestMs) return "";
@@ -32,7 +32,7 @@ nlohmann::ordered_json orNull(const std::string& text) {
   return text.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(text);
 }
 
-/// Nothing when it is not a number: a spreadsheet would take "nan" for a text.
+/// Empty if it is not a number: a spreadsheet would take "nan" for text.
 std::string levelText(double level_db) {
   return std::isfinite(level_db) ? fmt::format("{:.1f}", level_db) : "";
 }

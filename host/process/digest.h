@@ -8,7 +8,7 @@
 
 namespace pelagrim_host {
 
-/// A checksum of bytes that come piece by piece.
+/// A checksum of bytes that arrive in pieces.
 class Digest {
  public:
   enum class Kind { kSha256, kSha512 };
@@ -17,7 +17,7 @@ class Digest {
 
   void add(std::span<const std::byte> bytes);
 
-  /// The sum in lower-case hexadecimal digits. Once, at the end.
+  /// The sum in lower-case hexadecimal digits. Call it once, at the end.
   std::string hex();
 
  private:

@@ -47,7 +47,7 @@ void installSignalHandlers() {
   struct sigaction inherited = {};
   sigaction(SIGHUP, nullptr, &inherited);
   action.sa_handler = onHangUp;
-  action.sa_flags = SA_RESTART;  // nothing to hurry for: it is looked at between blocks
+  action.sa_flags = SA_RESTART;  // no hurry: it is looked at between blocks
   if (inherited.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr);  // else: nohup
 }
 

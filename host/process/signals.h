@@ -4,19 +4,19 @@ namespace pelagrim_host {
 
 /// After this the first SIGINT or SIGTERM asks for an orderly end (stopRequested), and the second
 /// ends the process at once, with status 128 + the signal's number. SIGHUP asks for a rescan,
-/// unless it was ignored before. Writing to a closed pipe fails rather than raising a signal. The
+/// unless it was ignored before. Writing to a closed pipe fails instead of raising a signal. The
 /// signals that end the run interrupt blocking calls. Call it once, before any other thread starts.
 void installSignalHandlers();
 
-/// Whether an orderly end has been asked for. From any thread.
+/// Whether an orderly end has been asked for. Any thread may call it.
 bool stopRequested();
 
-/// Asks for an orderly end, or for a rescan, as the signals do. From any thread.
+/// Asks for an orderly end, or for a rescan, as the signals do. Any thread may call them.
 void requestStop();
 void requestRescan();
 
-/// Whether a rescan has been asked for since the last call. A SIGHUP that came because the
-/// terminal was closed asks for an orderly end instead: nobody is left to stop the survey.
+/// Whether a rescan has been asked for since the last call. A SIGHUP because the terminal was
+/// closed asks for an orderly end instead, as nobody is left to stop the survey.
 bool takeRescanRequest();
 
 /// `tidy` runs before a second signal ends the process. It runs in the signal handler, so it may

@@ -9,7 +9,7 @@
 namespace pelagrim_host {
 namespace {
 
-int g_output_error = 0;  ///< the last one on standard output; a single thread writes
+int g_output_error = 0;  ///< the last one on standard output; only one thread writes
 
 }  // namespace
 

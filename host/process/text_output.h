@@ -5,8 +5,8 @@
 
 namespace pelagrim_host {
 
-/// Standard output or error. A failed write stops nothing: the survey goes on and is saved.
-/// requireOutput tells of it at the end.
+/// Standard output or error. A failed write does not stop the survey, which is still saved;
+/// requireOutput reports it at the end.
 class TextOutput {
  public:
   explicit TextOutput(std::FILE* stream) : stream_(stream) {}
@@ -18,8 +18,8 @@ class TextOutput {
   std::FILE* stream_;
 };
 
-/// Throws std::runtime_error when something could not be written to standard output. A pipe whose
-/// reader has left does not count: the reader has read all that it wanted.
+/// Throws std::runtime_error if something could not be written to standard output. A pipe whose
+/// reader has gone does not count: the reader has all that it wanted.
 void requireOutput();
 
 }  // namespace pelagrim_host

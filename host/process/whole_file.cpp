@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
                               std::generic_category().message(reason)));
 }
 
-/// An open file. close() tells of a failure, the destructor closes in silence.
+/// An open file. close() reports a failure, the destructor does not.
 class Descriptor {
  public:
   explicit Descriptor(int number) : number_(number) {}
@@ -45,16 +45,15 @@ fs::path directoryOf(const fs::path& path) {
   return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
-/// A link of the proc file system, such as /dev/stdout ends in, leads to an open file itself and
-/// not to a name.
+/// A link in the proc file system, where /dev/stdout ends, leads to an open file, not to a name.
 bool isOpenFileOfProcess(const fs::path& path) {
   struct statfs system = {};
   return statfs(directoryOf(path).c_str(), &system) == 0 && system.f_type == PROC_SUPER_MAGIC;
 }
 
-/// Where links lead, even if there is nothing there yet.
+/// Where the links lead, even if nothing is there yet.
 fs::path endOfLinks(const fs::path& path) {
-  constexpr int kMaxLinks = 40;  // the system follows no more
+  constexpr int kMaxLinks = 40;  // the system does not follow more
   fs::path end = path;
   std::error_code error;
   for (int i = 0; fs::is_symlink(end, error) && !isOpenFileOfProcess(end); ++i) {
@@ -74,7 +73,7 @@ bool writeAll(int file, std::string_view text) {
   return true;
 }
 
-/// Waits until the disk has it. Not every file system can say so.
+/// Waits until it is on the disk. Not every file system can tell.
 bool flushToDisk(int file) {
   return fsync(file) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
@@ -84,14 +83,15 @@ void writeInPlace(const fs::path& path, std::string_view text) {
   if (!file.isOpen() || !writeAll(file.number(), text) || !file.close()) fail("write", path, errno);
 }
 
-/// A file of a name that nobody uses, complete and on the disk; gone again unless it is moved.
+/// A file with an unused name, complete and on the disk. Deleted again unless it is moved.
 class NewFile {
  public:
-  /// In the directory of `path`. `like`: the file whose mode and owner it gets; none: as usual.
+  /// Made in the directory of `path`. `like`: the file whose mode and owner it gets; if none, the
+  /// usual ones.
   NewFile(const fs::path& path, std::string_view text, const struct stat* like) {
     constexpr int kMaxTries = 100;
-    constexpr mode_t kOwnerOnly = 0600;  // until it has the mode of the old file
-    constexpr mode_t kUsual = 0666;      // the system takes the umask off
+    constexpr mode_t kOwnerOnly = 0600;  // until it gets the mode of the old file
+    constexpr mode_t kUsual = 0666;      // less the umask
     std::random_device random;
     int number = -1;
     for (int i = 0; i < kMaxTries && number < 0; ++i) {
@@ -115,16 +115,16 @@ class NewFile {
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
 
-  /// Puts it in the place of `path`, which must be in the same directory.
+  /// Moves it to `path`, which must be in the same directory, and replaces what is there.
   void moveTo(const fs::path& path) {
     if (rename(path_.c_str(), path.c_str()) != 0) fail("replace", path, errno);
     path_.clear();
     const Descriptor directory(open(directoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    // A directory that may be searched but not read cannot be flushed; the file is there.
+    // A directory that may be searched but not read cannot be flushed; the file is there anyway.
     if (directory.isOpen() && !flushToDisk(directory.number())) fail("write", path, errno);
   }
 
-  /// Gives it the name `path`, in the same directory, where nothing has that name.
+  /// Moves it to `path`, in the same directory, if nothing has that name.
   bool moveToNew(const fs::path& path) {
     if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) != 0) {
       if (errno == EEXIST) return false;
@@ -137,7 +137,7 @@ class NewFile {
  private:
   static bool takeAfter(int file, const struct stat* like) {
     if (like == nullptr) return true;
-    // Only an administrator can keep another's file another's; the mode counts for everybody.
+    // Only root can give a file to another user; anyone can set the mode.
     [[maybe_unused]] const int kept = fchown(file, like->st_uid, like->st_gid);
     return fchmod(file, like->st_mode & 0777) == 0;
   }
@@ -145,9 +145,9 @@ class NewFile {
   fs::path path_;
 };
 
-/// What a file is when it is about to be replaced.
+/// A file that is about to be replaced.
 struct Target {
-  fs::path path;                   ///< behind all links
+  fs::path path;                   ///< all links followed
   std::optional<struct stat> old;  ///< none: nothing is there
   bool isFile() const { return !old || (S_ISREG(old->st_mode) && !isOpenFileOfProcess(path)); }
 };
@@ -167,7 +167,7 @@ void replace(const Target& target, std::string_view text) {
   NewFile(target.path, text, target.old ? &*target.old : nullptr).moveTo(target.path);
 }
 
-/// Keeps `text` as `path`.
+/// Writes the old text to `path`, the backup.
 void keep(const fs::path& path, std::string_view text, const struct stat& like) {
   struct stat found = {};
   const bool is_there = lstat(path.c_str(), &found) == 0;

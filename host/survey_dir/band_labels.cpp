@@ -11,7 +11,7 @@ namespace pelagrim_host {
 std::vector<pelagrim::BandLabel> parseLabels(std::string_view text) {
   std::vector<pelagrim::BandLabel> labels;
   while (!text.empty()) {
-    // The plug-in takes each piece of a long line for a line of its own.
+    // The plug-in takes each piece of a long line for a separate line.
     const size_t line = std::min(text.find('\n'), text.size() - 1) + 1;
     const size_t piece = std::min(line, pelagrim::LineReader::kMaxPiece);
     const auto label = pelagrim::parseLabelLine(text.substr(0, piece));

@@ -17,7 +17,7 @@
 namespace pelagrim_host {
 namespace {
 
-// The list begins at a fixed place, behind a head of lines that is filled up with line feeds.
+// The list begins at a fixed place, after a header of lines that is padded with line feeds.
 constexpr size_t kHeadBytes = 512;
 constexpr std::string_view kMark = "pelagrim copy of survey.csv, version 1";
 
@@ -35,8 +35,7 @@ std::string headOf(const KeptList& list) {
   return head;
 }
 
-/// Takes "name value\n" off the front of `head` and returns the value; nothing where it is not
-/// there.
+/// Takes "name value\n" off the front of `head` and returns the value; nothing if it is not there.
 std::optional<std::string_view> takeField(std::string_view& head, std::string_view name) {
   const size_t end = head.find('\n');
   std::string_view line = head.substr(0, end);

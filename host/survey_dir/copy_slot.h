@@ -8,16 +8,16 @@
 
 namespace pelagrim_host {
 
-/// A list of channels that was complete: the bytes of survey.csv, and what was known of the run.
+/// A complete list of channels: the bytes of survey.csv, and what was known about the run.
 struct KeptList {
-  uint64_t sequence = 0;   ///< counts up from copy to copy
-  bool run_ended = false;  ///< the run ended in order, and survey.csv held just these bytes
+  uint64_t sequence = 0;   ///< goes up by one with every copy
+  bool run_ended = false;  ///< the run ended in order, and survey.csv held exactly these bytes
   std::string results;
 };
 
-/// A file for one such list, with a checksum over all of it and its room on the disk reserved
-/// beforehand: writing a list that fits needs no further room, so a full disk does not take it.
-/// Not synchronised.
+/// A file for one such list, with a checksum over all of it. Its room on the disk is reserved
+/// beforehand: writing a list that fits needs no more, so a full disk does no harm. Not
+/// synchronised.
 class CopySlot {
  public:
   /// Opens the file, or creates it. Throws FileError.
@@ -26,17 +26,17 @@ class CopySlot {
   CopySlot(const CopySlot&) = delete;
   CopySlot& operator=(const CopySlot&) = delete;
 
-  /// Nothing where there is no list, or one that was not written to its end.
+  /// Nothing if there is no list, or one that was not written to the end.
   std::optional<KeptList> read() const;
 
-  /// The same of a file that is only to be read.
+  /// The same for a file that is only read.
   static std::optional<KeptList> readFile(const std::filesystem::path& path);
 
-  /// Sees that lists of up to `bytes` fit. Throws FileError where the disk has no such room.
+  /// Makes room for lists of up to `bytes`. Throws FileError if the disk does not have it.
   void reserve(size_t bytes);
 
-  /// Writes the list over the old one and returns when it is on the disk. Throws FileError; what
-  /// the slot then holds is not known.
+  /// Writes the list over the old one and returns once it is on the disk. Throws FileError; it is
+  /// then not known what the slot holds.
   void write(const KeptList& list);
 
  private:

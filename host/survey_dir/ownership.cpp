@@ -13,7 +13,7 @@
 namespace pelagrim_host {
 namespace {
 
-/// Who called sudo; nothing where nobody did.
+/// Who called sudo; nothing if nobody did.
 std::optional<uid_t> sudoCaller() {
   const char* const text = std::getenv("SUDO_UID");
   if (geteuid() != 0 || text == nullptr) return std::nullopt;

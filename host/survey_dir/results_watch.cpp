@@ -48,7 +48,7 @@ std::string ResultsWatch::advice() const {
       path_.string());
 }
 
-/// A full disk cuts the file in the middle of a row.
+/// A full disk cuts the file off in the middle of a row.
 bool ResultsWatch::isWhole() const {
   std::error_code error;
   if (!std::filesystem::is_regular_file(path_, error)) return false;

@@ -7,22 +7,23 @@
 
 namespace pelagrim_host {
 
-/// Watches whether the plug-in gets its results written after every dwell: it does not say when it
-/// fails. Made before the run begins.
+/// Watches whether the plug-in manages to write its results after every dwell, because it does not
+/// report a failure. Make one before the run begins.
 class ResultsWatch {
  public:
-  /// File systems keep times by a coarse clock, so two quick dwells may leave the same one: a file
-  /// whose time has not changed counts as not written only after `patience`.
+  /// File systems have a coarse clock, so two quick dwells may leave the same time: a file whose
+  /// time has not changed counts as not written only after `patience`.
   explicit ResultsWatch(std::filesystem::path results_path,
                         std::chrono::milliseconds patience = std::chrono::seconds(1));
 
-  /// After a dwell: a line for the user when saving has begun to fail, or works again.
+  /// Call it after a dwell. Returns a line for the user if saving has begun to fail, or works
+  /// again.
   std::optional<std::string> news();
 
-  /// Whether the file was written since the run began, and to its end.
+  /// Whether the file has been written since the run began, and to the end.
   bool written() const;
 
-  /// What to look into when it was not.
+  /// What the user should look into if it was not.
   std::string advice() const;
 
  private:

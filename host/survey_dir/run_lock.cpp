@@ -22,8 +22,8 @@ std::filesystem::path lockPath(const std::filesystem::path& survey_dir) {
   return survey_dir / "survey.lock";
 }
 
-// A lock of the open file, not of the process: closing another descriptor of the file, as a report
-// in the same process would, does not free it.
+// The open file holds the lock, not the process: closing another descriptor of the file, as a
+// report in the same process would, does not free it.
 int lockFile(int file, int command) {
   struct flock lock = {};
   lock.l_type = F_WRLCK;
@@ -32,7 +32,7 @@ int lockFile(int file, int command) {
   return command == F_OFD_GETLK && lock.l_type != F_UNLCK ? EAGAIN : 0;
 }
 
-/// What the holder has written of itself.
+/// What the holder has written about itself.
 std::string holderText(int file) {
   std::array<char, 200> text = {};
   const ssize_t length = pread(file, text.data(), text.size(), 0);
@@ -73,7 +73,7 @@ RunLock::RunLock(const std::filesystem::path& survey_dir) {
     return;
   }
   const std::string text = ownText();
-  // For the other run's message alone; a full disk is no reason not to survey.
+  // Only for the other run's message, so a full disk is no reason to stop.
   [[maybe_unused]] const bool told =
       ftruncate(file_, 0) == 0 && pwrite(file_, text.data(), text.size(), 0) > 0;
 }

@@ -8,12 +8,13 @@ namespace pelagrim_host {
 
 /// The right to survey into a directory: one run at a time.
 ///
-/// The lock is advisory and stands on the file survey.lock, which stays there. The system frees it
-/// when the process ends, however it ends, and takes it across NFS where the server has locks.
+/// The lock is advisory and is held on the file survey.lock, which is never deleted. The system
+/// frees it when the process ends, however it ends, and it works across NFS if the server has
+/// locks.
 class RunLock {
  public:
   /// Takes the lock. Throws TryAgainLater, naming the directory and the holder, while another run
-  /// has it, and std::runtime_error when the file cannot be made.
+  /// has it, and std::runtime_error if the file cannot be created.
   explicit RunLock(const std::filesystem::path& survey_dir);
   ~RunLock();
   RunLock(const RunLock&) = delete;
@@ -27,7 +28,7 @@ class RunLock {
   std::optional<std::string> lack_;
 };
 
-/// Whether a run has the lock at this moment.
+/// Whether a run has the lock right now.
 bool isBeingSurveyed(const std::filesystem::path& survey_dir);
 
 }  // namespace pelagrim_host

@@ -19,7 +19,7 @@ std::array<std::filesystem::path, 2> slotPaths(const std::filesystem::path& surv
   return {survey_dir / "survey.copy-1", survey_dir / "survey.copy-2"};
 }
 
-/// Lines that are neither the header's nor a comment.
+/// Lines that are neither header nor comment.
 size_t countRows(std::string_view results) {
   size_t rows = 0;
   while (!results.empty()) {
@@ -35,8 +35,8 @@ bool isWhole(std::string_view results, size_t min_rows) {
   return !results.empty() && results.back() == '\n' && countRows(results) >= min_rows;
 }
 
-/// What the plug-in has written to its end. It may be writing at this moment: what reads the same
-/// twice, and is whole, is such a text. Nothing where it never does.
+/// A text that the plug-in has finished writing. It may be writing right now, so the text has to be
+/// whole and read the same twice. Nothing if it never does.
 std::optional<std::string> readSteadily(const std::filesystem::path& path, size_t min_rows) {
   constexpr int kTries = 20;
   for (int i = 0; i < kTries; ++i) {
@@ -118,8 +118,8 @@ void SafeCopy::copyNow(bool run_ended) {
   list_may_shrink_ = false;
 }
 
-/// Writes a list into the slot whose turn it is. A slot that failed is written again: the other one
-/// holds the last list that is safe.
+/// Writes a list into the slot whose turn it is. A slot that failed is written again, because the
+/// other one holds the last safe list.
 void SafeCopy::keep(const KeptList& list) {
   std::string trouble;
   const auto attempt = [&trouble](const auto& step) {
@@ -173,7 +173,7 @@ SteadyResults readResults(const std::filesystem::path& survey_dir) {
   const auto path = resultsPath(survey_dir);
   auto copy = newestCopy(survey_dir);
   if (!copy || copy->run_ended) return {readIfThere(path).value_or("")};
-  // Most of the time it is whole at the first look; a run writes it within milliseconds.
+  // It is usually whole at the first look; a run writes it within milliseconds.
   if (auto results = readSteadily(path, countRows(copy->results))) return {*std::move(results)};
   auto there = readIfThere(path).value_or("");
   if (isWhole(there, 0) || copy->results.empty()) return {std::move(there)};
@@ -186,7 +186,7 @@ std::optional<std::string> restoreResults(const std::filesystem::path& survey_di
   const auto path = resultsPath(survey_dir);
   const auto there = readIfThere(path);
   const size_t rows = countRows(copy->results);
-  // A file that is not there was taken away by a person: no kill does that.
+  // A missing file was removed by a person: a kill does not do that.
   if (!there || isWhole(*there, rows)) return std::nullopt;
   replaceFile(path, copy->results);
   return fmt::format(

@@ -16,35 +16,35 @@
 
 namespace pelagrim_host {
 
-/// The last complete list of a survey directory, kept beside survey.csv, which the plug-in rewrites
-/// in place: a kill in that moment leaves it empty, a full disk cuts it short.
+/// The last complete list of a survey directory, kept beside survey.csv. The plug-in rewrites that
+/// in place: a kill at that moment leaves it empty, a full disk cuts it short.
 ///
-/// Two slots are written in turn, so that the one before is whole while one is written. A thread of
-/// its own copies and flushes; the survey only tells it that there is something new. Whoever makes
-/// one holds the directory's run lock.
+/// Two slots are written in turn, so that one is always whole while the other is written. Copying
+/// and flushing has its own thread; the survey only tells it that there is something new. Hold the
+/// directory's run lock while one of these exists.
 class SafeCopy {
  public:
   /// Opens the slots, reserves their room and notes that a run goes on from what survey.csv holds.
   /// From then on a copy is taken at most every `min_interval`. `warn` gets a line when copies
   /// begin to fail or work again, on the thread that calls this, dwellWritten or end; the survey
-  /// goes on without them. Throws FileError where the slots cannot be opened.
+  /// goes on without them. Throws FileError if the slots cannot be opened.
   SafeCopy(const std::filesystem::path& survey_dir, std::chrono::milliseconds min_interval,
            std::function<void(const std::string&)> warn);
 
-  /// Stops without the note that the run ended in order.
+  /// Stops without noting that the run ended in order.
   ~SafeCopy();
   SafeCopy(const SafeCopy&) = delete;
   SafeCopy& operator=(const SafeCopy&) = delete;
 
-  /// The plug-in starts afresh from survey.csv: with another raster it may have fewer channels than
-  /// before, which otherwise means that the file was cut. Never waits.
+  /// The plug-in starts afresh from survey.csv. With another raster it may have fewer channels than
+  /// before, which would otherwise mean that the file was cut short. Never waits.
   void surveyStarts() { list_may_shrink_ = true; }
 
   /// The plug-in has written survey.csv. Never waits.
   void dwellWritten();
 
-  /// The run is over: takes the last copy and notes that it ended in order, where survey.csv is
-  /// whole. Waits for the disk.
+  /// The run is over: takes the last copy and, if survey.csv is whole, notes that the run ended in
+  /// order. Waits for the disk.
   void end();
 
  private:
@@ -64,29 +64,29 @@ class SafeCopy {
   size_t reserved_bytes_ = 0;
   std::chrono::steady_clock::time_point last_copy_;
 
-  std::mutex mutex_;  ///< guards what follows
+  std::mutex mutex_;  ///< guards the members below
   std::condition_variable changed_;
   bool has_news_ = false;
   bool stops_ = false;
-  std::string trouble_;       ///< of the last copy; empty: it worked
+  std::string trouble_;       ///< why the last copy failed; empty: it worked
   std::string told_trouble_;  ///< what the user was told last
-  std::thread thread_;        ///< after all that it uses
+  std::thread thread_;        ///< declared after everything it uses
 };
 
-/// What survey.csv holds for a reader who may come while a run writes it: never a part of a list.
+/// What survey.csv holds for a reader who may come while a run is writing it: never part of a list.
 struct SteadyResults {
   std::string text;
-  bool is_copy = false;  ///< survey.csv stays cut short, and this is the list that was safe
+  bool is_copy = false;  ///< survey.csv is cut short, and this is the last safe list
 };
 SteadyResults readResults(const std::filesystem::path& survey_dir);
 
-/// The newest list that the copies of a survey directory hold; nothing where there is none.
+/// The newest list in the copies of a survey directory; nothing if there is none.
 std::optional<KeptList> newestCopy(const std::filesystem::path& survey_dir);
 
-/// Puts the newest copy in the place of a survey.csv that a run has left cut short: the run did not
-/// end in order, and the file is empty, lacks its last line feed or has fewer rows than the copy.
-/// Anything else a person may have done, and it stays. A line that says so, nothing where nothing
-/// was done. Throws FileError where the file cannot be written: the survey must not go on from the
+/// Replaces a survey.csv that a run has left cut short by the newest copy: the run did not end in
+/// order, and the file is empty, lacks its last line feed or has fewer rows than the copy. Anything
+/// else may be a person's work and is kept. Returns a line that says so, or nothing if nothing was
+/// done. Throws FileError if the file cannot be written, as the survey must not go on from the
 /// short one.
 std::optional<std::string> restoreResults(const std::filesystem::path& survey_dir);
 

@@ -16,9 +16,9 @@ namespace pelagrim_host {
 struct SurveyFiles {
   std::filesystem::path results_path;
   SurveyRows rows;
-  std::vector<pelagrim::BandLabel> band_plan;  ///< empty when there is no such file
-  bool is_copy = false;  ///< of the last complete list, for the results file is cut short
-  std::optional<pelagrim::Settings> settings;  ///< nothing when there is no such file
+  std::vector<pelagrim::BandLabel> band_plan;  ///< empty if there is no such file
+  bool is_copy = false;  ///< of the last complete list, because the results file is cut short
+  std::optional<pelagrim::Settings> settings;  ///< nothing if there is no such file
   std::optional<SurveyMemory> memory;  ///< of the directory that holds the results file, likewise
 
   /// Times were taken from the age of a recording's file.
@@ -26,12 +26,12 @@ struct SurveyFiles {
 };
 
 /// Reads the survey at `place`, a survey directory or a results file. Throws std::runtime_error,
-/// naming the file, when there is none, when it cannot be read, or when it has lines but neither a
-/// header nor a channel and so is something else.
+/// naming the file, if there is none, if it cannot be read, or if it has lines but neither a header
+/// nor a channel and so is something else.
 SurveyFiles readSurveyFiles(const std::filesystem::path& place);
 
 /// The results file that was read, and the results, settings and labels files of its directory,
-/// whether they are there or not.
+/// whether they exist or not.
 std::vector<std::filesystem::path> pathsOf(const SurveyFiles& survey);
 
 /// One line for each thing that the reader of a report or an export should know: lines skipped,

@@ -9,7 +9,7 @@
 
 namespace pelagrim_host {
 
-/// What tells one recording from another without reading all of it: its length, and a checksum of
+/// What tells one recording from another without reading all of it: its length and a checksum of
 /// its first and last mebibyte.
 struct FileIdentity {
   uint64_t bytes = 0;
@@ -23,22 +23,22 @@ FileIdentity identityOf(const std::filesystem::path& path);
 
 enum class SourceKind { kRecording, kStandardInput, kReceiver, kSimulation };
 
-/// What a survey directory remembers of the run that last surveyed into it, in the file
-/// survey-source.json. The plug-in does not know of it.
+/// What a survey directory remembers about the last run that surveyed into it, in the file
+/// survey-source.json. The plug-in does not know about it.
 struct SurveyMemory {
   SourceKind kind = SourceKind::kRecording;
   std::string source;                      ///< as the user knows it
   std::optional<FileIdentity> identity;    ///< of a recording
-  pelagrim::Settings settings;             ///< that were in force
-  bool start_is_guess = false;             ///< times were taken from the age of the file
+  pelagrim::Settings settings;             ///< in force in that run
+  bool start_is_guess = false;             ///< times were taken from the time stamp of the file
   std::optional<double> length_seconds{};  ///< of a recording, where it is known
-  std::string program;                     ///< with its version
+  std::string program;                     ///< its name and version
 };
 
 /// Whether both tell of the same recording or receiver, or of the simulation.
 bool areOfOneSource(const SurveyMemory& one, const SurveyMemory& other);
 
-/// Nothing where there is no such file, or one that makes no sense.
+/// Nothing if there is no such file, or one that makes no sense.
 std::optional<SurveyMemory> readMemory(const std::filesystem::path& survey_dir);
 
 /// Throws FileError.

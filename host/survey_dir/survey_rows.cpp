@@ -12,11 +12,12 @@
 namespace pelagrim_host {
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // some editors begin a file with it
+constexpr std::string_view kByteOrderMark =
+    "\xEF\xBB\xBF";  // some editors put it at the start of a file
 constexpr std::string_view kColumns = "centre_hz,";
 
-// Two numbers run together by a damaged file give a frequency that no radio has, or a level that
-// no sum of samples has.
+// Two numbers that run together in a damaged file give a frequency that no radio has, or a level
+// that no sum of samples has.
 constexpr double kHighestHz = 1e12;
 constexpr double kHighestLevelDb = 1000.0;
 
@@ -27,7 +28,7 @@ std::string takeLine(std::string_view& text) {
   return line;
 }
 
-/// What the file says where that is a known kind: it was guessed from the width before rounding.
+/// What the file says, if it is a known kind: it was guessed from the width before rounding.
 std::string_view kindOf(std::string_view written, double width_hz) {
   static const auto kinds = pelagrim::signalKinds();
   if (!written.empty() && written.front() == ',') written.remove_prefix(1);
@@ -41,11 +42,11 @@ double levelOrNone(double level_db) {
                                                : std::numeric_limits<double>::quiet_NaN();
 }
 
-/// Stricter than the plug-in, which takes any number: what is shown has to make sense.
+/// Stricter than the plug-in, which takes any number, because what is shown has to make sense.
 std::optional<SurveyedChannel> channelOf(const std::string& line) {
   const auto row = pelagrim::parseResultsRow(line.c_str());
   if (!row) return std::nullopt;
-  const bool was_cut_off = row->rest.empty();  // not even a line feed: its last number may be short
+  const bool was_cut_off = row->rest.empty();  // no line feed: the last number may be short
   SurveyedChannel channel{row->channel, {}};
   const auto [narrowest_hz, widest_hz] =
       std::minmax({channel.width_hz, channel.min_width_hz, channel.max_width_hz});

@@ -24,8 +24,8 @@ struct SurveyedChannel : pelagrim::Channel {
 /// A survey.csv, as far as it can be read. The rows are in the file's order.
 struct SurveyRows {
   std::vector<SurveyedChannel> channels;
-  /// Written before centres were put in the middle of their bins: they lie half a bin high, by an
-  /// amount that takes the receiver's sample rate, which the file does not hold.
+  /// Written before centres were put in the middle of their bins. They are half a bin high; how
+  /// much that is depends on the receiver's sample rate, which the file does not hold.
   bool is_older_format = false;
   bool has_header = false;
   size_t skipped_lines = 0;
@@ -33,7 +33,7 @@ struct SurveyRows {
 };
 
 /// Reads the text of a survey.csv. Lines that are neither header, comment, blank nor a channel are
-/// counted and left out, as is a last line that was cut off in writing.
+/// counted and left out, and so is a last line that was cut off while it was written.
 SurveyRows parseSurveyRows(std::string_view text);
 
 }  // namespace pelagrim_host

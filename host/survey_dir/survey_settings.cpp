@@ -42,7 +42,7 @@ void forEachLine(std::string_view text, Visit visit) {
   }
 }
 
-/// The value of the last line of a key, up to the end of its line, without the blanks around it: a
+/// The value in the last line of a key, up to the end of the line, without the blanks around it: a
 /// part of `text`.
 std::optional<std::string_view> findValue(std::string_view text, std::string_view key) {
   std::optional<std::string_view> found;
@@ -56,7 +56,7 @@ std::optional<std::string_view> findValue(std::string_view text, std::string_vie
   return found;
 }
 
-/// Calls `visit` with key and value for everything that is set.
+/// Calls `visit` with the key and value of everything that is set.
 template <typename Visit>
 void forEachSet(const SurveySettings& settings, Visit visit) {
   for (const NumberKey& number : kNumberKeys) {

@@ -10,8 +10,8 @@ namespace {
 
 constexpr ucs4_t kNoCharacter = 0xFFFD;
 
-/// Takes one character off the front of `bytes`: kNoCharacter, and one byte, where it is not well
-/// formed UTF-8.
+/// Takes one character off the front of `bytes`; kNoCharacter, and one byte, if it is not
+/// well-formed UTF-8.
 ucs4_t takeCharacter(std::string_view& bytes) {
   ucs4_t character = 0;
   const auto* const begin = reinterpret_cast<const uint8_t*>(bytes.data());

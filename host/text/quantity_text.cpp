@@ -46,7 +46,7 @@ std::optional<double> takeNumber(std::string_view& text) {
   return value;
 }
 
-/// Nothing when that is too large for a number.
+/// Nothing if that is too large for a number.
 std::optional<double> scaled(double value, double factor) {
   return std::isfinite(value * factor) ? std::optional(value * factor) : std::nullopt;
 }

@@ -14,8 +14,8 @@ struct FrequencyRange {
 };
 
 /// A number with an optional suffix k, M or G (either case) and an optional unit Hz: "145.5M",
-/// "250k", "2.4GHz", "12500". The decimal separator is the point whatever the locale. Nothing when
-/// the text is anything else or the number is not finite.
+/// "250k", "2.4GHz", "12500". The decimal separator is a point whatever the locale. Nothing if the
+/// text is anything else or the number is not finite.
 std::optional<double> parseQuantity(std::string_view text);
 
 /// A finite number and nothing else: "-1.5".
@@ -24,10 +24,11 @@ std::optional<double> parsePlainNumber(std::string_view text);
 /// The same with an optional unit dB: "12", "12dB".
 std::optional<double> parseDecibels(std::string_view text);
 
-/// A time from 0 on as seconds: a number with an optional unit s, m (or min), h or d: "2.5", "10m".
+/// A time of 0 or more in seconds: a number with an optional unit s, m (or min), h or d: "2.5",
+/// "10m".
 std::optional<double> parseSeconds(std::string_view text);
 
-/// Two quantities with a colon between them, the lower first: "144M:146M".
+/// Two frequencies with a colon between them, the lower first: "144M:146M".
 std::optional<FrequencyRange> parseFrequencyRange(std::string_view text);
 
 /// A moment as Unix time in milliseconds: ISO 8601 in UTC ("2024-11-16T12:34:56.789Z"; the fraction
@@ -37,13 +38,13 @@ std::optional<int64_t> parseMoment(std::string_view text);
 /// A moment in UTC to the second, as parseMoment takes it: "2024-11-16T12:34:56Z".
 std::string formatMoment(int64_t unix_ms);
 
-/// "145.500 MHz"; six decimals where the frequency is no multiple of a kilohertz.
+/// "145.500 MHz"; six decimals if the frequency is not a whole number of kilohertz.
 std::string formatFrequency(double hz);
 
 /// "2.4 MS/s", "250 kS/s".
 std::string formatSampleRate(double rate_hz);
 
-/// The shortest usual decimal form, for a settings file: "145500000", "12.5".
+/// The shortest ordinary decimal form, for a settings file: "145500000", "12.5".
 std::string formatNumber(double value);
 
 }  // namespace pelagrim_host

@@ -13,10 +13,11 @@ struct FittedText {
 };
 
 /// As much of `text` as fits into `columns` cells. Control characters become '?' and bytes that are
-/// no UTF-8 the replacement character, so that the result steers no terminal and has a known width.
+/// not UTF-8 the replacement character, so that the result cannot steer the terminal and has a
+/// known width.
 FittedText fitText(std::string_view text, size_t columns);
 
-/// The cells that all of `text` takes, after that treatment.
+/// The number of cells that all of `text` takes, treated the same way.
 size_t textWidth(std::string_view text);
 
 }  // namespace pelagrim_host
