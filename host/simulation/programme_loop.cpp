@@ -31,7 +31,7 @@ constexpr size_t kPointsPerBit = 8;
 constexpr double kBaud = 9600.0;
 
 /// Low-pass filters the loop with a fourth-order Butterworth filter: two sections of the cookbook
-/// formulae (Bristow-Johnson). The loop runs through twice, the first time only to settle.
+/// formulae (Bristow-Johnson). The loop is run twice, the first time only to let the filter settle.
 void lowPass(std::span<std::complex<float>> loop, double cutoff_hz, double rate_hz) {
   const double w = 2.0 * pi * cutoff_hz / rate_hz;
   for (const double quality : {0.54119610, 1.30656296}) {
@@ -87,7 +87,7 @@ std::vector<float> syllables(uint64_t seed, size_t points, double rate_hz) {
   }
 }
 
-/// Takes the mean off `level`, so that the integral closes, and computes what follows from it.
+/// Subtracts the mean from `level`, so that the integral closes, and computes what depends on it.
 void finish(ProgrammeLoop& loop) {
   const auto points = static_cast<double>(loop.level.size());
   const double mean = std::accumulate(loop.level.begin(), loop.level.end(), 0.0) / points;
@@ -129,7 +129,7 @@ ProgrammeLoop voiceProgramme(uint64_t seed) {
   for (size_t i = 0; i < kVoicePoints; ++i) loop.side_band[i] *= loudness[i];
   setPower(loop.side_band, 1.0);
 
-  // The nearest frequency that closes with the loop.
+  // The nearest frequency with a whole number of turns in the loop.
   const double turns =
       std::round(kVoiceMiddleHz / kVoiceRateHz * static_cast<double>(kVoicePoints));
   loop.level.resize(kVoicePoints);
@@ -137,7 +137,7 @@ ProgrammeLoop voiceProgramme(uint64_t seed) {
     const double cycle = turns * static_cast<double>(i) / static_cast<double>(kVoicePoints);
     const auto carrier =
         std::polar(1.0F, static_cast<float>(2.0 * pi * (cycle - std::floor(cycle))));
-    constexpr float kLoudness = 0.7F;  // peaks are clipped now and then, as a transmitter does
+    constexpr float kLoudness = 0.7F;  // a peak is clipped now and then, as in a transmitter
     loop.level[i] = clipped(kLoudness * (loop.side_band[i] * carrier).real());
   }
   finish(loop);
@@ -160,7 +160,7 @@ ProgrammeLoop musicProgramme(uint64_t seed) {
 }
 
 ProgrammeLoop dataProgramme(uint64_t seed) {
-  // The Gaussian's impulse response, in points; it reaches a bit and a half to either side.
+  // The Gaussian's impulse response, in points; it spans a bit and a half on either side.
   constexpr size_t kReach = 12;
   constexpr double kBandwidthTime = 0.5;
   const double sigma = std::sqrt(std::numbers::ln2) / (2.0 * pi * kBandwidthTime) *

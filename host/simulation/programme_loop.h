@@ -8,8 +8,8 @@
 
 namespace pelagrim_host {
 
-/// What a station transmits, as a loop of some seconds: a power of two of equidistant points
-/// without a seam, with straight lines between them.
+/// What a station transmits, as a loop of a few seconds without a seam: evenly spaced points, a
+/// power of two of them, with straight lines in between.
 struct ProgrammeLoop {
   double rate_hz = 0.0;                        ///< points per second
   std::vector<float> level;                    ///< -1 to 1, mean 0
@@ -23,7 +23,7 @@ struct ProgrammeLoop {
     double fraction = 0.0;  ///< from point to next, 0 to 1
   };
 
-  /// Where the loop stands after this time, which is not negative.
+  /// The place in the loop after this time, which is not negative.
   Position at(double seconds) const {
     const double points = seconds * rate_hz;
     const auto whole = static_cast<int64_t>(points);
@@ -50,11 +50,11 @@ struct ProgrammeLoop {
   }
 };
 
-/// Speech by its looks: noise of 400 to 2600 Hz in syllables, words and pauses. side_band has a
-/// mean power of 1, pauses included.
+/// Something that looks like speech: noise of 400 to 2600 Hz in syllables, words and pauses.
+/// side_band has a mean power of 1, pauses included.
 ProgrammeLoop voiceProgramme(uint64_t seed);
 
-/// Noise of up to 4 kHz at a steady loudness, as a broadcast's limiter leaves it.
+/// Noise of up to 4 kHz at a steady loudness, like a broadcast after its limiter.
 ProgrammeLoop musicProgramme(uint64_t seed);
 
 /// Random bits at 9600 baud through a Gaussian filter with a bandwidth-time product of 0.5.
@@ -65,7 +65,7 @@ class MorseKeying {
  public:
   static constexpr double kDotSeconds = 0.06;  // 20 words a minute
 
-  /// Upper case letters and blanks.
+  /// Upper-case letters and blanks.
   explicit MorseKeying(std::string_view text);
 
   /// 0 to 1, with slopes of kKeySlopeSeconds (simulated_station.h). The time is not negative.

@@ -64,7 +64,7 @@ SimulatedBand::SimulatedBand(const SimulatedBandConfig& config)
         config_.low_hz - config_.sample_rate_hz, config_.high_hz + config_.sample_rate_hz));
   }
   for (const SimulatedStation& station : stations_) {
-    constexpr double kApartSeconds = 1.618;  // no two stations say the same at one time
+    constexpr double kApartSeconds = 1.618;  // no two stations say the same thing at once
     const double start_seconds = kApartSeconds * static_cast<double>(signals_.size());
     signals_.emplace_back(station, programmes_, start_seconds, noiseDensity());
   }

@@ -23,19 +23,19 @@ struct SimulatedBandConfig {
   double high_hz = 146e6;
   double sample_rate_hz = 1e6;
   std::optional<double> centre_hz{};      ///< where the receiver starts; the band's middle
-  uint64_t seed = 1;                      ///< of the noise and of what is said
+  uint64_t seed = 1;                      ///< for the noise and the programmes
   int64_t start_unix_ms = 1767225600000;  ///< 2026-01-01T00:00:00Z
   double duration_seconds = 0.0;          ///< 0: endless
 };
 
 /// A receiver on a band full of simulated stations over white Gaussian noise.
 ///
-/// Every sample follows from the configuration, its index and the centre alone, so that two runs
-/// agree to the bit, whatever the sizes of the blocks. The receiver's filter is a perfect one that
-/// hears a station when all of it lies inside the slice, and else not at all: nothing is aliased.
+/// A sample depends only on the configuration, its index and the centre, so two runs agree to the
+/// bit whatever the block sizes. The receiver's filter is perfect: it passes a station that lies
+/// wholly inside the slice, and blocks any other, so nothing is aliased.
 class SimulatedBand final : public IqSource {
  public:
-  /// Throws SourceError when the configuration makes no sense.
+  /// Throws SourceError if the configuration makes no sense.
   explicit SimulatedBand(const SimulatedBandConfig& config);
 
   std::string name() const override { return "simulated band"; }
@@ -48,11 +48,11 @@ class SimulatedBand final : public IqSource {
   /// The receiver tunes from one sample rate below the band to one above it.
   WendleTuneResult tune(double hz) override;
 
-  /// The truth, in order of frequency.
+  /// The stations that are really there, in order of frequency.
   const std::vector<SimulatedStation>& stations() const { return stations_; }
 
  private:
-  /// Makes chunk_ hold the chunk that begins with sample first_index, as heard at the centre.
+  /// Fills chunk_ with the chunk that begins at sample first_index, as heard at the centre.
   void renderChunk(uint64_t first_index);
 
   SimulatedBandConfig config_;
@@ -62,7 +62,7 @@ class SimulatedBand final : public IqSource {
   Programmes programmes_;
   WhiteNoise noise_;
   std::vector<StationSignal> signals_;
-  uint64_t next_index_ = 0;  ///< of the sample that the next read delivers
+  uint64_t next_index_ = 0;  ///< of the first sample of the next read
   std::vector<std::complex<float>> chunk_;
   bool chunk_is_stale_ = true;
 };

@@ -17,7 +17,7 @@ constexpr size_t kMaxSets = 500;  // 1 GHz: more stations than anyone waits for
 constexpr double kFrequencyStepHz = 5000.0;
 constexpr double kSsbMiddleHz = 1500.0;  // above the suppressed carrier, which is on the step
 
-/// A station of the set: its place is the distance of its carrier from the lower end.
+/// A station of the set. Its place is the distance of its carrier from the lower end.
 struct Place {
   const char* name;
   SimulatedKind kind;
@@ -29,7 +29,7 @@ struct Place {
   double period_seconds = 0.0;
 };
 
-/// In order of importance: in a narrow band the first ones come first.
+/// In order of importance: a narrow band gets the first ones.
 constexpr std::array kSet = {
     Place{"calling channel", SimulatedKind::kNfmVoice, 1500e3, 30.0, 3000.0, 2.0, 11.0, 17.0},
     Place{"repeater", SimulatedKind::kNfmVoice, 1650e3, 34.0, 3000.0, 22.0, 25.0, 95.0},
@@ -49,7 +49,7 @@ constexpr std::array kSet = {
     Place{"satellite SSB", SimulatedKind::kSsbVoice, 1960e3, 20.0},
 };
 
-/// Nominal, as a band plan would have it.
+/// Nominal, as in a band plan.
 double nominalWidthHz(const Place& place) {
   constexpr double kVoiceTopHz = 2600.0;
   constexpr double kMusicTopHz = 15000.0;

@@ -15,11 +15,11 @@ namespace {
 
 constexpr double kAmDepth = 0.8;
 
-/// Short enough for 75 kHz of deviation: the error of a straight line in place of the frequency's
-/// curve stays more than 60 dB below the station.
+/// Short enough for 75 kHz of deviation: replacing the frequency's curve by a straight line makes
+/// an error more than 60 dB below the station.
 constexpr double kControlSeconds = 16e-6;
 
-/// A circle in 2048 steps. Rounding a phase to them leaves spurs of -66 dB of the carrier at most.
+/// A circle in 2048 steps. Rounding a phase to them leaves spurs of at most -66 dBc.
 constexpr int kCircleBits = 11;
 constexpr size_t kCirclePoints = size_t{1} << kCircleBits;
 using Circle = std::array<std::complex<float>, kCirclePoints>;
@@ -37,7 +37,7 @@ const Circle& circle() {
   return kCircle;
 }
 
-/// A phase of 2^32 to the turn, so that it wraps by itself.
+/// A phase with 2^32 to the turn, so that it wraps by itself.
 uint32_t phaseOf(double turns) {
   return static_cast<uint32_t>(static_cast<int64_t>(turns * 0x1p32));
 }
@@ -141,7 +141,7 @@ void StationSignal::addTo(std::span<std::complex<float>> samples, uint64_t first
   for (size_t offset = 0; offset < samples.size(); offset += length) {
     const ControlPoint to = controlPointAt(secondsAt(offset + length));
     if (from.amplitude != silence || to.amplitude != silence) {
-      // From one phase to the other, with a step that changes as the frequency does.
+      // From one phase to the next, with a step that changes with the frequency.
       const double turns = to.turns - from.turns + steps * carrier_step;
       const double step_change =
           (to.frequency_hz - from.frequency_hz) / (steps * slice.sample_rate_hz);

@@ -9,7 +9,7 @@
 
 namespace pelagrim_host {
 
-/// The programmes that the stations of one band share, each from a place of its own.
+/// The programmes that the stations of a band share, each starting at a different place.
 struct Programmes {
   explicit Programmes(uint64_t seed);
 
@@ -19,7 +19,7 @@ struct Programmes {
   MorseKeying morse;
 };
 
-/// The receiver's view: the samples' rate and the frequency that becomes 0 Hz.
+/// What the receiver sees: the sample rate and the frequency that becomes 0 Hz.
 struct ReceiverSlice {
   double sample_rate_hz = 0.0;
   double centre_hz = 0.0;
@@ -27,9 +27,9 @@ struct ReceiverSlice {
 
 /// One station as samples.
 ///
-/// Modulation is slow against the sample rate, so phase, frequency and amplitude are computed
-/// exactly every few samples only, at indices that depend on nothing but the rate. In between the
-/// frequency and the amplitude change linearly. Immutable; refers to the programmes.
+/// Modulation is slow compared with the sample rate, so phase, frequency and amplitude are computed
+/// exactly only every few samples, at indices that depend only on the rate. In between, frequency
+/// and amplitude change linearly. Immutable; refers to the programmes.
 class StationSignal {
  public:
   /// Samples are rendered in whole multiples of this many, from a multiple of it.
@@ -39,8 +39,7 @@ class StationSignal {
   StationSignal(const SimulatedStation& station, const Programmes& programmes, double start_seconds,
                 double noise_density);
 
-  /// True when all of the station lies inside the slice, so that it can be rendered without
-  /// aliases.
+  /// True if all of the station lies inside the slice, so that it can be rendered without aliases.
   bool isHeardIn(const ReceiverSlice& slice) const;
 
   /// Adds the samples `first_index`, `first_index` + 1, ... counted from the start of the

@@ -7,7 +7,7 @@
 
 namespace pelagrim_host {
 
-/// A well mixed 64-bit number for a seed and an index: the index-th output of SplitMix64 (Steele,
+/// A well-mixed 64-bit number for a seed and an index: the index-th output of SplitMix64 (Steele,
 /// Lea, Flood: "Fast splittable pseudorandom number generators", 2014), without state.
 uint64_t hashedNumber(uint64_t seed, uint64_t index);
 
@@ -24,8 +24,9 @@ class WhiteNoise {
 
  private:
   uint64_t seed_;
-  /// The normal distribution of one component cut into parts of equal probability, the mean of
-  /// each. A uniform index then gives independent normal values, without a logarithm per sample.
+  /// The normal distribution of one component, cut into parts of equal probability: the mean of
+  /// each part. A uniform index then gives independent normal values without a logarithm per
+  /// sample.
   std::vector<float> quantiles_;
 };
 

@@ -12,8 +12,7 @@
 namespace pelagrim_host {
 namespace {
 
-constexpr std::string_view kByteOrderMark =
-    "\xEF\xBB\xBF";  // some editors put it at the start of a file
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // some editors write one
 constexpr std::string_view kColumns = "centre_hz,";
 
 // Two numbers that run together in a damaged file give a frequency that no radio has, or a level

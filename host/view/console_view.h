@@ -10,7 +10,7 @@
 namespace pelagrim_host {
 
 /// Shows a run as lines on standard output. Warnings go to standard error, each with the program's
-/// name before it.
+/// name in front.
 class ConsoleView final : public SurveyView {
  public:
   /// `quiet`: nothing but warnings.
@@ -32,7 +32,7 @@ class ConsoleView final : public SurveyView {
   TextOutput output_;
   TextOutput errors_;
   RefusalWords refusals_;
-  uint64_t overflows_ = 0;  ///< that the user has been told of
+  uint64_t overflows_ = 0;  ///< that the user has been told about
 };
 
 }  // namespace pelagrim_host

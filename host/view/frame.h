@@ -10,14 +10,13 @@
 
 namespace pelagrim_host {
 
-/// How the terminal may be drawn on.
+/// How the terminal can be drawn on.
 struct FrameStyle {
   bool colours = false;
   bool unicode = false;
 };
 
-/// One picture for a window: lines that are filled from the top; those that find no room are
-/// dropped.
+/// One picture for a window: lines that are filled from the top. Lines that do not fit are dropped.
 class Frame {
  public:
   Frame(WindowSize window, FrameStyle style) : window_(window), style_(style) {}
@@ -37,12 +36,12 @@ class Frame {
   size_t left() const { return window_.rows - lines_.size(); }
   size_t columns() const { return window_.columns; }
 
-  /// Whether there is room for empty lines between the parts.
+  /// Whether there is room for empty lines between its parts.
   bool roomy() const { return window_.rows >= kRoomyRows; }
 
   bool unicode() const { return style_.unicode; }
 
-  /// The lines, as many as the window has rows.
+  /// The lines, one for every row of the window.
   std::vector<std::string> finish() {
     padTo(0);
     return std::move(lines_);

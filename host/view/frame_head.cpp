@@ -45,7 +45,7 @@ void addBar(Frame& frame, const std::string& label, double part, const std::stri
   frame.add(line.add("  ").add(text));
 }
 
-/// How much of the dwell in progress is done, 0 to 1; 0 where nobody knows its length.
+/// How much of the current dwell is done, 0 to 1; 0 if its length is not known.
 double dwellPart(const LiveState& state) {
   if (state.dwell_length_seconds.value_or(0.0) <= 0.0) return 0.0;
   const double part = state.run.progress.dwell_elapsed_seconds / *state.dwell_length_seconds;

@@ -6,22 +6,22 @@
 
 namespace pelagrim_host {
 
-/// What a stretch of text is, as it shows on the terminal.
+/// What a piece of text is, which decides how it looks on the terminal.
 enum class Ink { kPlain, kTitle, kHeading, kStrong, kFaint, kBar, kWarning };
 
 /// One line of a frame, filled from the left.
 class FrameLine {
  public:
-  /// `colours`: else the inks differ by weight, underlining and reversal alone.
+  /// `colours`: without them the inks differ only by weight, underlining and reversal.
   FrameLine(size_t columns, bool colours) : columns_(columns), colours_(colours) {}
 
-  /// Adds as much of `text` as there is room for.
+  /// Adds as much of `text` as fits.
   FrameLine& add(std::string_view text, Ink ink = Ink::kPlain);
 
-  /// Adds blanks up to `column`, where the line has not come so far.
+  /// Adds blanks up to `column`, unless the line is already longer.
   FrameLine& padTo(size_t column, Ink ink = Ink::kPlain);
 
-  /// Adds `text` at the right end, where it fits.
+  /// Adds `text` at the right end, if it fits.
   FrameLine& addRight(std::string_view text, Ink ink = Ink::kPlain);
 
   size_t used() const { return used_; }

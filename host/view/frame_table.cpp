@@ -6,7 +6,7 @@ namespace pelagrim_host {
 namespace {
 
 constexpr size_t kPartGap = 4;         // between two parts side by side
-constexpr size_t kMinTextColumns = 6;  // of a cell of words that is cut
+constexpr size_t kMinTextColumns = 6;  // of a cell of text that is cut
 constexpr size_t kMinSaidColumns = 44;
 
 }  // namespace

@@ -11,9 +11,9 @@
 
 namespace pelagrim_host {
 
-/// The panel's table as it fits into a frame. In a narrow one the columns come closer together,
-/// then words are cut, then columns are left out from the end; in a wide one the table stands in
-/// several parts side by side.
+/// The panel's table, fitted into a frame. In a narrow frame the columns move closer together, then
+/// text is cut, then columns are left out from the end; in a wide one the table is split into parts
+/// side by side.
 class FrameTable {
  public:
   /// `panel` outlives the table. `frame_columns`: the width of the frame.
@@ -24,11 +24,11 @@ class FrameTable {
   /// How many channels can be shown in `lines` lines, the heading included; at least 1 line.
   size_t capacity(size_t lines) const { return (lines - 1) * max_parts_; }
 
-  /// Whether what was said can stand to the right of all channels in `lines` lines.
+  /// Whether the messages fit to the right of all channels in `lines` lines.
   bool hasRoomBeside(size_t lines) const;
 
-  /// Adds the table in at most `lines` lines, at least 2, with `beside` to its right: nothing
-  /// unless there is room.
+  /// Adds the table in at most `lines` lines, at least 2, with `beside` to its right if there is
+  /// room.
   void addTo(Frame& frame, size_t lines, std::span<const SaidLine> beside) const;
 
  private:
@@ -44,7 +44,7 @@ class FrameTable {
   size_t max_parts_;
 };
 
-/// Adds a line that was said to what the line has.
+/// Adds a message to the line.
 void addSaid(FrameLine& line, const SaidLine& said);
 
 }  // namespace pelagrim_host

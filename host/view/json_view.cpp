@@ -9,7 +9,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// One line. Text that is no UTF-8, as a label or a file name may be, loses the bytes in question.
+/// One line. Text that is not UTF-8, such as a label or a file name, loses its malformed bytes.
 std::string jsonLine(const Json& object) {
   return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -5,7 +5,7 @@
 
 namespace pelagrim_host {
 
-/// Shows a run to a script: one JSON object a line on standard output, each with an "event":
+/// Shows a run to a script: one JSON object per line on standard output, each with an "event":
 /// source, note, warning, message, dwell, tune, panel. The man page lists their members.
 class JsonView final : public SurveyView {
  public:

@@ -9,24 +9,24 @@
 namespace pelagrim_host {
 namespace {
 
-constexpr size_t kMinTableColumns = 40;  // of one part of a table that stands in several
-constexpr size_t kMinTableRows = 4;      // heading and three channels come before what was said
+constexpr size_t kMinTableColumns = 40;  // of one part of a table that is split
+constexpr size_t kMinTableRows = 4;      // heading and three channels matter more than messages
 constexpr size_t kMaxSaidRows = 5;       // below the table
-constexpr size_t kMinKeyColumns = 47;    // of a line with every key in it
+constexpr size_t kMinKeyColumns = 47;    // of a line that names every key
 
-/// The last lines that were said, at most `max_lines`.
+/// The last messages, at most `max_lines`.
 std::span<const SaidLine> lastSaid(const LiveState& state, size_t max_lines) {
   return std::span(state.said).last(std::min(max_lines, state.said.size()));
 }
 
-/// In how many rows something may be said below a table that has `room` rows together with it: a
-/// third of what the table does not need first, and `gap_rows` between the two.
+/// How many rows the messages get below the table, when both share `room` rows: a third of what the
+/// table does not need first, less `gap_rows` between the two.
 size_t saidRoom(size_t room, size_t gap_rows) {
   const size_t first = kMinTableRows + gap_rows;
   return room > first ? std::min((room - first + 2) / 3, kMaxSaidRows) : 0;
 }
 
-/// At the bottom of the frame.
+/// The bottom line of the frame.
 void addFooter(Frame& frame, const LiveState& state, bool all_shown) {
   FrameLine line = frame.line();
   line.add(state.offers_keys ? "r rescan   q end" : "Ctrl-C end", Ink::kFaint);
@@ -62,7 +62,7 @@ std::vector<std::string> composeFrame(const LiveState& state, WindowSize window,
     table.addTo(frame, table_room, {});
     all_shown = table.channels() <= table.capacity(table_room);
   }
-  // What was said stands at the bottom, so that it stays in place while the table grows.
+  // Messages are at the bottom, so that they stay in place while the table grows.
   frame.padTo(said.size() + footer_rows);
   for (const SaidLine& line : said) {
     FrameLine text = frame.line();

@@ -8,20 +8,20 @@
 
 namespace pelagrim_host {
 
-/// A line that was said during the run.
+/// A line that the user was told during the run.
 struct SaidLine {
   std::string text;
   bool is_warning = false;
 };
 
-/// What the live view shows at one moment.
+/// Everything that the live view shows at one moment.
 struct LiveState {
   SourceFacts source{};
   std::string in_force{};  ///< the settings, in one line
   SurveySnapshot run{};
-  std::optional<double> dwell_length_seconds{};  ///< where it is known
-  double wall_seconds = 0.0;                     ///< since the beginning
-  std::vector<SaidLine> said{};                  ///< the oldest first
+  std::optional<double> dwell_length_seconds{};  ///< if it is known
+  double wall_seconds = 0.0;                     ///< since the start
+  std::vector<SaidLine> said{};                  ///< oldest first
   bool offers_keys = false;
 };
 

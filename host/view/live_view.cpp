@@ -9,10 +9,10 @@ namespace {
 
 constexpr auto kShortRun = std::chrono::milliseconds(500);
 constexpr auto kRedrawInterval = std::chrono::milliseconds(250);
-constexpr size_t kKeptLines = 200;     // what was said, for the tallest of windows
-constexpr size_t kRepeatedLines = 20;  // of that, when the screen has closed
+constexpr size_t kKeptLines = 200;     // messages kept, for the tallest of windows
+constexpr size_t kRepeatedLines = 20;  // of those, repeated when the screen has closed
 
-/// Keeps the last `max_lines` lines; returns how many went.
+/// Keeps the last `max_lines` lines; returns how many were dropped.
 size_t keepLast(std::vector<SaidLine>& lines, size_t max_lines) {
   if (lines.size() <= max_lines) return 0;
   const size_t gone = lines.size() - max_lines;

@@ -20,15 +20,15 @@ namespace pelagrim_host {
 struct LiveViewHooks {
   std::function<void()> rescan;  ///< key r
   std::function<void()> end;     ///< key q
-  /// How long a dwell is, asked whenever the plug-in has read its files; nothing: not known.
+  /// How long a dwell is, asked whenever the plug-in has read its files; nothing if not known.
   std::function<std::optional<double>()> dwell_length_seconds;
 };
 
 /// Shows a run on a terminal as a picture that is redrawn in place, four times a second.
 ///
-/// The picture has a screen of its own, which opens when the run has lasted for half a second: a
-/// short one leaves its lines alone. When it closes, the last of what was said in the meantime is
-/// said again as lines, and the final table follows. Key r rescans, key q ends.
+/// The picture has its own screen, which opens once the run has lasted half a second; a shorter run
+/// prints only its lines. When it closes, the last messages are printed again as lines, and the
+/// final table follows. Key r rescans, key q ends.
 class LiveView final : public SurveyView {
  public:
   LiveView(FrameStyle style, LiveViewHooks hooks);
@@ -58,8 +58,8 @@ class LiveView final : public SurveyView {
   ConsoleView lines_;
   RefusalWords refusals_;
   LiveState state_;
-  std::vector<SaidLine> unsaid_;  ///< since the screen was opened, not yet said as lines
-  size_t said_before_ = 0;        ///< of those, how many were too many to keep
+  std::vector<SaidLine> unsaid_;  ///< since the screen was opened, not yet printed as lines
+  size_t said_before_ = 0;        ///< how many of those were not kept
   std::optional<Clock::time_point> begun_;
   Clock::time_point next_draw_;
   std::unique_ptr<TerminalScreen> screen_;

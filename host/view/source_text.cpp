@@ -15,10 +15,10 @@ namespace {
 struct Row {
   std::string what;
   std::string value;
-  std::string origin;  ///< empty where that goes without saying
+  std::string origin;  ///< empty if that goes without saying
 };
 
-/// Rate, centre and what else is known of the whole.
+/// Rate, centre and whatever else is known about the whole recording.
 std::vector<Row> rowsOf(const IqSource& source, const StartTime& start) {
   const RecordingFacts facts = source.facts().value_or(RecordingFacts{});
   const auto originOf = [](const auto& known) { return known ? known->origin : ""; };
@@ -28,7 +28,7 @@ std::vector<Row> rowsOf(const IqSource& source, const StartTime& start) {
   const double centre_hz = facts.centre_hz ? facts.centre_hz->value : source.centreHz();
   rows.push_back({"centre", formatFrequency(centre_hz), originOf(facts.centre_hz)});
   if (source.isLive()) return rows;
-  // Of what is played, which may begin later than the recording; it was taken from the same place.
+  // For the part that is played, which may begin later than the recording; the origin is the same.
   rows.push_back({"start", formatMoment(start.unix_ms),
                   facts.start_unix_ms ? facts.start_unix_ms->origin : start.origin});
   if (const auto samples = source.lengthSamples()) {

@@ -10,7 +10,7 @@ namespace pelagrim_host {
 /// What a source was taken for, in one line: "taken as format cu8 from the file name, rate ...".
 std::string sourceLine(const IqSource& source, const StartTime& start);
 
-/// The same as a table, one fact to a line.
+/// The same as a table, one fact per line.
 std::string sourceTable(const IqSource& source, const StartTime& start);
 
 }  // namespace pelagrim_host

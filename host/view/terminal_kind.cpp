@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <string_view>
 
-// After the others, for it defines macros with everyday names.
+// After the others, because it defines macros with everyday names.
 #include <curses.h>
 #include <term.h>
 
@@ -17,7 +17,7 @@ namespace {
 
 bool movesByAnsiSequences() {
   const char* const move = tigetstr("cup");
-  // The database says "none" by a null pointer and "no such capability" by one of -1.
+  // A null pointer means "none", a pointer of -1 "no such capability".
   const bool known = move != nullptr && reinterpret_cast<intptr_t>(move) != -1;
   return known && std::string_view(move).starts_with("\x1b[");
 }

@@ -21,7 +21,7 @@ namespace {
 constexpr std::string_view kTakeOver = "\x1b[?1049h\x1b[?25l\x1b[?7l\x1b[2J";
 constexpr std::string_view kGiveBack = "\x1b[?7h\x1b[?25h\x1b[?1049l";
 
-// For the signal handlers: written while none of them is installed.
+// For the signal handlers; written only while none of them is installed.
 std::atomic<bool> g_taken = false;
 bool g_has_keys = false;
 termios g_line_mode = {};
@@ -29,7 +29,7 @@ termios g_key_mode = {};
 
 constexpr std::array kDeadlySignals = {SIGQUIT, SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL};
 
-/// Safe in a signal handler. What cannot be written is lost: the terminal may be gone.
+/// Safe in a signal handler. A failed write is ignored: the terminal may be gone.
 void writeAll(std::string_view text) {
   while (!text.empty()) {
     const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
@@ -39,7 +39,7 @@ void writeAll(std::string_view text) {
   }
 }
 
-/// In the background the terminal is somebody else's; to set it up from there would stop the
+/// In the background the terminal belongs to another job; setting it up from there would stop the
 /// survey.
 bool isInForeground() {
   return tcgetpgrp(STDOUT_FILENO) == getpgrp();
@@ -60,7 +60,7 @@ void giveBack() {
 
 void onDeadlySignal(int signal_number) {
   giveBack();
-  raise(signal_number);  // its default action is back, and it is taken on return
+  raise(signal_number);  // the default action is restored and happens on return
 }
 
 void onSuspend(int) {
@@ -86,7 +86,7 @@ void setSignals(bool ours) {
 TerminalScreen::TerminalScreen() {
   g_has_keys = isatty(STDIN_FILENO) == 1 && tcgetattr(STDIN_FILENO, &g_line_mode) == 0;
   g_key_mode = g_line_mode;
-  // Keys one by one; Ctrl-S must not hold up the survey.
+  // Keys arrive one by one, and Ctrl-S must not hold up the survey.
   g_key_mode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
   g_key_mode.c_iflag &= ~static_cast<tcflag_t>(IXON);
   g_key_mode.c_cc[VMIN] = 0;
@@ -111,7 +111,7 @@ WindowSize TerminalScreen::size() const {
 }
 
 void TerminalScreen::draw(const std::vector<std::string>& lines) {
-  // Continued in the background, and now perhaps brought to the front.
+  // It was continued in the background and may now be in the foreground.
   if (!isInForeground()) return;
   if (!g_taken) takeOver();
   pollfd terminal = {STDOUT_FILENO, POLLOUT, 0};

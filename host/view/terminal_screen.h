@@ -13,11 +13,11 @@ struct WindowSize {
   size_t rows = 24;
 };
 
-/// The terminal on standard output, taken over: a screen of its own without a cursor, and, where
-/// standard input is the same terminal, keys that arrive without Enter and without an echo.
+/// Takes over the terminal on standard output: a separate screen without a cursor and, if standard
+/// input is the same terminal, keys that arrive without Enter and without echo.
 ///
-/// What was there before comes back with the object's end, when the process leaves at once or dies
-/// of a signal, and while it is suspended. One object at a time.
+/// The old contents come back when the object is destroyed, when the process leaves at once or dies
+/// of a signal, and while it is suspended. Only one object at a time.
 class TerminalScreen {
  public:
   TerminalScreen();
@@ -25,14 +25,14 @@ class TerminalScreen {
   TerminalScreen(const TerminalScreen&) = delete;
   TerminalScreen& operator=(const TerminalScreen&) = delete;
 
-  /// The size as it is now.
+  /// The current size.
   WindowSize size() const;
 
-  /// Replaces what is shown, in one write: lines[0] at the top, each as wide as the window. Left
-  /// out while the terminal takes nothing.
+  /// Replaces the picture, in one write: lines[0] at the top, each as wide as the window. Skipped
+  /// while the terminal accepts nothing.
   void draw(const std::vector<std::string>& lines);
 
-  /// A key that was pressed, if any waits.
+  /// A key that was pressed, if there is one.
   std::optional<char> readKey();
 
   /// Whether keys are read.

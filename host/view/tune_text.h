@@ -7,15 +7,15 @@
 
 namespace pelagrim_host {
 
-/// "accepted", "out of range" and so on: a WendleTuneResult in words, others as a refusal.
+/// A WendleTuneResult in words: "accepted", "out of range" and so on; other values are "refused".
 std::string tuneAnswerText(int answer);
 
-/// What the source says about refused tune requests. The plug-in tells the user that tuning was
-/// refused and that it works again; the source knows why. It is asked at every dwell's end, so the
-/// same words are said once.
+/// The source's reasons for refusing to tune. The plug-in tells the user that tuning was refused
+/// and when it works again; only the source knows why. It is asked at the end of every dwell, so
+/// the same words are shown only once.
 class RefusalWords {
  public:
-  /// A line for the user, where there is something new to say.
+  /// A line for the user, if there is something new to say.
   std::optional<std::string> news(const TuneRequest& request);
 
  private:
