@@ -1,6 +1,5 @@
-# What is installed where, and the Debian packages: the plug-in alone, for a receiver; the headless
-# host with the libraries it needs; the boundary header for host authors. scripts/package builds
-# them.
+# What is installed where, and the Debian packages: the plug-in for a receiver; the headless host;
+# the boundary header for host authors. scripts/package builds them.
 install(TARGETS pelagrim_plugin LIBRARY DESTINATION lib/pelagrim COMPONENT plugin)
 install(FILES include/wendle_plugin.h DESTINATION include COMPONENT dev)
 install(FILES examples/minimal_host.c DESTINATION share/doc/pelagrim-dev/examples COMPONENT dev)
@@ -18,7 +17,7 @@ if(PELAGRIM_HOST)
     DESTINATION share/bash-completion/completions RENAME pelagrim-survey COMPONENT survey)
 endif()
 
-# Manual page and changelogs are installed compressed, as Debian wants them, where there is gzip.
+# Manual page and changelogs are installed compressed, as Debian wants, if there is gzip.
 find_program(GZIP gzip)
 function(install_compressed file directory name component)
   if(NOT GZIP)
