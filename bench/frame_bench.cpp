@@ -16,10 +16,10 @@
 #include "survey/spectrum_kernel.h"
 #include "tests/survey/plain_recurrence.h"
 
-// What a frame costs, ours beside the plain recurrence and other people's transforms. Rounds of a
-// millisecond for each contender in turn, so that whatever else the machine does hits all alike;
-// what counts are the medians of the ratios within a round. One line per contender:
-// name, ns per frame, times as fast as plain, times as long as ours; tab-separated.
+// The cost of a frame: ours, the plain recurrence and other libraries' transforms. Each contender
+// runs for a millisecond in turn, so that whatever else the machine does hits all of them alike;
+// the results are medians of the ratios within a round. One line per contender: name, ns per frame,
+// times as fast as plain, times as long as ours; tab-separated.
 
 namespace {
 
@@ -80,7 +80,7 @@ std::vector<Contender> makeContenders() {
   return contenders;
 }
 
-/// Calls add_frame for every iteration, frame after frame of the block.
+/// Calls add_frame once per iteration, with each frame of the block in turn.
 template <typename Iterations>
 void addFrames(Contender& contender, const float* window, Iterations&& iterations) {
   size_t frame = 0;

@@ -19,8 +19,8 @@
 #include "wendle_plugin.h"
 
 // How the work under the lock grows with the number of channels. One line per kind of work: its
-// name and the milliseconds for each number of channels, the least of all runs, which is what the
-// work costs where nothing disturbs it; tab-separated.
+// name and the milliseconds for each number of channels, tab-separated. The shortest of all runs is
+// given, which is the cost if nothing disturbs it.
 
 namespace {
 
@@ -53,7 +53,7 @@ Survey makeSurvey(int64_t channel_count) {
   return survey;
 }
 
-/// A directory that goes with the object, the survey directory of a plug-in created meanwhile.
+/// A directory that is removed with the object; a plug-in created meanwhile keeps its survey there.
 class SurveyDir {
  public:
   SurveyDir() {
@@ -71,7 +71,7 @@ class SurveyDir {
   std::string path_;
 };
 
-/// The built plug-in, resumed from a survey of so many channels, its clock at `now_ms`.
+/// The built plug-in, resumed from a survey of that many channels, with its clock at `now_ms`.
 class LoadedPlugin {
  public:
   explicit LoadedPlugin(int64_t channel_count) {
@@ -115,7 +115,7 @@ std::vector<float> noise(size_t samples) {
   return iq;
 }
 
-/// Runs the work for every iteration; the least time goes into the counter.
+/// Runs the work once per iteration; the shortest time goes into the counter.
 template <typename Work>
 void timeEach(benchmark::State& state, const Work& work) {
   using Clock = std::chrono::steady_clock;
@@ -145,7 +145,7 @@ void writeResults(benchmark::State& state) {
   timeEach(state, [&] { pelagrim::saveSurvey(dir.path(), survey); });
 }
 
-/// Everything a dwell's end does to the survey, without the file.
+/// Everything that the end of a dwell does to the survey, without the file.
 void evaluateDwell(benchmark::State& state) {
   Survey survey = makeSurvey(state.range(0));
   pelagrim::Spectrum spectrum;
@@ -162,7 +162,7 @@ void evaluateDwell(benchmark::State& state) {
   });
 }
 
-/// The process call in which a dwell ends, as the sample thread sees it.
+/// The process call that ends a dwell, as the sample thread sees it.
 void endDwell(benchmark::State& state) {
   LoadedPlugin plugin(state.range(0));
   const std::vector<float> iq = noise(pelagrim::kSpectrumBins);
@@ -172,7 +172,7 @@ void endDwell(benchmark::State& state) {
   });
 }
 
-/// Keeps the least time of each kind of work for each number of channels.
+/// Keeps the shortest time of each kind of work for each number of channels.
 class LeastTimes : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context& /*context*/) override { return true; }

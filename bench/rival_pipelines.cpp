@@ -10,7 +10,7 @@
 
 #include "survey/spectrum.h"
 
-// After <complex>, liquid takes its complex type from there.
+// Must follow <complex>, because liquid takes its complex type from there.
 #include <liquid/liquid.h>
 
 namespace pelagrim {

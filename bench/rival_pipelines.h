@@ -4,8 +4,8 @@
 
 namespace pelagrim {
 
-/// The same frame pipeline (window, 1024-point FFT, |X|^2 into double sums, centre first) as others
-/// write it around a library's transform. Not bit-identical to ours: each has its own twiddles.
+/// The same frame pipeline (window, 1024-point FFT, |X|^2 into double sums, centre first) around
+/// other libraries' transforms. Not bit-identical to ours: each has its own twiddles.
 class FramePipeline {
  public:
   FramePipeline() = default;

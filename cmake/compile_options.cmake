@@ -1,6 +1,7 @@
-# How everything here is compiled. Results are promised to the bit, so nothing may change the value
-# of an expression: no contraction to fused multiply-add, no fast-math, the baseline processor.
-# Warnings are errors for developers alone: the presets set CMAKE_COMPILE_WARNING_AS_ERROR.
+# How everything here is compiled. Results must be the same to the bit, so nothing may change the
+# value of an expression: no contraction to fused multiply-add, no fast-math, the baseline
+# processor. Warnings are errors only for developers: the presets set
+# CMAKE_COMPILE_WARNING_AS_ERROR.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -14,7 +15,7 @@ set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g")
 add_compile_options(
   -march=x86-64 -ffp-contract=off
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wdouble-promotion
-  # g++ 12 at -O3 warns falsely of the strings that operator+ makes.
+  # g++ 12 at -O3 gives false warnings about strings made by operator+.
   $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>
   # Two checkouts of one commit give the same bytes.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
@@ -30,7 +31,7 @@ add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 if(PELAGRIM_SANITIZE)
   add_compile_options(
     -fsanitize=${PELAGRIM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
-    # The instrumented code of the standard library's headers draws false warnings of this kind.
+    # The instrumented headers of the standard library cause false warnings of this kind.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${PELAGRIM_SANITIZE})
 endif()

@@ -1,9 +1,9 @@
-# The libraries that the host and the tests need; the plug-in needs none. A part whose libraries are
-# not all there is left out, and the configure step says what is missing and which Debian package
-# brings it. With PELAGRIM_REQUIRE_ALL that is an error: so for developers, by the presets.
+# The libraries that the host and the tests need; the plug-in needs none. A part with a missing
+# library is left out, and the configure step says what is missing and which Debian package brings
+# it. With PELAGRIM_REQUIRE_ALL, which the presets set for developers, that is an error.
 find_package(PkgConfig QUIET)
 
-# A part of the program lacks something, unless `found`.
+# Notes that a part of the program lacks something, unless `found`.
 macro(pelagrim_needs part found library debian_package)
   if(NOT ${found})
     list(APPEND pelagrim_missing_${part} "${library} (${debian_package})")

@@ -1,4 +1,4 @@
-// Where something is seen, how wide, and as what.
+// Where a signal is seen, how wide, and as what kind.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -31,7 +31,7 @@ struct Span {
   double width_hz = 0.0;
 };
 
-/// From the lowest edge to the highest of what was found of a signal; nothing found: width 0.
+/// From the lowest to the highest edge of the pieces found of a signal; width 0 if there are none.
 Span spanOf(const std::vector<Detection>& pieces) {
   if (pieces.empty()) return {};
   const double low_hz = pieces.front().centre_hz - 0.5 * pieces.front().width_hz;
@@ -61,7 +61,7 @@ void measureAccuracy(const std::filesystem::path& dir) {
       uint64_t seen = 0;
       const Signal at_0 = flatBand(0.0, bins, db, 9);
       for (uint64_t trial = 0; trial < kTrials; ++trial) {
-        // Every fraction of a bin alike, moved there by the frequency of the mixer.
+        // Every fraction of a bin equally often; the mixer moves the signal there.
         const double place = 200.0 + static_cast<double>(trial) / kTrials;
         NoisyBand band(kRateHz, 51 + trial);
         band.add(shifted(at_0, place));
@@ -76,7 +76,7 @@ void measureAccuracy(const std::filesystem::path& dir) {
         excess += span.width_hz / band.binHz() - bins;
         ++seen;
       }
-      if (2 * seen < kTrials) continue;  // what is hardly ever seen has no typical error
+      if (2 * seen < kTrials) continue;  // a signal that is hardly ever seen has no typical error
       const auto count = static_cast<double>(seen);
       centre.points.emplace_back(bins, std::sqrt(squares / count));
       extent.points.emplace_back(bins, excess / count);

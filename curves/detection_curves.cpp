@@ -1,4 +1,4 @@
-// Whether something is seen at all.
+// Whether a signal is seen at all.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -36,7 +36,7 @@ uint64_t framesIn(double seconds, const NoisyBand& band) {
   return static_cast<uint64_t>(std::llround(seconds * band.binHz()));
 }
 
-/// In how many of the dwells `isSeen` says yes of what is found; the dwells follow one another.
+/// In how many dwells `isSeen` accepts what is found; the dwells follow one another.
 template <typename IsSeen>
 double shareSeen(const NoisyBand& band, const FrameCount& count, IsSeen isSeen) {
   uint64_t seen = 0;
@@ -110,7 +110,7 @@ void measureLevels(const std::filesystem::path& dir) {
 
 namespace {
 
-/// A rate at which twenty seconds are soon computed; a voice channel is 110 bins wide.
+/// A rate at which twenty seconds are computed quickly; a voice channel is 110 bins wide.
 constexpr double kSlowRateHz = 100e3;
 
 /// A voice that talks two seconds at a time for `duty` of the time.
@@ -127,7 +127,7 @@ pelagrim_host::SimulatedStation talkFor(double duty) {
           .period_seconds = always ? 0.0 : kOnSeconds / duty};
 }
 
-/// How far its strongest bin stands over the floor in 20 s of talk without a pause.
+/// How far its strongest bin is above the floor in 20 s of talk without a pause.
 double talkOverFloorDb(const pelagrim_host::Programmes& programmes) {
   NoisyBand band(kSlowRateHz, 21);
   band.add(station(talkFor(1.0), programmes, kSlowRateHz, 0.0));
@@ -139,7 +139,7 @@ double talkOverFloorDb(const pelagrim_host::Programmes& programmes) {
   return over_db;
 }
 
-/// The share of dwells in which it is seen, whatever the dwell's beginning.
+/// The share of dwells in which it is seen, over all starting points.
 double shareOfTalkSeen(const pelagrim_host::Programmes& programmes, double dwell_seconds,
                        double duty, uint64_t trials) {
   const bool always = duty >= 1.0;
@@ -151,7 +151,7 @@ double shareOfTalkSeen(const pelagrim_host::Programmes& programmes, double dwell
       always ? 1000 : static_cast<uint64_t>(talk.period_seconds * kSlowRateHz) / kChunk;
   uint64_t seen = 0;
   for (uint64_t trial = 0; trial < trials; ++trial) {
-    // Beginnings evenly spread over one period.
+    // Starting points spread evenly over one period.
     const uint64_t first = (2 * trial + 1) * period_chunks / (2 * trials);
     const auto found = findDetections(band.listen(first, frames), band.slice(), kThresholdDb);
     if (!detectionsWithin(found, talk.lowHz(), talk.highHz()).empty()) ++seen;
@@ -219,7 +219,7 @@ void measureFalseAlarms(const std::filesystem::path& dir) {
         const double threshold_db = kStepDb * static_cast<double>(i);
         const size_t found = findDetections(levels, band.slice(), threshold_db).size();
         alarms[i] += found;
-        if (found == 0 && threshold_db > 3.0) break;  // nor any above it
+        if (found == 0 && threshold_db > 3.0) break;  // there are none above it either
       }
     }
     Series series{framesText(count.frames), {}};
@@ -251,7 +251,7 @@ void measureBursts(const std::filesystem::path& dir) {
         NoisyBand band(kSlowRateHz, 41 + trial);
         const uint64_t frames = framesIn(dwell, band);
         const uint64_t samples = frames * 1024;
-        // It begins anywhere in the dwell; the end of the dwell may cut it.
+        // It begins anywhere in the dwell; the end of the dwell may cut it off.
         const uint64_t begin = pelagrim_host::hashedNumber(3, trial) % samples;
         band.add(burstOf(burst, begin, begin + length));
         const auto found = findDetections(band.listen(0, frames), band.slice(), kThresholdDb);

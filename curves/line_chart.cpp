@@ -20,7 +20,8 @@ constexpr double kRight = 570.0;
 constexpr double kTop = 45.0;
 constexpr double kBottom = 345.0;
 
-// Distinct to the colour-blind too (Okabe and Ito), without the yellow that paper swallows.
+// Colours that the colour-blind can tell apart, too (Okabe and Ito), without yellow, which is lost
+// on paper.
 constexpr std::array kColours = {"#0072b2", "#d55e00", "#009e73", "#cc79a7",
                                  "#e69f00", "#56b4e9", "#000000", "#7f7f7f"};
 
@@ -81,7 +82,7 @@ std::string line(double x1, double y1, double x2, double y2, const std::string& 
                      x2, y2, style);
 }
 
-/// A mark that tells the series apart without colour.
+/// A marker that tells the series apart without colour.
 std::string mark(double x, double y, size_t shape, const char* colour) {
   constexpr double r = 3.5;
   switch (shape % 4) {

@@ -16,7 +16,7 @@ namespace pelagrim_curves {
 
 using Samples = std::span<std::complex<float>>;
 
-/// Adds what it sends to samples `first_index`, `first_index` + 1, ... of the receiver. Called for
+/// Adds its signal to samples `first_index`, `first_index` + 1, ... of the receiver. Called for
 /// whole chunks of 4096 samples.
 using Signal = std::function<void(Samples, uint64_t first_index)>;
 
@@ -30,7 +30,8 @@ class NoisyBand {
 
   void add(Signal signal) { signals_.push_back(std::move(signal)); }
 
-  /// The level spectrum of a dwell of so many frames, at least 1, from chunk `first_chunk` on.
+  /// The level spectrum of a dwell of that many frames, at least 1, starting at chunk
+  /// `first_chunk`.
   std::vector<float> listen(uint64_t first_chunk, uint64_t frames) const;
 
   double rateHz() const { return rate_hz_; }
@@ -46,22 +47,23 @@ class NoisyBand {
 
 // Levels are decibels over the mean noise of a bin. Places are in bins from the slice's centre.
 
-/// A steady carrier. `level_db`: its highest bin, where its frequency is that of a bin.
+/// A steady carrier. `level_db`: its highest bin, if its frequency is that of a bin.
 Signal steadyCarrier(double place_bins, double level_db);
 
 /// Two carriers in turn, with steady phase: `baud` random bits a second, the tones `shift_hz`
-/// apart; rate and tones are rounded to multiples of the bit rate. `level_db`: of one tone that is
-/// sent all the time, as for steadyCarrier.
+/// apart; rate and tones are rounded to multiples of the bit rate. `level_db`: of one tone sent all
+/// the time, as for steadyCarrier.
 Signal twoToneFsk(double rate_hz, double centre_hz, double shift_hz, double baud, double level_db);
 
-/// Noise-like, equally strong over `width_bins` bins and nothing beyond: a sum of many carriers of
-/// random phase, which repeats after 16 717 samples. `level_db`: of every bin of it.
+/// Like noise, equally strong over `width_bins` bins and nothing outside them: a sum of many
+/// carriers of random phase, which repeats after 16 717 samples. `level_db`: of each of its bins.
 Signal flatBand(double place_bins, double width_bins, double level_db, uint64_t seed);
 
-/// A signal moved up by so many bins.
+/// A signal moved up by a number of bins.
 Signal shifted(Signal signal, double bins);
 
-/// A station of the simulated band over this receiver's noise; its level_db is as told there.
+/// A station of the simulated band over this receiver's noise; its level_db means the same as
+/// there.
 Signal station(const pelagrim_host::SimulatedStation& station,
                const pelagrim_host::Programmes& programmes, double rate_hz, double start_seconds);
 

@@ -1,4 +1,4 @@
-// What falls to pieces, and what drowns in its neighbours.
+// Signals that break into pieces, and signals that drown in their neighbours.
 #include <fmt/format.h>
 
 #include <cmath>
@@ -66,7 +66,8 @@ void measureShortDwells(const std::filesystem::path& dir) {
       uint64_t found = 0;
       double width_sum_hz = 0.0;
       for (uint64_t dwell = 0; dwell < dwells; ++dwell) {
-        const uint64_t first = dwell * (frames / 4 + 37);  // at no fixed place in the programme
+        const uint64_t first =
+            dwell * (frames / 4 + 37);  // never the same place
         const auto all = findDetections(band.listen(first, frames), band.slice(), kThresholdDb);
         for (const auto& piece :
              detectionsWithin(all, kCentreHz - half_width_hz, kCentreHz + half_width_hz)) {
@@ -125,7 +126,8 @@ void measureFullBands(const std::filesystem::path& dir) {
         const double at_hz = (i - 0.5 * (kStations - 1)) * kSpacingBins * band.binHz();
         const double half_hz = 0.25 * width_bins * band.binHz();
         const auto pieces = detectionsWithin(all, at_hz - half_hz, at_hz + half_hz);
-        // One that is found on its own: not a piece of it, nor its neighbours with it.
+        // It counts if it is found on its own: not just a piece of it, nor together with its
+        // neighbours.
         if (pieces.size() == 1 && pieces[0].width_hz > 0.8 * width_bins * band.binHz() &&
             pieces[0].width_hz < kSpacingBins * band.binHz()) {
           ++alone;

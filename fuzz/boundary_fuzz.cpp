@@ -1,4 +1,4 @@
-// The boundary as a sequence of calls, decoded from the input: one byte what to call, then its
+// The boundary as a sequence of calls, decoded from the input: one byte for which call, then its
 // arguments. After every call the invariants of the state hold.
 
 #include <algorithm>
@@ -28,7 +28,7 @@ class Input {
     next_ += bytes;
     return value;
   }
-  /// Sensible values often, any other sometimes.
+  /// Usually a sensible value, sometimes any other.
   double takeHz() {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     constexpr double kHz[] = {145e6, 144.5e6, 1e6, 48e3, 2.4e6, 1e9, 1.0, 0.0, -1.0, kInfinity};
@@ -126,7 +126,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             "\ndwell_seconds=" + std::to_string(input.take<int8_t>());
         dir.write("survey.cfg", settings.data(), settings.size());
         double rate_hz = input.takeHz();
-        // Long plans are slow, and another target's.
+        // Long plans are slow, and another target covers them.
         if (rate_hz > 0.0 && rate_hz < 10e3) rate_hz += 10e3;
         iq.create(rate_hz, input.takeHz());
         break;

@@ -11,7 +11,7 @@
 #include <string>
 #include <system_error>
 
-/// Ends the run as a finding when the condition does not hold.
+/// Ends the run as a finding if the condition does not hold.
 #define FUZZ_EXPECT(condition)                                \
   do {                                                        \
     if (!(condition)) {                                       \
@@ -20,7 +20,7 @@
     }                                                         \
   } while (false)
 
-/// A directory in memory of this process alone, gone with it.
+/// A directory in memory, for this process only and removed with it.
 class ScratchDir {
  public:
   ScratchDir() {

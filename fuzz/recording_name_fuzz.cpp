@@ -1,4 +1,4 @@
-// What is read from the names of recordings and from words such as 2.4M: sense or nothing.
+// The names of recordings, and words such as 2.4M: a sensible value comes out, or nothing.
 
 #include "host/sources/recording_name.h"
 

@@ -1,4 +1,4 @@
-// The results file: rows that come out make sense, and what is written of them reads back the same.
+// The results file: rows that come out make sense, and read back the same after they are written.
 
 #include <algorithm>
 

@@ -1,4 +1,5 @@
-// The settings file: any bytes are read without harm, and whatever they say can be planned with.
+// The settings file: any bytes are read without harm, and whatever they say, the slices can be
+// planned.
 
 #include "files/settings_file.h"
 #include "input_file.h"

@@ -1,4 +1,4 @@
-// A SigMF archive: refused, or with one recording whose samples are no longer than the file.
+// A SigMF archive: refused, or one recording whose samples are no longer than the file.
 
 #include "host/sources/sigmf_archive.h"
 

@@ -1,4 +1,4 @@
-// The metadata of a SigMF recording: refused, or with segments that lie in the data, in order. The
+// The metadata of a SigMF recording: refused, or segments that lie within the data, in order. The
 // first two bytes of the input are the data's length.
 
 #include "host/sources/sigmf_meta.h"

@@ -1,4 +1,4 @@
-// A WAV file: refused, or with as many samples as there is room for.
+// A WAV file: refused, or no more samples than the file has room for.
 
 #include "host/sources/wav_recording.h"
 #include "input_file.h"

@@ -1,9 +1,9 @@
-# Says what a long step does: sourced by ./demo, ./test and others. On a terminal one line with a
-# percentage that is redrawn; elsewhere a line at the beginning and one at every quarter. What the
-# step itself says is kept in a log, and its end shown when the step fails.
+# Shows the progress of a long step: sourced by ./demo, ./test and others. On a terminal it is one
+# line with a percentage, redrawn; elsewhere a line at the start and one at every quarter. The
+# step's own output goes to a log, and the end of that is shown if the step fails.
 
-# with_progress TITLE COMMAND ...: the percentage is the last one that the command writes as cmake
-# does, "[ 42%]". Returns the command's status.
+# with_progress TITLE COMMAND ...: the percentage is the last one that the command writes in cmake's
+# form, "[ 42%]". Returns the command's status.
 with_progress() {
   local title=$1 log status=0
   shift
