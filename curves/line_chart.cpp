@@ -60,7 +60,7 @@ std::vector<double> ticksOf(const Axis& axis) {
   return ticks;
 }
 
-/// SVG's text, safe and anchored.
+/// Text in SVG, escaped and anchored.
 std::string text(double x, double y, const char* anchor, const std::string& words,
                  const std::string& more = "") {
   std::string safe;
@@ -132,7 +132,7 @@ std::string curve(const LineChart& chart, size_t index) {
   std::string path;
   std::string marks;
   for (const auto& [x, y] : series.points) {
-    // Nothing counted has no place on a logarithmic axis: there the curve ends.
+    // A count of zero has no place on a logarithmic axis, so the curve ends there.
     const bool shown = x >= chart.x.low && x <= chart.x.high && !(chart.y.logarithmic && y <= 0.0);
     if (!shown) continue;
     const double at_x = xOf(chart.x, x);

@@ -17,9 +17,10 @@ struct Axis {
 
 struct Series {
   std::string name;
-  std::vector<std::pair<double, double>> points;  ///< in order of x; what lies outside is cut off
+  std::vector<std::pair<double, double>>
+      points;  ///< in order of x; parts outside the axes are cut off
   bool dashed = false;
-  std::optional<size_t> colour{};  ///< of this number; the series' own place otherwise
+  std::optional<size_t> colour{};  ///< number of the colour; if not given, the place of the series
 };
 
 /// Measured curves with their axes and their legend.

@@ -1,4 +1,4 @@
-// Measures what the survey sees and draws it: one chart, or a few, for each question.
+// Measures what the survey sees and draws it: one chart or a few for each question.
 #include <fmt/format.h>
 
 #include <chrono>

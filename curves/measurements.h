@@ -4,16 +4,16 @@
 
 namespace pelagrim_curves {
 
-// Each measures one question at the plug-in's own code and writes its charts, with their figures,
-// into `dir`. What comes out follows from the code alone: two runs agree to the byte.
+// Each measures one question with the plug-in's own code and writes its charts, with their figures,
+// into `dir`. The results depend only on the code: two runs agree to the byte.
 
-/// Seen or not, against level, for a carrier and for something ten bins wide.
+/// Seen or not, against level, for a carrier and for a signal ten bins wide.
 void measureLevels(const std::filesystem::path& dir);
 
 /// Seen or not, against the share of time on the air, by dwell and by level.
 void measureDutyCycles(const std::filesystem::path& dir);
 
-/// What pure noise gives rise to, against threshold, by number of frames.
+/// Detections in pure noise, against threshold, by number of frames.
 void measureFalseAlarms(const std::filesystem::path& dir);
 
 /// One burst in a dwell: seen or not, against its length.
@@ -28,7 +28,7 @@ void measureCarriers(const std::filesystem::path& dir);
 /// Width and guess for the stations of the simulated band, at several sample rates: a table.
 void measureKinds(const std::filesystem::path& dir);
 
-/// AM and two-tone keying: into how many pieces they fall, against dwell.
+/// AM and two-tone keying: how many pieces they break into, against dwell.
 void measureShortDwells(const std::filesystem::path& dir);
 
 /// The floor and the stations found in a slice, against how much of it is in use.

@@ -17,10 +17,10 @@ namespace {
 constexpr double kBins = 1024.0;
 constexpr double kTurn = 2.0 * std::numbers::pi;
 
-/// The Hann window gathers the noise of one and a half bins.
+/// The Hann window collects the noise of one and a half bins.
 constexpr double kNoiseBins = 1.5;
 
-/// The amplitude of a carrier whose highest bin stands `level_db` over the noise of a bin.
+/// The amplitude of a carrier whose highest bin is `level_db` over the noise of a bin.
 double carrierAmplitude(double level_db) {
   return std::sqrt(powerRatio(level_db) * kNoiseBins / kBins);
 }
@@ -29,7 +29,7 @@ std::complex<float> phasor(double turns) {
   return std::complex<float>(std::polar(1.0, kTurn * (turns - std::floor(turns))));
 }
 
-/// The product, without the check for infinities that the operator makes.
+/// The product, without the operator's check for infinities.
 std::complex<float> times(std::complex<float> a, std::complex<float> b) {
   return {a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real()};
 }
@@ -80,7 +80,7 @@ Signal steadyCarrier(double place_bins, double level_db) {
 }
 
 Signal twoToneFsk(double rate_hz, double centre_hz, double shift_hz, double baud, double level_db) {
-  // Both tones close with the bit, so that the phase is steady and known at every index.
+  // Both tones have whole cycles per bit, so the phase is continuous and known at every index.
   const double low_hz = std::round((centre_hz - 0.5 * shift_hz) / baud) * baud;
   const double high_hz = low_hz + std::round(shift_hz / baud) * baud;
   const auto bit_samples = static_cast<uint64_t>(std::llround(rate_hz / baud));
@@ -101,7 +101,7 @@ Signal twoToneFsk(double rate_hz, double centre_hz, double shift_hz, double baud
 }
 
 Signal flatBand(double place_bins, double width_bins, double level_db, uint64_t seed) {
-  constexpr size_t kLoop = 16 * 1024 + 333;  // no multiple of a frame: every frame differs
+  constexpr size_t kLoop = 16 * 1024 + 333;  // not a multiple of a frame, so every frame differs
   const double line_bins = kBins / static_cast<double>(kLoop);
   const auto lines = static_cast<uint64_t>(std::llround(width_bins / line_bins));
   const double power = powerRatio(level_db) * width_bins / kBins;

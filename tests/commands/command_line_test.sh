@@ -1,5 +1,5 @@
 #!/bin/bash
-# The command line of pelagrim-survey: exit statuses, messages, what a run leaves behind.
+# The command line of pelagrim-survey: exit statuses, messages, files left behind.
 # Usage: command_line_test.sh PROGRAM
 program=$(realpath "$1")
 here=$(mktemp -d) && cd "$here" || exit 1
@@ -64,7 +64,7 @@ check grep -q 433000000 noise.list~
 expect 0 "noise.list: 0 of 0 channels" \
   export --to list -o noise.list --kind nfm,am --kind wfm noise.survey
 
-# Command lines that are wrong are told so, with status 2.
+# Wrong command lines end with a message and status 2.
 while IFS='|' read -r text arguments; do
   expect 2 "$text" $arguments
 done << 'TABLE'
@@ -80,7 +80,7 @@ expect 0 "Usage: pelagrim-survey report" report --help
 expect 0 "Formats for --to:" export --help
 expect 0 "repeater" --info --list-stations
 
-# What a page held is kept beside it, but not in the place of something else.
+# The old page is kept beside it, but never replaces something else.
 expect 0 "band.html: 0 channels" report noise.survey -o band.html
 check [ ! -e band.html~ ]
 echo mine > band.html
@@ -90,7 +90,7 @@ echo mine > band.html && ln -sf noise.list band.html~
 expect 1 "something else has that name; move it away" report noise.survey -o band.html
 check [ "$(cat band.html noise.list~)" = $'mine\n433000000' ]
 
-# Where the survey is: as named, else by the environment, else by the source or in the home.
+# Where the survey is: as named, else from the environment, else from the source or in the home.
 export HOME=$here/home
 expect 1 "there is no survey at $HOME/.orvane/pelagrim;" export --to list
 for place in env home/.orvane/pelagrim; do
@@ -110,7 +110,7 @@ ORVANE_SURVEY_DIR=env expect 1 "survey directory noise.survey" \
 truncate -s -1 noise.cu8
 expect 0 "nothing will be kept" noise.cu8 --sample-rate 1M --frequency 433M --sweep --band 1M:2M
 
-# Two runs agree; a third one resumes, and a reader that leaves early does not harm it.
+# Two runs agree; a third one resumes, and a reader that leaves early does no harm.
 expect 0 "survey written to a/survey.csv" --dir a --dwell 0.2
 expect 0 "" --dir b --dwell 0.2 --quiet
 check cmp a/survey.csv b/survey.csv
@@ -137,7 +137,7 @@ for source in tone.wav tone.sigmf-meta tone.sigmf-data packed.sigmf; do
   check cmp raw/survey.csv ${source/./-}/survey.csv
 done
 
-# Where a recording changes the centre too early for a dwell, shorter ones are taken.
+# If a recording changes the centre too early for a dwell, the dwells are shorter.
 sed 's/}\],"ann/},{"core:sample_start":8000,"core:frequency":435e6}],"ann/' \
   tone.sigmf-meta > two.sigmf-meta
 cp tone.sigmf-data two.sigmf-data
@@ -145,12 +145,12 @@ expect 0 "known after 2 dwells" two.sigmf-meta
 check grep -q "dwell_seconds = 0.008" two.survey/survey.cfg
 expect 0 "give --dwell 0.008" two.sigmf-meta --dwell 0.1
 
-# A file is as old as the end of its recording.
+# The time stamp of a file is the end of its recording.
 truncate -s 240000000 old_433M_1M.cu8
 touch -d 2024-01-01T00:02:00Z old_433M_1M.cu8
 expect 0 "2024-01-01T00:00:05Z      from the age of its file" old_433M_1M.cu8 --info --offset 5
 
-# Damage: what is there is surveyed, and the run says what was wrong and fails.
+# A damaged file is surveyed as far as it goes; the run says what was wrong and fails.
 head -c 30000 tone.wav > cut.wav
 expect 1 "promises 32000 bytes of samples, 29956 are there" cut.wav --frequency 433M
 check grep -q "^[0-9]" cut.survey/survey.csv

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Whose list a survey directory holds, and how it is kept from harm.
+# Whose list a survey directory holds, and how it is protected.
 #   tests/commands/directory_test.sh PROGRAM
 set -uo pipefail
 program=$(realpath "$1")
@@ -34,7 +34,7 @@ expect 0 "raster 5 kHz (band, sweep, dwell from survey.cfg)" g_433M_1M.cu8
 check cmp first.csv g_433M_1M.survey/survey.csv
 check [ ! -e g_433M_1M.survey/survey-1.csv ]
 
-# Another one of its name does not get into its list, unless it is told to.
+# Another one with the same name does not get into its list, unless asked to.
 expect 2 "holds the survey of another recording" other/g_433M_1M.cu8
 check cmp first.csv g_433M_1M.survey/survey.csv
 expect 2 "go on with that list with --continue" - --format cu8 --sample-rate 1M --frequency 433M \
@@ -45,18 +45,18 @@ check cmp first.csv g_433M_1M.survey/survey-1.csv
 expect 0 "survey: resumed" g_433M_1M.cu8 --continue
 expect 2 "excludes" g_433M_1M.cu8 --continue --fresh
 
-# A list of which nobody knows the source goes on with a simulated band alone.
+# Only a simulated band goes on with a list whose source is not known.
 mkdir old && cp first.csv old/survey.csv
 expect 2 "nothing says of which source" g_433M_1M.cu8 --dir old
 expect 0 "survey: resumed" --dir old --duration 1
 check grep -q '"kind": "simulation"' old/survey-source.json
 
-# Another raster merges channels: the list before is kept.
+# A new raster merges channels: the old list is kept.
 cp old/survey.csv before.csv
 expect 0 "the raster has changed from 5000 to 100000 Hz" --dir old --duration 1 --raster 100k
 check cmp before.csv old/survey-1.csv
 
-# What is no survey, or somebody else's, is left alone.
+# A file that is not a survey, or belongs to somebody else, is left alone.
 mkdir table && echo "fruit;pieces" >table/survey.csv
 expect 1 "table/survey.csv is no survey, and surveying would overwrite it" --dir table --duration 1
 check [ "$(cat table/survey.csv)" = "fruit;pieces" ]
@@ -67,7 +67,7 @@ if [ "$(id -u)" = 0 ]; then
   SUDO_UID=12345 expect 0 "" --dir planted --duration 1
 fi
 
-# One run to a directory; a report beside it sees a whole list.
+# One run per directory; a report during it sees a whole list.
 "$program" --dir busy --realtime --duration 60 --dwell 0.1 >/dev/null 2>&1 &
 run=$!
 for _ in {1..200}; do [ -s busy/survey.csv ] && break; sleep 0.05; done

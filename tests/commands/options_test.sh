@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Manual page and completion name the options that the program's --help names, no more, no fewer.
+# Manual page and completion name exactly the options that --help names.
 #   tests/commands/options_test.sh PELAGRIM_SURVEY PACKAGING
 set -euo pipefail
 
@@ -13,9 +13,9 @@ same() {
     { printf 'options: %s against the program (<, >):\n%s\n' "$1" "$only" >&2; failed=1; }
 }
 
-# The long options of a command, as its --help lists them at the beginning of a line.
+# The long options of a command: those at the start of a line of its --help.
 options() { "$program" "$@" --help | grep -oE '^  (-[a-z],)?--[a-z-]+' | grep -oE -- '--.*'; }
-# The same of a section of the manual page: from the lines that follow .TP.
+# The same from a section of the manual page: the lines that follow .TP.
 in_manual() {
   awk -v section="$1" '
     /^\.SH / { here = $2 == section }
@@ -24,7 +24,7 @@ in_manual() {
     { tag = /^\.TP/ }' "$packaging/pelagrim-survey.1"
 }
 
-# What the completion offers after these words, with the helpers that a shell brings.
+# What the completion offers after these words, with the helpers that a shell has.
 _init_completion() {
   words=("${line[@]}")
   cword=$((${#words[@]} - 1))
@@ -51,7 +51,7 @@ for command in report export; do
 done
 choices() { "$program" export --help | sed -nE "s/^ +--$1 [A-Z]+:\{(.*)\}.*/\1/p" | tr , '\n'; }
 same "the completion of --to" "$(completed export --to '')" "$(choices to)"
-# Kinds of two words, and the one of none, are for a user to quote.
+# Kinds of two words, and "?", are left out: the user has to quote them.
 same "the completion of --kind" "$(completed export --kind '')" \
   "$(choices kind | sed 's/?$//' | grep -E '^[^ ]+$')"
 exit $failed

@@ -1,6 +1,7 @@
-// Prints what the sample path and a survey make of the same samples, for scripts/check-compilers to
-// compare: one hash of many power sums for each form of the kernel, then all that a scripted run
-// through the boundary says and saves. The samples come of integers, so they are the same anywhere.
+// Prints the results of the sample path and of a survey, for scripts/check-compilers to compare:
+// one hash of many power sums for each form of the kernel, then everything that a scripted run
+// through the boundary says and saves. The samples are made from integers, so they are the same
+// everywhere.
 #include <bit>
 #include <cinttypes>
 #include <cmath>
@@ -27,7 +28,7 @@ float noise() {
   return static_cast<float>(static_cast<int32_t>(random32())) * 0x1p-34F;
 }
 
-/// FNV-1a over the bits; all that is not a number counts as the same.
+/// FNV-1a over the bits; everything that is not a number counts as the same.
 uint64_t hashOf(const std::vector<double>& values) {
   uint64_t hash = 14695981039346656037U;
   for (const double value : values) {
@@ -39,7 +40,7 @@ uint64_t hashOf(const std::vector<double>& values) {
   return hash;
 }
 
-/// Frames of noise at many levels, and of any bits whatever, each summed on its own.
+/// Frames of noise at many levels, and of arbitrary bits, each summed on its own.
 void printKernel(const char* name, void (*add)(const float*, const float*, double*) noexcept,
                  const std::vector<float>& samples) {
   pelagrim::Spectrum spectrum;

@@ -58,7 +58,7 @@ TEST(LabelsText, EndsALineAtANulByte) {
   EXPECT_FALSE(parseLabelLine(std::string_view("1 2\0 name", 9)));
 }
 
-TEST(LabelsFile, IsCreatedWithABandPlanWhereThereIsNone) {
+TEST(LabelsFile, IsCreatedWithABandPlanIfMissing) {
   const TemporaryDir dir;
   const auto read = loadLabels(dir.text());
   ASSERT_TRUE(read);
@@ -70,7 +70,7 @@ TEST(LabelsFile, IsCreatedWithABandPlanWhereThereIsNone) {
   EXPECT_FALSE(loadLabels(dir.text() + "/missing"));
 }
 
-TEST(BandLabel, MatchesTheFirstRangeThatHoldsAFrequency) {
+TEST(BandLabel, MatchesTheFirstRangeThatCoversAFrequency) {
   const std::vector<BandLabel> labels = {
       {5.0, 5.0, "spot"}, {1.0, 5.0, "low"}, {4.0, 9.0, "high"}, {NAN, 99.0, "odd"}};
   const std::pair<double, const char*> cases[] = {{1.0, "low"},  {4.9, "low"},   {5.0, "spot"},

@@ -56,7 +56,7 @@ TEST(SettingsText, FindsKeyAndValueInsideTheLine) {
   }
 }
 
-TEST(SettingsFile, TakesAnySweepWithAnNForNo) {
+TEST(SettingsFile, TakesAnySweepWithAnNAsNo) {
   for (const char* no : {"no", "No", "none", "on", "yes # not now", " N"}) {
     EXPECT_FALSE(settingsFrom(std::string("sweep=") + no).sweep) << no;
   }
@@ -75,7 +75,7 @@ TEST(SettingsFile, FillsEveryFieldAndLeavesAbsentKeysAlone) {
   EXPECT_TRUE(s.sweep);
 }
 
-TEST(SettingsFile, IsCreatedWithTheDefaultsOnlyWhereThereIsNone) {
+TEST(SettingsFile, IsCreatedWithTheDefaultsOnlyIfMissing) {
   const TemporaryDir dir;
   Settings settings{.start_hz = 1.0};
   loadSettings(dir.text(), settings);

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What the built plug-in shows of itself.  tests/plugin/artefact_test.sh PLUGIN
+# What the built plug-in shows to others.  tests/plugin/artefact_test.sh PLUGIN
 set -euo pipefail
 
 plugin=$1

@@ -42,7 +42,7 @@ TEST(Dwell, CountsHitsAndLooksOverDwellsAndResumesThem) {
   EXPECT_EQ(host.rows()[2][5], "1/3");
 }
 
-TEST(Dwell, TakesARasterThatIsNotPositiveForOneOfAHertz) {
+TEST(Dwell, TakesARasterThatIsNotPositiveAsOneHertz) {
   for (const char* raster_hz : {"0", "-5000", "nan"}) {
     PluginHost host;
     host.dir.write("survey.cfg", std::string("raster_hz=") + raster_hz + "\n");
@@ -52,7 +52,7 @@ TEST(Dwell, TakesARasterThatIsNotPositiveForOneOfAHertz) {
   }
 }
 
-TEST(Dwell, ResumesTheLastOfTheRowsOfOneSlot) {
+TEST(Dwell, ResumesTheLastRowOfEachSlot) {
   PluginHost host;
   std::string rows = "# survey.csv format 2\n";
   for (int i = 0; i < 40; ++i) {  // down through one slot, by turns with others
@@ -66,7 +66,7 @@ TEST(Dwell, ResumesTheLastOfTheRowsOfOneSlot) {
   EXPECT_EQ(host.rows().back()[0], "145.4981 MHz");
 }
 
-TEST(Dwell, EndsByTheHostsClockAtTheVeryMillisecond) {
+TEST(Dwell, EndsByTheHostsClockToTheMillisecond) {
   const std::pair<const char*, int64_t> lengths_ms[] = {
       {"20", 20'000}, {"0.0019", 1}, {"nan", 20'000}, {"0", 0}, {"-1", -1000}};
   for (const auto& [dwell_seconds, length_ms] : lengths_ms) {
@@ -76,7 +76,7 @@ TEST(Dwell, EndsByTheHostsClockAtTheVeryMillisecond) {
     host.lines();
     host.processUntil(1'000'000 + length_ms - 1, band(1, {}));
     EXPECT_TRUE(host.lines().empty()) << dwell_seconds;
-    host.processUntil(1'000'000 + length_ms, {});  // the frame of the call before still counts
+    host.processUntil(1'000'000 + length_ms, {});  // the frame of the previous call still counts
     EXPECT_EQ(host.lines().size(), 1U) << dwell_seconds;
   }
 }

@@ -1,4 +1,4 @@
-// Replacing a file: what stays as it was, what is refused, and that failures leave nothing behind.
+// Replacing a file: what is kept, what is refused, and that failures leave nothing behind.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -24,7 +24,7 @@ std::set<std::string> namesIn(const fs::path& directory) {
   return names;
 }
 
-/// While it lives, files end at 4 KiB, as on a full disk.
+/// While it lives, files cannot grow past 4 KiB, as on a full disk.
 class FullDisk {
  public:
   FullDisk() : handler_(signal(SIGXFSZ, SIG_IGN)) {

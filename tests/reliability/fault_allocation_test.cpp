@@ -13,7 +13,7 @@ TEST(OutOfMemory, IsSurvivedWhereverItStrikes) {
   FaultScenario scenario;
   std::string expected;
   long kept_blocks = 0;
-  // What a session leaves in memory after the unload: setenv keeps every value, and nothing else.
+  // What a session leaves in memory after the unload: only the values that setenv keeps.
   const auto play = [&](const faults::Plan& plan) {
     const long blocks_before = faults::liveBlocks();
     bool struck = false;
@@ -26,7 +26,7 @@ TEST(OutOfMemory, IsSurvivedWhereverItStrikes) {
       faults::set({});
       FaultScenario::expectSane(host);
       if (plan.first > 0) {
-        // The same library goes on as if nothing had been.
+        // The same library goes on as if nothing had happened.
         FaultScenario::fill(host);
         scenario.play(host);
         EXPECT_EQ(FaultScenario::outcome(host), expected);

@@ -15,7 +15,7 @@ const char* const kFiles[] = {"survey.cfg", "survey-labels.txt", "survey.csv"};
 TEST(FileCalls, FailWithoutHarmWhicheverItIs) {
   using faults::Call;
 #ifdef PELAGRIM_SANITIZED
-  constexpr long kReadStep = 25;  // every call is slow, and the readers make many
+  constexpr long kReadStep = 25;  // every call is slow, and reading makes many
 #else
   constexpr long kReadStep = 1;
 #endif
@@ -56,7 +56,7 @@ TEST(FileCalls, FailWithoutHarmWhicheverItIs) {
             EXPECT_EQ(host.dir.read("survey.cfg"), kUsersSettings);
             EXPECT_EQ(host.dir.read("survey-labels.txt"), kUsersLabels);
           }
-          // The next dwell that can be written puts into the file what memory holds.
+          // The next dwell that can be written saves everything in memory.
           host.create(1024000.0, 145e6);
           host.processUntil(2'000'000, band(1, {100}));
           const auto remembered = host.rows();

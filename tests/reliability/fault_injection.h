@@ -2,14 +2,14 @@
 
 #include <cstddef>
 
-/// Faults on demand in what the plug-in takes from the C library. The test executable defines the
-/// functions itself and exports them, so the plug-in, the C++ library and the C library's own
-/// fopen all get these. Nothing fails but inside Armed.
+/// Faults on demand in the C library functions that the plug-in uses. The test executable defines
+/// and exports them itself, so the plug-in, the C++ library and the C library's own fopen all get
+/// these. Calls fail only inside Armed.
 namespace faults {
 
 enum class Call { kAllocate, kOpenToRead, kOpenToWrite, kRead, kWrite, kClose };
 
-/// Which calls fail: `count` of them, from the `first`-th on (1 the first; 0 none).
+/// Which calls fail: `count` of them, starting with number `first` (from 1; 0: none).
 struct Plan {
   Call call = Call::kAllocate;
   long first = 0;
@@ -25,7 +25,7 @@ long callsSeen();
 /// Blocks that the process has allocated and not freed.
 long liveBlocks();
 
-/// The most bytes that a write inside Armed has left in a buffer of the C library.
+/// The largest number of bytes that a write inside Armed has left in a buffer of the C library.
 size_t bytesHeldBack();
 
 /// The plan applies while one of these lives, on the thread that made it.

@@ -14,7 +14,7 @@ class FaultScenario {
       "144100000,12500,12500,12500,-20.0,-60.0,3,10,1,2,NFM?\n"
       "145900000,12500,12500,12500,-20.0,-60.0,3,10,1,2,NFM?\n";
 
-  /// Plays the session in the directory, with the planned faults in the plug-in's calls alone; it
+  /// Plays the session in the directory, with the planned faults only in the plug-in's calls; it
   /// leaves no file open.
   void play(PluginHost& host) {
     host.tuned_hz.reserve(64);  // the host's own memory does not fail
@@ -42,10 +42,11 @@ class FaultScenario {
     EXPECT_EQ(openFiles(), files_before);
   }
 
-  /// The directory's files are the user's: survey.csv holds two channels, others as given.
+  /// The directory's files were written by the user: survey.csv holds two channels, others as
+  /// given.
   static void fill(const PluginHost& host) { host.dir.write("survey.csv", kResults); }
 
-  /// What the session leaves behind when nothing fails.
+  /// What the session leaves behind if nothing fails.
   static std::string outcome(const PluginHost& host) {
     std::string all = host.dir.read("survey.csv");
     for (const Row& row : host.rows()) {
@@ -54,7 +55,7 @@ class FaultScenario {
     return all;
   }
 
-  /// What holds whatever failed.
+  /// What must hold whatever has failed.
   static void expectSane(const PluginHost& host) {
     const auto lines = host.lines();
     EXPECT_LE(lines.size(), 32U);
@@ -66,7 +67,7 @@ class FaultScenario {
     return std::ranges::any_of(host.rows(), [](auto& row) { return row[0] == "145.4500 MHz"; });
   }
 
-  /// Whether survey.csv may lose lines: when the disk does not take what is written, it does.
+  /// Whether survey.csv may lose lines: it does if the disk refuses to write.
   bool may_shrink = false;
 
  private:

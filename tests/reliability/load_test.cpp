@@ -26,7 +26,7 @@ TEST(Load, AThousandTimesGrowsNothing) {
     EXPECT_EQ(openFiles(), files_before);
     return (static_cast<double>(heapBytes()) - heap_before) / kRounds;
   };
-  // setenv keeps every value that it was ever given, and that is the host's growth.
+  // setenv keeps every value that it was ever given; that growth is the host's.
   const double setenv_bytes = growth([] {
     const TemporaryDir dir;
     setenv("ORVANE_SURVEY_DIR", dir.path().c_str(), 1);
@@ -86,7 +86,7 @@ TEST(TwoProcesses, OnOneDirectoryLeaveAReadableFile) {
   std::vector<int> many;
   for (int bin = -400; bin < 400; bin += 25) many.push_back(bin);
   const pid_t children[] = {survey({100}), survey(many)};
-  for (int i = 0; i < 200; ++i) {  // a third process reads all the while
+  for (int i = 0; i < 200; ++i) {  // a third process reads all the time
     host.create(kRateHz, 145e6);
     host.lines();
     EXPECT_LE(host.rows(256).size(), 200U);

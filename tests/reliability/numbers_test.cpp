@@ -24,7 +24,7 @@ std::vector<std::string> savedRows(const PluginHost& host) {
   return rows;
 }
 
-/// One dwell after the oddities; it has to find its one tone.
+/// One dwell after the odd ones; it has to find its one tone.
 void expectSaneSurvey(PluginHost& host) {
   std::filesystem::remove(host.dir.path() / "survey.csv");
   host.now_ms = 1'000'000;

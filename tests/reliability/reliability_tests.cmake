@@ -27,15 +27,13 @@ foreach(target fault_test reliability_test)
   gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)  # a hang fails, too
 endforeach()
 
-# The model's and the plug-in's tests once more under a locale, made for them alone, that writes 0,5
-# for a half.
+# The model's and the plug-in's tests again, in a locale made for them that writes 0,5 for a half.
 set(locale_dir ${CMAKE_CURRENT_BINARY_DIR}/locale)
 add_custom_command(OUTPUT ${locale_dir}/de_DE.UTF-8/LC_NUMERIC
   COMMAND ${CMAKE_COMMAND} -E make_directory ${locale_dir}
   COMMAND localedef --no-archive -f UTF-8 -i de_DE ${locale_dir}/de_DE.UTF-8)
 add_custom_target(comma_locale ALL DEPENDS ${locale_dir}/de_DE.UTF-8/LC_NUMERIC)
-# The C library itself never frees the path that it keeps of LOCPATH, so leaks are not looked for
-# here.
+# The C library never frees its copy of LOCPATH, so leaks are not checked here.
 foreach(suite model_test plugin_test)
   target_sources(${suite} PRIVATE support/locale_environment.cpp)
   add_test(NAME ${suite}_in_comma_locale COMMAND ${suite})

@@ -1,4 +1,4 @@
-// A month of survey, the clock running ahead of the samples.
+// A month of survey, with the clock running ahead of the samples.
 
 #include "tests/support/plugin_host.h"
 
@@ -12,10 +12,10 @@ TEST(Soak, AMonthOfSurveyCountsRightAndGrowsNothing) {
 #endif
   constexpr double kRateHz = 1024000.0;
   constexpr int kDwellsPerDay = 86'400 / 20;
-  setenv("TMPDIR", "/dev/shm", 1);  // files in memory: it is not the disk that is tried here
+  setenv("TMPDIR", "/dev/shm", 1);  // files in memory: this is not a test of the disk
   PluginHost host;
   host.tuned_hz.reserve(kDays * kDwellsPerDay);
-  host.create(kRateHz, 144.512e6);  // where the first of the three slices lies
+  host.create(kRateHz, 144.512e6);  // the first of the three slices
   // One station that is always there and one that sends in every fourth dwell of the second slice.
   const Samples quiet = band(1, {});
   const Samples beacon = band(1, {100});

@@ -13,7 +13,7 @@ using std::chrono::microseconds;
 
 constexpr double kRateHz = 1024000.0;
 
-/// Results of so many channels, 5 kHz apart.
+/// Results with that many channels, 5 kHz apart.
 std::string manyChannels(int count) {
   std::string text = "# survey.csv format 2\n";
   for (int i = 0; i < count; ++i) {
@@ -22,7 +22,7 @@ std::string manyChannels(int count) {
   return text;
 }
 
-/// What its threads share is atomic, unlike in PluginHost; clock, tune and files are slow.
+/// Unlike in PluginHost, everything that threads share is atomic; clock, tune and files are slow.
 struct SlowHost {
   std::atomic<int64_t> now_ms{1'000'000};
   std::atomic<double> wanted_hz{0.0};
@@ -97,7 +97,7 @@ TEST(Threads, ShareThePluginWithoutHarm) {
 TEST(Threads, WaitForOneCallButNotWhereNoLockIsPromised) {
   struct Gate {
     PluginHost* plugin_host;
-    int calls_left;  // until the call of the host that blocks
+    int calls_left;  // until the call to the host that blocks
     std::promise<void> entered, leave;
 
     void pass() {

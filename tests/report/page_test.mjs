@@ -1,4 +1,4 @@
-// The report in a browser: what a reader sees and does, hostile names, and how soon it is there.
+// The report in a browser: what a reader sees and does, hostile names, and how fast it loads.
 // Usage: node page_test.mjs PELAGRIM_SURVEY NODE_MODULES
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
@@ -69,13 +69,13 @@ try {
   assert.doesNotMatch(await page.textContent('main'), /undefined|NaN|\{\w+\}/);
   assert.equal(await page.textContent('#count'), '3 of 3 channels, 1 of 1 gone');
 
-  // Names are text, whatever is in them.
+  // Names are shown as text, whatever is in them.
   assert.equal(await page.evaluate(() => window.hacked), undefined);
   assert.equal(await page.locator('img').count(), 0);
   assert.deepEqual((await cells(10)).slice(0, 2), [hostile, '']);
   assert.ok((await cells(10)).includes('bad \uFFFD\u241B bytes'));
 
-  // Sorting, by mouse and by keyboard, said to those who do not see the arrow.
+  // Sorting by mouse and by keyboard, also announced to those who cannot see the arrow.
   assert.deepEqual(await frequencies(), [wide, gone, narrow, third]);
   await page.click('thead button:text("Frequency")');
   assert.deepEqual(await frequencies(), [narrow, wide, gone, third]);
@@ -105,7 +105,7 @@ try {
   assert.deepEqual(await frequencies(), [gone, wide, narrow]);
   await page.click('button[type=reset]');
 
-  // A narrow signal can be pointed at where a wide one lies over it; the picture and the row agree.
+  // A narrow signal can be pointed at even under a wide one; the picture and the row agree.
   const box = await page.locator('#picture').boundingBox();
   const label = page.locator('#picture .label', { hasText: third });
   const labelX = Number(await label.getAttribute('x'));
@@ -117,12 +117,12 @@ try {
   assert.match(await page.textContent('#readout'), new RegExp('^144\\.6200 MHz, WFM\\?, '
     + '160\\.0 kHz wide, 30 dB over floor, 10 detections, 10 looks since first heard, .*, new$'));
 
-  // Dates stand above the clock beside the lines of the time scale.
+  // Dates are above the clock times beside the lines of the time scale.
   assert.deepEqual((await page.locator('#picture text.end').evaluateAll((all) => all
     .sort((a, b) => a.getAttribute('y') - b.getAttribute('y')).map((text) => text.textContent)))
     .slice(-6), ['13:26:40', '13:56:40', '14:26:40'].flatMap((clock) => ['2024-11-16', clock]));
 
-  // Zooming by dragging leaves what was dragged over, and double-click undoes it.
+  // Dragging zooms in on what was dragged over, and a double-click undoes it.
   await page.mouse.move(xOf(145.2), box.y + 100);
   await page.mouse.down();
   await page.mouse.move(xOf(145.4), box.y + 100, { steps: 3 });
@@ -171,7 +171,7 @@ try {
   await press('ArrowDown', 'Enter');
   assert.match(await page.textContent('#readout'), new RegExp(narrow));
 
-  // What is not known comes last, whichever way the rest is sorted.
+  // Unknown values come last, whichever way the rest is sorted.
   const [known, unknown] = ['145.0000', '144.9000'];
   await page.goto(report('unknown.html', [row(144900000, 3000, NaN, 1, 2, '?', '0,0'),
     row(145000000, 3000, 20, 1, 2, '?'), row(145600000, 3000, 30, 1, 2, '?')]));
@@ -218,7 +218,7 @@ try {
     assert.ok(y >= 0 && y + height <= 800, `${seen}: ${y} to ${y + height}`);
   }
 
-  // The wide is drawn first, then the tall, then the short; what is picked is framed and hides
+  // Wide marks are drawn first, then tall, then short ones; the picked one is framed and hides
   // nothing.
   const fills = await page.locator('#picture .mark')
     .evaluateAll((all) => all.map((mark) => mark.getAttribute('fill')));
@@ -253,7 +253,7 @@ try {
   await page.emulateMedia({ media: 'screen' });
   await page.setViewportSize({ width: 1280, height: 800 });
 
-  // Five thousand channels: all there, and there soon.
+  // Five thousand channels: all of them, and fast.
   const many = Array.from({ length: 5000 }, (_, i) => (
     row(30e6 + 90e3 * i, 3000 + 40 * (i % 900), 12 + (i % 50), 1 + (i % 40), 40, '?')));
   const url = report('many.html', many);
@@ -271,7 +271,7 @@ try {
     times.push(await page.evaluate(() => Math.round(Math.max(
       performance.getEntriesByName('first-contentful-paint')[0].startTime, window.shownAfter))));
   }
-  // All of them go onto paper, also those that a screen has not got to yet.
+  // All of them are printed, also those that the screen has not shown yet.
   assert.deepEqual(await page.evaluate(() => {
     const rows = () => document.querySelectorAll('#rows tr').length;
     document.querySelector('#filters').dispatchEvent(new Event('input'));

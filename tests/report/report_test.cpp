@@ -1,4 +1,4 @@
-// Comparing two surveys, and names that are not what a page expects.
+// Comparing two surveys, and names that a page does not expect.
 #include <gtest/gtest.h>
 
 #include <algorithm>

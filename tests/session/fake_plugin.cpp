@@ -1,6 +1,6 @@
-// A plug-in that asks to tune after every second block and writes down what its host does.
-// FAKE_PLUGIN_PANEL ("sweeping" or "fixed") gives it a panel of 1000 channels that counts dwells,
-// one to a tune request and one to a destroy in between. FAKE_PLUGIN_FAULT spoils its descriptor.
+// A plug-in that asks to tune after every second block and records what its host does.
+// FAKE_PLUGIN_PANEL ("sweeping" or "fixed") gives it a panel of 1000 channels that counts dwells:
+// one per tune request, and one per destroy in between. FAKE_PLUGIN_FAULT breaks its descriptor.
 // Both are read at every query.
 #include <algorithm>
 #include <cstdio>

@@ -1,4 +1,4 @@
-// The host's run loop: against a fake plug-in that writes down its calls, and against the real one.
+// The host's run loop, with a fake plug-in that records its calls and with the real one.
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -17,8 +17,8 @@
 namespace pelagrim_host {
 namespace {
 
-/// 100 samples to the second, each of which holds the centre it comes from. Answers to tune as
-/// told, throwing on kTuneRefused.
+/// 100 samples per second, each holding the centre that it comes from. Answers to tune as told to,
+/// throwing on kTuneRefused.
 class ScriptedSource : public IqSource {
  public:
   std::string name() const override { return "script"; }
@@ -84,7 +84,7 @@ struct Recorder : SurveyView {
   SessionResult result;
 };
 
-/// Runs `source` through a plug-in; returns what the fake one wrote down after attach.
+/// Runs `source` through a plug-in; returns what the fake one recorded after attach.
 std::string runThrough(
     const char* plugin_path, ScriptedSource& source, Recorder& view, SessionSettings settings,
     bool may_tune = true, const std::function<bool()>& rescan = [] { return false; }) {
@@ -119,7 +119,7 @@ TEST(HostSession, ReportsAnAcceptedTuneAfterTheCallAndBeforeTheNextBlock) {
 }
 
 TEST(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
-  ScriptedSource moving;  // a recording that goes on elsewhere and later, cut short
+  ScriptedSource moving;  // a recording that continues elsewhere and later, cut short
   moving.jumps_at = moving.resumes_at = 10;
   moving.resumes_ms = 60000;
   Recorder view;
@@ -170,7 +170,7 @@ TEST(HostSession, CountsDwellsWhereTheyWereLookedAtUntilThePassesAreDone) {
   EXPECT_EQ(dwells_after, 3);
   Recorder fixed;
   EXPECT_EQ(dwellsOf("fixed", {.passes = 2}, fixed), "1 at 50 after 20; 2 at 200 after 40; ");
-  Recorder rescanned;  // in the middle of a dwell, which counts; passes count afresh
+  Recorder rescanned;  // in the middle of a dwell, which counts; the count of passes starts again
   rescanned.snapshot_rows = 5;
   EXPECT_EQ(dwellsOf("fixed", {.passes = 2}, rescanned, 4),
             "1 at 50 after 20; 2 at 200 after 30; 1 at 200 after 40; 2 at 400 after 60; ");
@@ -205,11 +205,11 @@ TEST(SurveyClock, FollowsTheSamplesWithoutDrift) {
   EXPECT_EQ(clock.nowMs(), 1001);
   clock.advance(uint64_t{2'400'000} * 3600 * 24 * 365 * 100);
   EXPECT_EQ(clock.nowMs(), int64_t{1001} + int64_t{1000} * 3600 * 24 * 365 * 100);
-  // 0 would say that there is no time.
+  // 0 would mean that the time is unknown.
   EXPECT_NE(SurveyClock(ClockPolicy::sampleClock(0), 1.0).nowMs(), 0);
 }
 
-TEST(SurveyClock, OfALiveReceiverIsTheClockOnTheWall) {
+TEST(SurveyClock, OfALiveReceiverIsTheTimeOfDay) {
   SurveyClock clock(ClockPolicy::wallClock(), 1.0);
   const int64_t before_ms = wallClockMs();
   clock.advance(1'000'000'000);

@@ -96,7 +96,7 @@ TEST(SimulatedBand, NoiseIsWhiteAndOfTheStatedPower) {
 TEST(SimulatedBand, EachStationHasItsFrequencyWidthAndPowerAndIsSilentWhenOff) {
   constexpr double kRateHz = 2.4e6;
   constexpr size_t kChunk = 4096;
-  constexpr size_t kLag = 8;  // short against any modulation
+  constexpr size_t kLag = 8;  // short compared with any modulation
   constexpr double kHzPerRadian = kRateHz / (2 * std::numbers::pi * kLag);
   const Programmes programmes(1);
   for (const SimulatedStation& station : simulatedPopulation(144e6, 146e6)) {
@@ -117,7 +117,7 @@ TEST(SimulatedBand, EachStationHasItsFrequencyWidthAndPowerAndIsSilentWhenOff) {
         turned += std::complex<double>(samples[i] * std::conj(samples[i - kLag]));
       }
     }
-    // Keys are up, and speakers pause, for part of the time.
+    // Keys are up and speakers pause some of the time.
     const bool pauses =
         station.kind == SimulatedKind::kCw || station.kind == SimulatedKind::kSsbVoice;
     const double noise_db = -110 + 10 * std::log10(std::max(station.width_hz, 1e3));

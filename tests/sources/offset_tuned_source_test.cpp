@@ -8,7 +8,7 @@
 namespace pelagrim_host {
 namespace {
 
-/// 1 at the receiver's own centre, for ever.
+/// 1 at the receiver's own centre, forever.
 struct Spike : IqSource {
   std::string name() const override { return "spike"; }
   double sampleRateHz() const override { return 1e6; }

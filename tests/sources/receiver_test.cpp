@@ -28,7 +28,7 @@ TEST_F(LiveReceiver, DropsWhatWasInFlightThenDeliversTheNewCentreAtFullScaleOne)
     script.format = format;
     const auto receiver = openReceiver(config);
     EXPECT_EQ(receiver->read(block), 64U);
-    script.waiting = 300;  // then the buffer that was being filled, then 900 that come late
+    script.waiting = 300;  // then the buffer that was being filled, then 900 that arrive late
     script.stale = 300 + 100 + 900;
     EXPECT_EQ(receiver->tune(600e6), kTuneAccepted);
     receiver->settle();
@@ -39,7 +39,7 @@ TEST_F(LiveReceiver, DropsWhatWasInFlightThenDeliversTheNewCentreAtFullScaleOne)
   }
 }
 
-TEST_F(LiveReceiver, RefusesATuneTruthfullyAndSaysWhereItIs) {
+TEST_F(LiveReceiver, RefusesATuneAndReportsTheCentreThatItReallyHas) {
   const auto receiver = openReceiver(config);
   for (const double hz : {23e6, 450e6, 2e9, std::nan("")}) {
     EXPECT_EQ(receiver->tune(hz), kTuneOutOfRange) << hz;
@@ -64,7 +64,7 @@ TEST_F(LiveReceiver, RefusesATuneTruthfullyAndSaysWhereItIs) {
   }
 }
 
-TEST_F(LiveReceiver, OutlivesOverflowsAndErrorsButNotTheDevicesEnd) {
+TEST_F(LiveReceiver, SurvivesOverflowsAndErrorsButNotALostDevice) {
   auto receiver = openReceiver(config);
   script.codes = {SOAPY_SDR_OVERFLOW, SOAPY_SDR_TIMEOUT, SOAPY_SDR_CORRUPTION, SOAPY_SDR_OVERFLOW};
   EXPECT_EQ(receiver->read(block), 64U);

@@ -40,7 +40,7 @@ class Recordings : public ::testing::Test {
     return all;
   }
 
-  /// The reason why it cannot be opened; empty when it can.
+  /// The reason why it cannot be opened; empty if it can.
   static std::string refusal(const RecordingRequest& asked) {
     try {
       open(asked);

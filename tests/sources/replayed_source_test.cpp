@@ -1,4 +1,4 @@
-// Recordings played from an offset on, several times.
+// Recordings played several times, starting at an offset.
 #include "host/sources/replayed_source.h"
 
 #include "tests/sources/recording_fixture.h"

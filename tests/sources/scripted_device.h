@@ -13,19 +13,19 @@
 
 namespace pelagrim_host {
 
-/// What the driver does and has done; fresh for every test.
+/// What the driver does and has done; reset for every test.
 struct Script {
   std::string format = SOAPY_SDR_CS16;
-  std::deque<int> codes;                   // that readStream returns before samples come again
-  bool unplugged = false, throws = false;  // readStream times out for ever; everything throws
+  std::deque<int> codes;                   // returned by readStream before samples come again
+  bool unplugged = false, throws = false;  // readStream times out forever; everything throws
   bool overflows = false;                  // readStream reports nothing else
   int flags = 0;                           // that readStream sets
-  double rate_hz = 0.0;                    // that the device has, whatever was asked; 0: not said
+  double rate_hz = 0.0;  // the device's real rate, whatever was asked; 0: as asked
   bool has_filter = false;
   double step_hz = 1.0;    // of the synthesiser
   bool takes_ppm = false;  // whole ones
   double sent_hz = 0.0;
-  size_t waiting = 0, stale = 0;  // samples there at once; those from the old centre
+  size_t waiting = 0, stale = 0;  // samples there at once; samples from the old centre
   size_t delivered = 0;           // since the last tune
   std::string calls;
 };

@@ -101,9 +101,9 @@ TEST_F(SigmfRecordings, LeaveOutWhatIsNoSampleAndCountFromTheirOffset) {
   const auto source = openRecording(request("x_100M.sigmf-meta"),
                                     [&remarks](const std::string& line) { remarks += line; });
   EXPECT_EQ(remarks, "x_100M.sigmf-meta: the samples before its first capture are dropped");
-  EXPECT_EQ(source->startUnixMs(), std::nullopt);  // written in no way that it allows
+  EXPECT_EQ(source->startUnixMs(), std::nullopt);  // not written as the format wants it
   EXPECT_EQ(source->lengthSamples(), 3u);
-  EXPECT_EQ(source->centreHz(), 100e6);  // of the name, as the metadata have none
+  EXPECT_EQ(source->centreHz(), 100e6);  // from the name, as the metadata have none
   for (const auto sample : readAll(*source)) EXPECT_GT(sample.real(), 0.9F);
   EXPECT_EQ(source->damage(), std::nullopt);
   const auto cut = open("x_100M.sigmf-meta");
@@ -113,7 +113,7 @@ TEST_F(SigmfRecordings, LeaveOutWhatIsNoSampleAndCountFromTheirOffset) {
   RecordingRequest asked = request("x_100M.sigmf-data");
   asked.told.format = {"cu8", "the command line"};
   asked.told.rate_hz = {2000.0, "the command line"};
-  EXPECT_EQ(open(asked)->lengthSamples(), 6u);  // the file alone, whatever the metadata say
+  EXPECT_EQ(open(asked)->lengthSamples(), 6u);  // the file itself, whatever the metadata say
   asked.source = request("x_100M.sigmf-meta").source;
   EXPECT_NE(refusal(asked).find("name its .sigmf-data"), std::string::npos);
 }
@@ -134,7 +134,7 @@ TEST_F(SigmfRecordings, SayHowShortTheShortestStayAtOneCentreIs) {
   EXPECT_EQ(stays({{0, 1}, {10, 1}}), 0.0);
 }
 
-TEST_F(SigmfRecordings, AreComparedWithTheirChecksumWhenAsked) {
+TEST_F(SigmfRecordings, AreCheckedAgainstTheirChecksumWhenAsked) {
   const std::string sum =
       "a7c976db1723adb41274178dc82e9b777941ab201c69de61d0f2bc6d27a3598f"
       "594FA748E50D88D3C2BF1E2C2E72C3CFEF78C3C6D4AFA90391F7E33ABABCA48E";
@@ -150,7 +150,7 @@ TEST_F(SigmfRecordings, AreComparedWithTheirChecksumWhenAsked) {
   EXPECT_EQ(refusal("x_100M.sigmf-meta"), "");
 }
 
-TEST_F(SigmfRecordings, NameNoSamplesButThoseBesideThem) {
+TEST_F(SigmfRecordings, NameOnlySamplesBesideThem) {
   dir_.write("samples.bin", "12345678");
   std::filesystem::create_directory(dir_.path() / "d");
   const std::string beside = (dir_.path() / "samples.bin").string();

@@ -1,4 +1,4 @@
-// WAV and RF64: samples, what the header says, lengths that are not true.
+// WAV and RF64: samples, what the header says, wrong lengths.
 #include "host/sources/wav_recording.h"
 
 #include <sndfile.h>
@@ -15,7 +15,7 @@ std::string number(uint64_t value, size_t bytes = 4) {
 }
 
 struct WavRecordings : Recordings {
-  /// `wav`: a whole file of 100 samples of 16 bits, which are `samples`.
+  /// `wav`: a whole file with the 100 16-bit samples `samples`.
   void expectLengthsAreFollowed(const std::string& wav, const Samples& samples) {
     constexpr size_t kAllByte = 4;
     constexpr size_t kDataByte = 40;
@@ -144,7 +144,7 @@ TEST_F(WavRecordings, KnowWhatTheHeaderSaysWhateverTheNameSays) {
   EXPECT_EQ(facts.start_unix_ms->origin, "the auxi chunk");
   EXPECT_EQ(source->skip(1), 1u);
   EXPECT_EQ(source->skip(9), 1u);
-  RecordingRequest asked = request(name);  // what is told stands over both
+  RecordingRequest asked = request(name);  // the command line outranks both
   asked.told.rate_hz = {1000.0, "the command line"};
   asked.told.centre_hz = {2e6, "the command line"};
   asked.told.start_unix_ms = {5, "the command line"};
@@ -157,7 +157,7 @@ TEST_F(WavRecordings, KnowWhatTheHeaderSaysWhateverTheNameSays) {
   EXPECT_NE(refusal(asked).find("only a SigMF recording has a checksum"), std::string::npos);
 }
 
-TEST_F(WavRecordings, SayHowMuchIsMissingAlsoWhereTheLengthNeedsMoreThan32Bits) {
+TEST_F(WavRecordings, SayHowMuchIsMissingEvenIfTheLengthNeedsMoreThan32Bits) {
   const std::pair<int, size_t> kinds[] = {{SF_FORMAT_PCM_U8, 2}, {SF_FORMAT_PCM_16, 4},
                                           {SF_FORMAT_PCM_24, 6}, {SF_FORMAT_PCM_32, 8},
                                           {SF_FORMAT_FLOAT, 8},  {SF_FORMAT_DOUBLE, 16}};

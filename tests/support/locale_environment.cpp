@@ -1,4 +1,4 @@
-// Linked into a test executable, installs the locale that PELAGRIM_TEST_LOCALE names before the
+// Linked into a test executable, this installs the locale named by PELAGRIM_TEST_LOCALE before the
 // tests run, as a host would. For locales that write 0,5 for a half.
 
 #include <gtest/gtest.h>

@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-/// A directory that goes away with the test.
+/// A directory that is removed with the test.
 class TemporaryDir {
  public:
   TemporaryDir() {

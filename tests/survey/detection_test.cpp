@@ -39,7 +39,7 @@ TEST(Levels, AreDecibelsOfTheMeanPowerWithAFloorForEmptyBins) {
   EXPECT_EQ(levelsDb({0.0, 200.0}, 2), (std::vector<float>{-200.0F, 20.0F}));
 }
 
-/// A spectrum of 1024 bins of 2000 Hz around 145 MHz, quiet at 0 dB but for what a case raises.
+/// A spectrum of 1024 bins of 2000 Hz around 145 MHz, quiet at 0 dB except where a case raises it.
 struct Raised {
   size_t bin;
   float level_db;
@@ -82,7 +82,7 @@ TEST(Detections, MeasureTheFloorOnTheQuietBinsUnlessTheBandIsFull) {
     // The tenth percentile is rank 102; the median of 128 quiet bins is rank 64: both 0 dB.
     EXPECT_EQ(noiseFloorDb(levels, 12.0), 0.0);
     for (size_t i = 0; i < 100; ++i) levels[8 * i] = -1.0F;
-    // Now the median is -1 dB, but only where it is taken.
+    // Now the median is -1 dB, but only if it is used.
     EXPECT_EQ(noiseFloorDb(levels, 12.0), quiet == 128 ? -1.0 : 0.0);
   }
 }

@@ -9,9 +9,9 @@
 
 namespace pelagrim {
 
-/// What addFramePower must compute, written for the reader: the radix-2 decimation-in-time FFT with
-/// its twiddles as a running product, and the plain formula of the complex product throughout (an
-/// infinity times a zero is not a number and stays so). The kernel is held to it bit for bit.
+/// What addFramePower must compute, written to be read: the radix-2 decimation-in-time FFT with its
+/// twiddles as a running product, and the plain formula of the complex product throughout (infinity
+/// times zero is not a number and stays that way). The kernel must match it bit for bit.
 namespace plain {
 
 using Complex = std::complex<float>;

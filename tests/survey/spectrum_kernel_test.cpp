@@ -28,7 +28,7 @@ constexpr float kSmallest = std::numeric_limits<float>::denorm_min();
 using Powers = std::vector<double>;
 using Samples = std::vector<float>;
 
-/// Same bits; for what is not a number, not a number either.
+/// Same bits, except that any value that is not a number matches any other.
 void expectSame(const Powers& expected, const Powers& actual, const std::string& what) {
   for (size_t k = 0; k < expected.size(); ++k) {
     if (std::isnan(expected[k]) && std::isnan(actual[k])) continue;
@@ -107,7 +107,7 @@ TEST_P(SpectrumKernel, KeepsTheClassOfEveryPowerForSamplesThatAreNotFiniteOrOver
 TEST_P(SpectrumKernel, KeepsTheClassOfEveryPowerWhereFiniteSamplesOverflowInOneOfTheFirstStages) {
   std::fill(spectrum.window.begin(), spectrum.window.end(), 1.0F);
   Samples iq(kFrame);
-  // Few bits set in n: few multiplications after these stages, so that the classes stay apart.
+  // Few bits set in n mean few multiplications after these stages, so that the classes stay apart.
   for (const size_t distance : {512, 256, 128, 64}) {
     for (size_t n = 0; n < kSpectrumBins - distance; n += 16) {
       for (const float partner : {kLargest, -kLargest}) {

@@ -1,6 +1,6 @@
 /*
- * Preloaded into the program: a disk that takes no more of survey.csv after FULL_AFTER_BYTES of
- * each writing, and that fails to flush where FAIL_FLUSH is set.
+ * Preloaded into the program: a disk that accepts only FULL_AFTER_BYTES of survey.csv each time it
+ * is written, and that fails to flush if FAIL_FLUSH is set.
  */
 #define _GNU_SOURCE
 #include <dlfcn.h>

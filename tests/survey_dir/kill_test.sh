@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Kills surveys at random moments and looks at what the next one finds: every channel of the last
-# list that was safe, none of them twice.
+# Kills surveys at random moments and checks what the next one finds: every channel of the last safe
+# list, none of them twice.
 #   tests/survey_dir/kill_test.sh PROGRAM FAILING_DISK.so [KILLS [CHANNELS]]     10 and 5000
 set -euo pipefail
 
@@ -22,13 +22,13 @@ list() {
 
 survey() { "$program" --quiet --dir "$work/survey" --dwell 0.05 --seed 1 "$@"; }
 
-# How many of the channels are there, and how many stand twice.
+# How many of the channels are there, and how many are there twice.
 count() {
   awk -F, '$1 + 0 >= 500000000 { ++n; if (seen[$1]++) ++twice }
     END { print n + 0, twice + 0 }' "$1"
 }
 
-# What is left of a run that is killed after a while, with the environment of the arguments.
+# What is left of a run that is killed after a while, with the arguments as its environment.
 kill_one() {
   rm -rf "$work/survey"
   mkdir "$work/survey"

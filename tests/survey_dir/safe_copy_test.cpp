@@ -34,7 +34,7 @@ class SafeCopyTest : public testing::Test {
   void put(const std::string& text) { std::ofstream(results_, std::ios::binary) << text; }
   std::string there() { return readWholeFile(results_); }
 
-  /// A run that writes the lists one after the other and then ends, or does not.
+  /// A run that writes the lists one after the other and then ends in order, or does not.
   void run(const std::vector<std::string>& lists, bool ends) {
     SafeCopy copy(dir_.path(), std::chrono::milliseconds(0),
                   [this](const std::string& line) { warnings_.push_back(line); });
@@ -89,9 +89,9 @@ TEST_F(SafeCopyTest, PutsBackOnlyWhatARunHasLeftCutShort) {
   EXPECT_FALSE(std::filesystem::exists(results_)) << "what a person took away stays away";
 }
 
-TEST_F(SafeCopyTest, KeepsTheListBeforeWhenASlotIsTornOrTheListIsCut) {
+TEST_F(SafeCopyTest, KeepsThePreviousListWhenASlotIsTornOrTheListIsCut) {
   run({listOf(1), listOf(2), listOf(3)}, false);
-  // The newest slot torn in its middle: the one before it stands.
+  // The newest slot is torn in the middle: the one before it counts.
   for (const char* const slot : {"survey.copy-1", "survey.copy-2"}) {
     const auto path = std::filesystem::path(dir_.path()) / slot;
     std::string text = readWholeFile(path);
@@ -106,16 +106,16 @@ TEST_F(SafeCopyTest, KeepsTheListBeforeWhenASlotIsTornOrTheListIsCut) {
   const uint64_t first = newestCopy(dir_.path())->sequence;
   copy.dwellWritten();
   waitFor([&] { return newestCopy(dir_.path())->sequence > first; });
-  put(listOf(4));  // a full disk may cut it at a row's end
+  put(listOf(4));  // a full disk may cut it at the end of a row
   copy.end();
   EXPECT_EQ(newestCopy(dir_.path())->results, listOf(5));
   EXPECT_FALSE(newestCopy(dir_.path())->run_ended);
 }
 
-TEST_F(SafeCopyTest, TakesAShorterListWhereTheSurveyStartsAfresh) {
+TEST_F(SafeCopyTest, AcceptsAShorterListWhenTheSurveyStartsAfresh) {
   put(listOf(5));
   SafeCopy copy(dir_.path(), std::chrono::milliseconds(0), [](const std::string&) {});
-  put(listOf(2));  // another raster has merged some
+  put(listOf(2));  // a new raster has merged some
   copy.end();
   EXPECT_EQ(newestCopy(dir_.path())->results, listOf(2));
   EXPECT_TRUE(newestCopy(dir_.path())->run_ended);

@@ -1,4 +1,4 @@
-// Where a survey is, its settings file, and the watch over its results.
+// Where a survey is, its settings file, and the watch on its results.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -59,7 +59,7 @@ TEST(SurveySettings, EditingTheFileKeepsItsLinkAndItsMode) {
   EXPECT_THROW(editSettings(dir.path(), {.sweep = true}), std::runtime_error);
 }
 
-TEST(SurveyPlace, IsAsNamedElseByTheEnvironmentElseOfTheSourceElseInTheHome) {
+TEST(SurveyPlace, IsAsNamedElseFromTheEnvironmentElseFromTheSourceElseInTheHome) {
   const struct {
     const char* named;
     const char* variable;
@@ -85,7 +85,7 @@ TEST(SurveyPlace, IsAsNamedElseByTheEnvironmentElseOfTheSourceElseInTheHome) {
   set("HOME", home.c_str());
 }
 
-TEST(ResultsWatch, TellsOnceWhenSavingFailsAndOnceWhenItWorksAgain) {
+TEST(ResultsWatch, SaysOnceWhenSavingFailsAndOnceWhenItWorksAgain) {
   const TemporaryDir dir;
   const auto path = dir.path() / "survey.csv";
   int second = 0;

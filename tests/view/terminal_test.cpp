@@ -1,4 +1,4 @@
-// The live view on a terminal: the program on a pseudo-terminal, as a user has it before them.
+// The live view on a terminal: the program on a pseudo-terminal, as the user sees it.
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
@@ -22,7 +22,7 @@ namespace {
 constexpr const char* kScreenOpens = "\x1b[?1049h\x1b[?25l";
 constexpr const char* kScreenCloses = "\x1b[?25h\x1b[?1049l";
 
-/// A survey of the simulated band that only ends on request, on a terminal of its own.
+/// A survey of the simulated band on its own terminal, which ends only on request.
 class TerminalRun {
  public:
   TerminalRun() {
@@ -45,13 +45,13 @@ class TerminalRun {
     close(terminal_);
   }
 
-  /// Reads on until `text` has come, after what was waited for last.
+  /// Reads on until `text` has come, after the text last waited for.
   void waitFor(const std::string& text) {
     size_t found = 0;
     while ((found = output_.find(text, seen_)) == std::string::npos) read();
     seen_ = found + text.size();
   }
-  /// Waits until the program has ended or was stopped; returns how, as waitpid does.
+  /// Waits until the program has ended or was stopped; returns its status, as waitpid does.
   int waitForChange() {
     int status = 0;
     while (waitpid(child_, &status, WNOHANG | WUNTRACED) == 0) read();
@@ -63,7 +63,7 @@ class TerminalRun {
   }
   void send(int signal_number) { kill(child_, signal_number); }
 
-  /// Whether lines are edited and echoed, and Ctrl-S holds the output, as at the beginning.
+  /// Whether lines are edited and echoed, and Ctrl-S holds the output, as before the run.
   bool isAsBefore() const {
     termios now = {};
     tcgetattr(terminal_, &now);
@@ -74,7 +74,7 @@ class TerminalRun {
     tcgetattr(terminal_, &now);
     return (now.c_lflag & (ICANON | ECHO)) == 0 && (now.c_iflag & IXON) == 0;
   }
-  /// What has come since the text that was waited for last.
+  /// What has come since the text last waited for.
   std::string rest() const { return output_.substr(seen_); }
 
   const TemporaryDir dir;
@@ -137,7 +137,7 @@ TEST(Terminal, IsGivenBackHoweverTheSurveyEnds) {
   }
 }
 
-TEST(Terminal, KeysRescanAndSuspendAndAWarningIsKeptForAfterTheScreen) {
+TEST(Terminal, KeysRescanAndSuspendAndAWarningIsRepeatedAfterTheScreen) {
   TerminalRun run;
   run.waitFor(kScreenOpens);
   run.waitFor("known after ");

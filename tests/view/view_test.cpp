@@ -29,7 +29,7 @@ std::string frameText(const std::vector<std::string>& frame) {
   return std::regex_replace(text, std::regex("\x1b\\[[0-9;]*m"), "");
 }
 
-TEST(LiveFrame, FillsEveryWindowExactlyAndSteersTheTerminalInNoOtherWay) {
+TEST(LiveFrame, FillsEveryWindowExactlyAndDoesNotSteerTheTerminal) {
   LiveState state{.source = {"a \x1b[2J name", 0, 0}, .run = {{}, panelOf(90)}};
   state.run.progress = {.centre_hz = 145.4e6, .rate_hz = 1e6};
   state.dwell_length_seconds = 5.0;
@@ -87,7 +87,7 @@ TEST(LiveFrame, KeepsTheMostImportantRowsInSmallWindowsAndFillsLargeOnes) {
   EXPECT_TRUE(coloured({true, false}) && !coloured({false, false}));
 }
 
-TEST(RefusalWords, AreSaidOnceUntilTheyChange) {
+TEST(RefusalWords, AreShownOnceUntilTheyChange) {
   RefusalWords words;
   EXPECT_EQ(words.news({145e6, kTuneRefused, "stuck"}), "tuning to 145.000 MHz: stuck");
   EXPECT_FALSE(words.news({146e6, kTuneRefused, "stuck"}));
@@ -95,7 +95,7 @@ TEST(RefusalWords, AreSaidOnceUntilTheyChange) {
   EXPECT_TRUE(words.news({146e6, kTuneRefused, "stuck"}));
 }
 
-TEST(JsonView, WritesAnObjectALineForEveryEventWhateverTheTextHolds) {
+TEST(JsonView, WritesOneObjectPerLineForEveryEventWhateverTheTextHolds) {
   std::FILE* const stream = std::tmpfile();
   JsonView view(stream);
   view.opened({"caf\xE9.cu8", 433e6, 1e6});
