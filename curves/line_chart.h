@@ -17,8 +17,7 @@ struct Axis {
 
 struct Series {
   std::string name;
-  std::vector<std::pair<double, double>>
-      points;  ///< in order of x; parts outside the axes are cut off
+  std::vector<std::pair<double, double>> points;  ///< in order of x; clipped to the axes
   bool dashed = false;
   std::optional<size_t> colour{};  ///< number of the colour; if not given, the place of the series
 };

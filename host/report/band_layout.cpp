@@ -49,7 +49,7 @@ FrequencyRange bandOf(const std::vector<ReportedChannel>& channels,
   return band;
 }
 
-/// Which range names which stretch, with the rule that names channels: the first one that matches.
+/// Which range names which stretch, by the rule that names channels: the first match.
 std::vector<PlanStretch> planStrip(const std::vector<pelagrim::BandLabel>& band_plan,
                                    const FrequencyRange& span) {
   std::vector<pelagrim::BandLabel> near;
@@ -60,7 +60,7 @@ std::vector<PlanStretch> planStrip(const std::vector<pelagrim::BandLabel>& band_
     if (range.high_hz < span.low_hz || range.low_hz > span.high_hz) continue;
     near.push_back(range);
     index_of.push_back(index);
-    // A stretch without an end has no middle, and no place in a picture.
+    // A stretch without an end has no middle and no place in a picture.
     edges.push_back(std::max(range.low_hz, span.low_hz));
     edges.push_back(std::min(range.high_hz, span.high_hz));
   }
@@ -85,7 +85,7 @@ std::vector<PlanStretch> planStrip(const std::vector<pelagrim::BandLabel>& band_
     const pelagrim::BandLabel* const at = pelagrim::lookupLabel(near, edges[edge]);
     if (at != nullptr && at->low_hz == at->high_hz) add(edges[edge], edges[edge], edges[edge]);
   }
-  // Single frequencies last, so that they are drawn upon what surrounds them.
+  // Single frequencies come last, so that they are drawn on top of the ranges around them.
   std::stable_partition(strip.begin(), strip.end(), [](const PlanStretch& stretch) {
     return stretch.low_hz < stretch.high_hz;
   });
@@ -107,7 +107,7 @@ void layOutLevels(BandLayout& layout, double top_db) {
   }
 }
 
-/// The scale of times, and room for as much of it as there is.
+/// The scale of times, as tall as it needs to be.
 void layOutTimes(BandLayout& layout) {
   PictureMeasures& at = layout.measures;
   const auto& [first_ms, last_ms] = std::pair(layout.first_unix_ms, layout.last_unix_ms);
@@ -152,7 +152,7 @@ BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
     const SurveyedChannel& channel = reported.channel;
     widen(layout.span, extent(channel));
     top_db = std::max(top_db, overFloorDb(channel));
-    // What is gone was seen by another survey at another time.
+    // Gone channels were seen by another survey at another time.
     if (!hasTimes(channel) || reported.change == Change::kGone) continue;
     const bool is_first = layout.first_unix_ms == 0;
     layout.first_unix_ms =

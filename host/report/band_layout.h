@@ -12,18 +12,18 @@
 
 namespace pelagrim_host {
 
-/// A stretch of the strip: the range of the band plan that names what lies in it.
+/// A stretch of the band plan's strip, with the range that names its frequencies.
 struct PlanStretch {
   double low_hz;
   double high_hz;
   size_t range;  ///< index into the band plan
 };
 
-/// A channel in the picture: its height, its colour and its stretch of time. Where it lies from
-/// left to right follows from its frequencies and from the part of the band that is looked at.
+/// A channel in the picture: its height, its colour and its stretch of time. Its place from left to
+/// right depends on its frequencies and on the part of the band that is shown.
 struct ChannelMark {
   double top = 0.0;
-  double time_begin = 0.0;  ///< both 0 when it has no times; within the span of the survey
+  double time_begin = 0.0;  ///< both 0 if it has no times; within the span of the survey
   double time_end = 0.0;
   size_t shade = 0;  ///< index into activityShades()
 };
@@ -40,16 +40,16 @@ struct TimeLine {
   int64_t unix_ms;
 };
 
-/// Everything about the picture that does not depend on how wide it is and what part of the band it
-/// shows: the page, which zooms, and the plain picture are both drawn from it.
+/// Everything about the picture that does not depend on its width or on the part of the band that
+/// it shows. The page, which zooms, and the plain picture are both drawn from it.
 struct BandLayout {
   PictureMeasures measures;
-  FrequencyRange band;        ///< what the title names; 0 to 0 when nothing tells it
+  FrequencyRange band;        ///< the band in the title; 0 to 0 if it is not known
   FrequencyRange span;        ///< the band with every signal whole, and a margin
   double top_db = 0.0;        ///< the level over the floor at level_top
-  int64_t first_unix_ms = 0;  ///< of this survey, so not of what is gone; both 0 without times
+  int64_t first_unix_ms = 0;  ///< of this survey, without gone channels; both 0 without times
   int64_t last_unix_ms = 0;
-  bool shows_milliseconds = false;  ///< when the seconds of all times would be nearly the same
+  bool shows_milliseconds = false;  ///< if all times are within a few seconds
   std::vector<LevelLine> level_lines;
   std::vector<TimeLine> time_lines;
   std::vector<PlanStretch> strip;
@@ -61,14 +61,14 @@ struct BandLayout {
 /// hues in OKLCH (Ottosson, 2020).
 const std::vector<std::string>& activityShades();
 
-/// The latest time that a page's script can tell; what lies behind it counts as unknown.
+/// The latest time that a page's script can show; later times count as unknown.
 constexpr int64_t kLatestUnixMs = 8'640'000'000'000'000;
 
-/// The level of a channel over its floor, at least 0; 0 when either is not a number.
+/// The level of a channel over its floor, at least 0; 0 if either is not a number.
 double overFloorDb(const SurveyedChannel& channel);
 
-/// Lays the picture out. The band is that of the settings where a signal lies in it or there is
-/// none at all, and what the channels span otherwise.
+/// Lays the picture out. The band is that of the settings if a signal lies in it or there are no
+/// signals, else the span of the channels.
 BandLayout layOutBand(const std::vector<ReportedChannel>& channels,
                       const std::vector<pelagrim::BandLabel>& band_plan,
                       const std::optional<pelagrim::Settings>& settings);

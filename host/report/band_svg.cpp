@@ -20,9 +20,9 @@ namespace {
 constexpr double kWidth = 1200.0;
 constexpr double kHeadHeight = 34.0;  // the title, above the picture
 constexpr double kFootHeight = 26.0;  // the legend, below it
-constexpr double kHeadDrop = 22.0;    // from the top down to the foot of the title
+constexpr double kHeadDrop = 22.0;    // from the top down to the baseline of the title
 
-// Beside the style that the picture has on the page.
+// In addition to the picture's style on the page.
 constexpr std::string_view kFileStyle =
     "text{font-family:system-ui,'DejaVu Sans',sans-serif}"
     ".band .title{font-size:17px;font-weight:600}";
@@ -38,7 +38,7 @@ bool beginsCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
 }
 
-/// At most `room` characters of `text`, the last of them an ellipsis where it was longer.
+/// At most `room` characters of `text`, ending in an ellipsis if it was longer.
 std::string shortened(const std::string& text, size_t room) {
   const auto count = std::count_if(text.begin(), text.end(), beginsCharacter);
   if (static_cast<size_t>(count) <= room) return text;
@@ -93,7 +93,7 @@ class Drawing {
   std::string timeSpan() const {
     const auto& [first_ms, last_ms] =
         std::pair(report_.layout.first_unix_ms, report_.layout.last_unix_ms);
-    // Between summer and winter the zone is part of each time, otherwise it is said once.
+    // If the times span a clock change, each has its zone; otherwise the zone is shown once.
     const std::string first_zone = fmt::format("{:%Z}", localTime(first_ms));
     const std::string last_zone = fmt::format("{:%Z}", localTime(last_ms));
     std::string first = timeText(first_ms);

@@ -6,7 +6,7 @@
 
 namespace pelagrim_host {
 
-/// The picture alone, of the whole band, as an SVG file. Times are in this machine's zone.
+/// Only the picture, of the whole band, as an SVG file. Times are in this machine's zone.
 std::string bandSvg(const ReportData& report);
 
 }  // namespace pelagrim_host

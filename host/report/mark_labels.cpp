@@ -24,7 +24,7 @@ class LabelPlaces {
   explicit LabelPlaces(const WholeBand& band)
       : band_(band), at_(band.measures()), behind_(band.skyline(WholeBand::MarkWidth::kNarrow)) {}
 
-  /// Where a label of so many characters stands over the mark of a channel.
+  /// Where a label of this length goes over the mark of a channel.
   LabelBox boxOf(size_t index, size_t characters) const {
     const ReportData& report = band_.report();
     const double half = 0.5 * static_cast<double>(characters) * at_.character_width + 2.0;
@@ -33,14 +33,14 @@ class LabelPlaces {
             report.layout.marks[index].top - at_.label_gap, half};
   }
 
-  /// Whether another mark rises behind.
+  /// Whether another mark is behind it.
   bool isHidden(const LabelBox& box) const {
     const auto first = behind_.begin() + static_cast<ptrdiff_t>(box.x - box.half_width);
     const auto columns = static_cast<ptrdiff_t>(2.0 * box.half_width);
     return *std::min_element(first, first + columns) < box.y;
   }
 
-  /// Keeps the place unless the label of another channel is in the way.
+  /// Takes the place unless the label of another channel is in the way.
   bool take(const LabelBox& box) {
     const bool is_free = std::none_of(taken_.begin(), taken_.end(), [&](const LabelBox& other) {
       return other.channel != box.channel &&

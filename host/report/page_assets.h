@@ -4,14 +4,15 @@
 
 namespace pelagrim_host {
 
-/// What is in page/, as it was when the program was built. The page's style begins with that of the
-/// picture; the scripts are one behind the other.
+/// The files of page/, as they were when the program was built. The page's style begins with that
+/// of the picture; the scripts are joined into one.
 extern const std::string_view kPageHtml;
 extern const std::string_view kPageCss;
 extern const std::string_view kPictureCss;
 extern const std::string_view kPageJs;
 
-/// What a content policy calls the style and the script by: "sha256-" and the sum in Base64.
+/// The names of the style and the script in a content security policy: "sha256-" and the sum in
+/// Base64.
 extern const std::string_view kPageCssHash;
 extern const std::string_view kPageJsHash;
 

@@ -20,7 +20,7 @@ namespace {
 
 using nlohmann::json;
 
-/// A tenth of a pixel or of a decibel is as fine as anybody sees; more digits make the page large.
+/// Nobody sees less than a tenth of a pixel or of a decibel; more digits would make the page large.
 json tenths(double value) {
   if (!std::isfinite(value)) return nullptr;
   return std::round(value * 10.0) / 10.0;
@@ -30,14 +30,14 @@ json whole(double value) {
   return static_cast<int64_t>(std::llround(value));
 }
 
-/// Null when it is not known.
+/// Null if it is not known.
 json moment(int64_t unix_ms) {
   if (unix_ms <= 0 || unix_ms > kLatestUnixMs) return nullptr;
   return unix_ms;
 }
 
-/// One array for each property, as long as there are channels: a name at each value would make a
-/// page of thousands of channels twice as large.
+/// One array for each property, with a value per channel: a name with each value would make a page
+/// of thousands of channels twice as large.
 json channelsOf(const ReportData& report) {
   json columns = json::object();
   const auto add = [&](const char* name, const auto& valueOf) {

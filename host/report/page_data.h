@@ -6,8 +6,8 @@
 
 namespace pelagrim_host {
 
-/// What the page's script reads: JSON without any "<", so that it can stand in a script element.
-/// Everything in it has a name, which the script uses as it is; page/data.js begins there.
+/// What the page's script reads: JSON without any "<", so that it can be put in a script element.
+/// The script uses its names as they are, starting in page/data.js.
 std::string pageData(const ReportData& report);
 
 }  // namespace pelagrim_host

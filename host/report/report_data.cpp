@@ -26,7 +26,7 @@ std::vector<std::pair<std::string, std::string>> readableSettings(const SurveyFi
   return readable;
 }
 
-/// What the reader of a comparison should know: what it could not tell, and why it may mislead.
+/// What the reader of a comparison should know: what it could not compare, and why it may mislead.
 std::vector<std::string> comparisonRemarks(const Comparison& comparison, const SurveyFiles& survey,
                                            const SurveyFiles& old) {
   std::vector<std::string> remarks;

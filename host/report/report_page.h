@@ -6,8 +6,8 @@
 
 namespace pelagrim_host {
 
-/// The report as one HTML page that needs nothing else. The data stand in it as JSON without any
-/// "<", and the page's script sets every text as text, so no name can become markup.
+/// The report as one HTML page that needs nothing else. The data are in it as JSON without any "<",
+/// and the page's script sets every text as text, so no name can become markup.
 std::string reportPage(const ReportData& report);
 
 }  // namespace pelagrim_host

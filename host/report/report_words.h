@@ -9,8 +9,8 @@
 
 namespace pelagrim_host {
 
-// The words of a report: the picture and the page take them from here, the page's script as data.
-// Words in braces are places that are filled in by name.
+// The words of a report, for the picture and the page; the page's script gets them as data. Words
+// in braces are placeholders, filled in by name.
 
 inline constexpr std::string_view kLevelScaleWords = "relative dB over floor";
 inline constexpr std::string_view kFrequencyUnitWords = "MHz";
@@ -21,11 +21,11 @@ inline constexpr std::string_view kLeastActiveWords =
     "hits/looks since first heard: 0";  // before the shades
 inline constexpr std::string_view kMostActiveWords = "1 or more";
 
-/// How a change is told.
+/// How a change is shown.
 struct ChangeWords {
   std::string_view name;
-  std::string_view symbol;      ///< before the frequency; empty when nothing has changed
-  std::string_view mark_style;  ///< of the mark, as picture.css has it; empty: as any other
+  std::string_view symbol;      ///< before the frequency; empty if nothing has changed
+  std::string_view mark_style;  ///< class of the mark in picture.css; empty: like any other
 };
 
 const ChangeWords& wordsOf(Change change);
@@ -33,11 +33,11 @@ const ChangeWords& wordsOf(Change change);
 /// The same for every change, in their order.
 const std::vector<ChangeWords>& changeWords();
 
-/// What the symbols and outlines of changes mean, of those that this report can show; nothing
+/// What the symbols and outlines of changes mean, for the changes that this report shows; empty
 /// without a comparison.
 std::string changeLegend(const ReportData& report);
 
-/// The head of a column of the table; `column` is its name in the page's data.
+/// The heading of a column of the table; `column` is its name in the page's data.
 struct ColumnWords {
   std::string_view column;
   std::string_view title;
@@ -46,7 +46,7 @@ struct ColumnWords {
 
 const std::vector<ColumnWords>& columnWords();
 
-/// Whatever else the page's script says, under the names that it asks for.
+/// All other texts of the page's script, under the names that it uses.
 struct ScriptWords {
   std::string_view name;
   std::string_view words;
@@ -57,18 +57,18 @@ const std::vector<ScriptWords>& scriptWords();
 /// "1 channel", "2 channels".
 std::string channelCount(size_t count);
 
-/// Without those that are gone.
+/// Without gone channels.
 size_t knownChannels(const ReportData& report);
 
-/// How many channels this survey knows, and how many of the earlier one are gone: "15 channels",
-/// "15 channels, 1 gone".
+/// How many channels this survey has, and how many of the earlier one are gone: "15 channels", "15
+/// channels, 1 gone".
 std::string channelsText(const ReportData& report);
 
 /// The band, and channelsText.
 std::string titleOf(const ReportData& report);
 
-/// When the channels were seen: words with the places {first}, {last} and {zone}, or why there is
-/// no such time.
+/// When the channels were seen: text with the placeholders {first}, {last} and {zone}, or why there
+/// is no such time.
 std::string_view timeSpanWords(const ReportData& report);
 
 }  // namespace pelagrim_host

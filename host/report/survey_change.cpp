@@ -20,15 +20,15 @@ struct Pair {
 
 using MayBeOne = std::function<bool(const SurveyedChannel& now, const SurveyedChannel& before)>;
 
-/// Whether two channels can be one by their widths. Below the raster, where a channel is a few bins
-/// wide, the width says little.
+/// Whether two channels can be the same, judging by their widths. Below the raster, where a channel
+/// is a few bins wide, the width says little.
 bool areOfSimilarWidth(const SurveyedChannel& one, const SurveyedChannel& other, double raster_hz) {
   constexpr double kMaxRatio = 4.0;
   const auto [narrow_hz, wide_hz] = std::minmax({one.width_hz, other.width_hz});
   return wide_hz <= std::max(raster_hz, kMaxRatio * narrow_hz);
 }
 
-/// The nearest first, each channel in one pair at most.
+/// The nearest first, each channel in at most one pair.
 std::vector<Pair> pairsWithinReach(const std::vector<SurveyedChannel>& channels,
                                    const std::vector<SurveyedChannel>& old_channels,
                                    double raster_hz, const MayBeOne& may_be_one) {
@@ -79,7 +79,8 @@ bool isContinued(const SurveyedChannel& now, const SurveyedChannel& before) {
          now.looks >= before.looks && now.hits >= before.hits && was_seen_again == is_later;
 }
 
-/// Whether these pairs of continued channels are all that the earlier survey had, and more came.
+/// Whether these pairs of continued channels include all of the earlier survey's, and there was
+/// something new.
 bool isWholeContinued(const std::vector<Pair>& pairs, const std::vector<SurveyedChannel>& channels,
                       const std::vector<SurveyedChannel>& old_channels) {
   if (pairs.size() != old_channels.size()) return false;

@@ -9,36 +9,36 @@
 
 namespace pelagrim_host {
 
-/// What became of a channel between two surveys of one band.
+/// What happened to a channel between two surveys of one band.
 enum class Change { kNone, kNew, kGone, kMoreOften, kLessOften };
 
-/// A channel as a report shows it. One that is gone stands as the earlier survey had it.
+/// A channel as a report shows it. A gone one is shown as in the earlier survey.
 struct ReportedChannel {
   SurveyedChannel channel;
   Change change = Change::kNone;
-  uint32_t old_hits = 0;  ///< in the earlier survey; 0 of 0 when it was not there
+  uint32_t old_hits = 0;  ///< in the earlier survey; 0 of 0 if it was not there
   uint32_t old_looks = 0;
 };
 
-/// The channels of a survey that is compared with none.
+/// The channels of a survey without a comparison.
 std::vector<ReportedChannel> withoutComparison(const std::vector<SurveyedChannel>& channels);
 
 struct Comparison {
   std::vector<ReportedChannel> channels;
-  /// The earlier survey is an earlier state of the same one; nothing is gone then.
+  /// The earlier survey is an earlier state of the same one; then nothing is gone.
   bool is_continued = false;
   size_t gone_outside_band = 0;  ///< counted by dropChangesOutsideBands, as is the next one
   size_t new_outside_old_band = 0;
 };
 
-/// `channels` in their order, then those of `old_channels` that are gone.
+/// `channels` in their order, then the gone ones of `old_channels`.
 ///
-/// Two are the same channel when their centres are no further apart than the raster or half the
-/// wider of their widths, and when the wider is no more than four times as wide as the other or
-/// both are narrower than the raster. Where several fit, the nearest pair comes first, and no
-/// channel is paired twice.
+/// Two are the same channel if their centres are no further apart than the raster or half the wider
+/// of their widths, and if the wider is at most four times as wide as the other or both are
+/// narrower than the raster. If several fit, the nearest pair comes first, and no channel is paired
+/// twice.
 ///
-/// A channel is seen more or less often when the difference is more than chance would make of so
+/// A channel is seen more or less often if the difference is more than chance would give with that
 /// many looks: a two-proportion z-test of activities at two standard errors (Fleiss, Levin, Paik:
 /// Statistical Methods for Rates and Proportions).
 ///
@@ -50,9 +50,9 @@ Comparison compareSurveys(const std::vector<SurveyedChannel>& channels,
                           const std::vector<SurveyedChannel>& old_channels, double raster_hz,
                           bool may_be_continued = true);
 
-/// Only where both surveys looked can a channel be new or gone: takes out those that are gone but
-/// lie outside the band of now, and leaves unmarked those that are new but lie outside the band of
-/// the earlier survey. A survey that does not sweep has no band.
+/// A channel can be new or gone only where both surveys looked. Removes gone channels outside the
+/// present band, and unmarks new channels outside the band of the earlier survey. A survey that
+/// does not sweep has no band.
 void dropChangesOutsideBands(Comparison& comparison, const std::optional<pelagrim::Settings>& now,
                              const std::optional<pelagrim::Settings>& before);
 

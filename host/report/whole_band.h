@@ -7,11 +7,10 @@
 
 namespace pelagrim_host {
 
-/// The layout with the whole band from the left edge of the plot to the right one, which the page
-/// shows only until somebody zooms.
+/// The layout with the whole band across the plot, which the page shows only until somebody zooms.
 class WholeBand {
  public:
-  /// Keeps a reference to `report`; `width` is the picture's, in pixels.
+  /// Keeps a reference to `report`. `width`: of the picture, in pixels.
   WholeBand(const ReportData& report, double width);
 
   const ReportData& report() const { return report_; }
@@ -48,7 +47,7 @@ struct FrequencyTick {
   std::string mhz;
 };
 
-/// As many as have room, at round frequencies.
+/// As many as fit, at round frequencies.
 std::vector<FrequencyTick> frequencyTicks(const WholeBand& band);
 
 /// A mark to draw.
@@ -61,10 +60,10 @@ struct MarkBox {
   bool is_edged;  ///< with a white edge
 };
 
-/// Every channel over level and, where its times are known, over time. The wide come first, of
-/// equal width the tall, and of equal height what was seen often, so that what lies upon them is
-/// drawn upon them and never behind. A white edge parts marks from what they lie upon; a crowd,
-/// where it would be all one saw, has it on wide marks alone.
+/// Every channel by level and, if its times are known, by time. Wide ones come first, then tall
+/// ones, then those seen often, so that smaller marks are drawn on top of larger ones and never
+/// behind them. A white edge separates a mark from those under it; in a crowd, where the edges
+/// would hide everything, only wide marks have one.
 std::vector<MarkBox> markBoxes(const WholeBand& band);
 
 /// Words over a mark, centred on x.
@@ -74,9 +73,9 @@ struct MarkLabel {
   std::string words;
 };
 
-/// Frequencies over the marks, what has changed and then the most active first: where no other
-/// label stands and no other mark rises behind. Places for the symbols of what has changed are kept
-/// free, in a crowd only where they would stand out.
+/// Frequencies over the marks, changed channels first and then the most active, wherever there is
+/// no other label and no other mark behind. Places for the symbols of changed channels are kept
+/// free, but in a crowd only where the symbols would stand out.
 std::vector<MarkLabel> markLabels(const WholeBand& band);
 
 }  // namespace pelagrim_host

@@ -21,7 +21,7 @@ int HostServices::tune(double hz) noexcept {
   if (may_tune_) {
     try {
       request.answer = source_.tune(hz);
-    } catch (const std::exception& failure) {  // none may pass through the plug-in
+    } catch (const std::exception& failure) {  // no exception may pass through the plug-in
       request.answer = kTuneRefused;
       request.why_refused = failure.what();
     }

@@ -9,12 +9,12 @@
 
 namespace pelagrim_host {
 
-/// What the plug-in may ask of its host: the clock, and to tune.
+/// What the plug-in may ask its host for: the time, and to tune.
 ///
-/// A request is answered truthfully on the spot, by the user's permission and then by the source,
-/// which moves at once; telling the plug-in (retune) has to wait until its process call has
-/// returned, so the request is kept for whoever made that call. All calls on one thread; the object
-/// stays where it is, as the plug-in holds the address of its table.
+/// A request is answered on the spot: first by the user's permission, then by the source, which
+/// moves at once. The plug-in must not be told (retune) until its process call has returned, so the
+/// request is kept for the caller of process. All calls on one thread. The object must not move,
+/// because the plug-in holds the address of its table.
 class HostServices {
  public:
   HostServices(IqSource& source, const SurveyClock& clock, bool may_tune);

@@ -48,7 +48,7 @@ Panel PanelReader::read(size_t max_rows) {
   if (api_ == nullptr) return panel;
   panel.title = displayText(api_->title == nullptr ? "" : api_->title);
   panel.columns = columns_;
-  // The panel does not say how many rows it has, only that it filled all the room there was.
+  // The panel does not say how many rows it has, only that it has filled all the room.
   max_rows = std::min(max_rows, kMaxRows);
   size_t room = std::min(max_rows, kFirstRoom);
   size_t count = poll(room);
@@ -72,7 +72,7 @@ std::optional<DwellCount> PanelReader::countDwells() {
   return DwellCount{*dwells_done, *slices, cellText(rows_[0].cells[1]) != "fixed"};
 }
 
-/// Polls into rows_, which gets room for `max_rows` rows, and returns how many came.
+/// Polls up to `max_rows` rows into rows_ and returns how many came.
 size_t PanelReader::poll(size_t max_rows) {
   rows_.resize(std::max(rows_.size(), max_rows));
   const auto count = api_->poll_rows(handle_, rows_.data(), static_cast<unsigned int>(max_rows));

@@ -23,19 +23,19 @@ struct Panel {
   std::vector<PanelRow> rows;
 };
 
-/// How far the survey is, as the panel's summary row counts it. An interface for people: the third
-/// cell holds the slices of the band, the fifth the dwells done, and the second says "fixed" when
-/// the receiver stays where it is.
+/// How far the survey is, from the panel's summary row. That row is written for people: the third
+/// cell holds the slices of the band, the fifth the dwells done, and the second says "fixed" if the
+/// receiver stays where it is.
 struct DwellCount {
   uint32_t dwells_done = 0;
   uint32_t slices = 0;
   bool sweeping = true;
 
-  /// Dwells that make one pass over what is surveyed, at least 1.
+  /// How many dwells make one pass, at least 1.
   uint32_t dwellsPerPass() const { return sweeping && slices > 0 ? slices : 1; }
 };
 
-/// A plug-in's panel, open for reading. On the interface thread.
+/// A plug-in's panel, open for reading. Used on the interface thread.
 class PanelReader {
  public:
   /// `api` null: a plug-in without a panel, whose pictures are empty.
@@ -47,7 +47,7 @@ class PanelReader {
   /// The first `max_rows` rows: the summary, warnings, then the busiest channels.
   Panel read(size_t max_rows = SIZE_MAX);
 
-  /// Nothing when the panel has no summary row that counts dwells.
+  /// Nothing if the panel has no summary row that counts dwells.
   std::optional<DwellCount> countDwells();
 
  private:

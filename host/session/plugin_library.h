@@ -8,16 +8,16 @@
 
 namespace pelagrim_host {
 
-/// A plug-in that cannot be loaded or whose descriptor does not hold. The line names the file.
+/// A plug-in that cannot be loaded or whose descriptor is wrong. The message names the file.
 struct PluginError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// A loaded plug-in whose descriptor and tables have been checked: sizes, kinds, no null function
-/// in a table that is used. It is unloaded with the object.
+/// A loaded plug-in whose descriptor and tables have been checked: sizes, kinds, no null functions
+/// in the tables that are used. It is unloaded with the object.
 class PluginLibrary {
  public:
-  /// Loads the library; a path without a slash is looked for as the dynamic loader does.
+  /// Loads the library; a path without a slash is searched for like any library.
   explicit PluginLibrary(const std::filesystem::path& path);
   ~PluginLibrary();
   PluginLibrary(const PluginLibrary&) = delete;
@@ -25,13 +25,13 @@ class PluginLibrary {
 
   const WendleIqApi& iq() const { return *iq_; }
 
-  /// Null when the plug-in has no panel.
+  /// Null if the plug-in has no panel.
   const WendlePanelApi* panel() const { return panel_; }
 
-  /// Null when the plug-in wants nothing from its host.
+  /// Null if the plug-in needs nothing from its host.
   const WendleHostClientApi* hostClient() const { return host_client_; }
 
-  /// What --plugin-info shows: one line for each thing, each ended by a line end.
+  /// What --plugin-info shows: one fact per line, each ending in a line feed.
   std::string describe() const;
 
  private:
@@ -47,8 +47,8 @@ class PluginLibrary {
   const WendleHostClientApi* host_client_ = nullptr;
 };
 
-/// Where the plug-in is when nobody says: beside the program, one folder above it (a build tree),
-/// lib/pelagrim below the program's prefix, else left to the search of the dynamic loader.
+/// Where the plug-in is by default: beside the program, one folder above it (in a build tree), in
+/// lib/pelagrim under the program's prefix, else wherever the dynamic loader finds it.
 std::filesystem::path findDefaultPlugin();
 
 }  // namespace pelagrim_host

@@ -8,7 +8,7 @@ SurveyClock::SurveyClock(ClockPolicy policy, double rate_hz)
     : start_unix_ms_(policy.startUnixMs()), rate_hz_(rate_hz) {}
 
 void SurveyClock::leapTo(int64_t unix_ms) {
-  constexpr int64_t kRoundingMs = 1;  // no gap: both times are cut to whole milliseconds
+  constexpr int64_t kRoundingMs = 1;  // not a gap: both times are truncated to whole milliseconds
   if (!start_unix_ms_ || unix_ms <= nowMs() + kRoundingMs) return;
   start_unix_ms_ = unix_ms;
   samples_ = 0;
@@ -17,7 +17,7 @@ void SurveyClock::leapTo(int64_t unix_ms) {
 int64_t SurveyClock::nowMs() const {
   if (!start_unix_ms_) return wallClockMs();
   // The 64-bit mantissa of a long double holds samples * 1000 exactly for thousands of years, and
-  // then the quotient truncates as whole numbers would; a rate with a fraction works as well.
+  // so the quotient truncates as whole numbers would; a rate with a fraction works, too.
   const long double elapsed_ms =
       static_cast<long double>(samples_) * 1000.0L / static_cast<long double>(rate_hz_);
   const int64_t now_ms = *start_unix_ms_ + static_cast<int64_t>(elapsed_ms);

@@ -6,8 +6,8 @@
 
 namespace pelagrim_host {
 
-/// Which time a survey goes by: that of the wall clock for a live receiver, else one that follows
-/// the samples, so that a survey runs as fast as the machine can and comes out the same every time.
+/// A survey's time: the wall clock for a live receiver, else a clock that follows the samples, so
+/// that a survey runs as fast as the machine allows and comes out the same every time.
 class ClockPolicy {
  public:
   static ClockPolicy wallClock() { return ClockPolicy({}); }
@@ -29,18 +29,20 @@ class SurveyClock {
   /// `rate_hz`: of the samples, positive.
   SurveyClock(ClockPolicy policy, double rate_hz);
 
-  /// Counts samples that are about to be delivered.
+  /// Counts samples that are about to be delivered to the plug-in.
   void advance(size_t samples) { samples_ += samples; }
 
-  /// Leaps over a gap in a recording to unix_ms. Never back; the wall clock takes no notice.
+  /// Jumps forward to unix_ms, over a gap in a recording. Never goes back; ignored for the wall
+  /// clock.
   void leapTo(int64_t unix_ms);
 
-  /// Unix time in whole milliseconds, truncated; without drift, as it is computed from the count.
-  /// Never 0, which to a plug-in means that there is no time.
+  /// Unix time in whole milliseconds, truncated. It does not drift, because it is computed from the
+  /// count. Never 0, which would mean to the plug-in that the time is unknown.
   int64_t nowMs() const;
 
  private:
-  std::optional<int64_t> start_unix_ms_;  ///< where samples_ counts from; nothing: the wall clock
+  std::optional<int64_t>
+      start_unix_ms_;  ///< where samples_ counts from; nothing for the wall clock
   double rate_hz_;
   uint64_t samples_ = 0;
 };

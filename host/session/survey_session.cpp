@@ -14,8 +14,8 @@ namespace {
 
 constexpr uint64_t kNoLimit = std::numeric_limits<uint64_t>::max();
 
-/// Short enough that a dwell ends on time and the display moves, long enough that the call and the
-/// look at the clock cost nothing, and small enough for the processor's cache.
+/// Short enough that dwells end on time and the display moves, long enough that the call and the
+/// clock cost nothing, and small enough for the processor's cache.
 size_t usualBlockSamples(double rate_hz) {
   return static_cast<size_t>(std::clamp(rate_hz / 20.0, 1024.0, 65536.0));
 }
@@ -61,7 +61,7 @@ SessionResult SurveySession::run(const std::function<bool()>& stop,
   try {
     play(stop, rescan);
   } catch (...) {
-    failure = std::current_exception();  // whatever failed, what was gathered is saved
+    failure = std::current_exception();  // whatever failed, the survey is saved first
   }
   tell(end());
   view_.finished(panel_.read());
@@ -109,10 +109,10 @@ SurveySession::News SurveySession::start() {
 }
 
 SurveySession::News SurveySession::feed(const Block& block) {
-  // A recording may go on later and at another centre.
+  // A recording may continue later and at another centre.
   if (block.unix_ms) clock_.leapTo(*block.unix_ms);
   if (block.centre_hz != told_centre_hz_) retune(block.centre_hz);
-  // The clock stands at the end of the block when the plug-in looks at it.
+  // The plug-in must see the clock at the end of the block.
   clock_.advance(block.samples.size());
   samples_ += block.samples.size();
   const double looked_at_hz = told_centre_hz_;
@@ -126,7 +126,7 @@ SurveySession::News SurveySession::feed(const Block& block) {
   }
   news.centre_hz = told_centre_hz_;
   news.messages = takeMessages();
-  // Every dwell that is evaluated leaves a line, so without one there is nothing new to count.
+  // Every evaluated dwell leaves a message, so without one there is nothing new to count.
   if (news.tune || !news.messages.empty()) news.dwell_done = countDwells(looked_at_hz);
   return news;
 }
@@ -154,7 +154,7 @@ std::vector<std::string> SurveySession::takeMessages() {
   return messages;
 }
 
-/// What there is to say of the dwell at `looked_at_hz`, if it has been evaluated.
+/// What to report about the dwell at `looked_at_hz`, if it has been evaluated.
 std::optional<SurveyProgress> SurveySession::countDwells(double looked_at_hz) {
   const uint32_t before = dwells_ ? dwells_->dwells_done : 0;
   dwells_ = panel_.countDwells();
@@ -202,7 +202,8 @@ void SurveySession::showSnapshot() {
 
 // ---- pace ---------------------------------------------------------------------------------------
 
-/// Sleeps until the samples delivered so far would have arrived, in naps that notice `stop`.
+/// Sleeps until the samples delivered so far would have arrived, in naps short enough to notice
+/// `stop`.
 void SurveySession::waitForSamples(const std::function<bool()>& stop) const {
   constexpr std::chrono::duration<double> kNap(0.1);
   const std::chrono::duration<double> due(static_cast<double>(samples_) / source_.sampleRateHz());

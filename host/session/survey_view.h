@@ -10,10 +10,10 @@
 
 namespace pelagrim_host {
 
-/// What a run listens to.
+/// The source of a run.
 struct SourceFacts {
   std::string name;
-  double centre_hz = 0.0;  ///< at the beginning
+  double centre_hz = 0.0;  ///< at the start
   double rate_hz = 0.0;
 };
 
@@ -24,20 +24,20 @@ struct SurveyProgress {
   int64_t unix_ms = 0;                      ///< the survey's clock
   uint64_t samples = 0;                     ///< delivered so far
   uint64_t overflows = 0;                   ///< of the receiver, so far
-  double dwell_elapsed_seconds = 0.0;       ///< of the dwell in progress, by the survey's clock
-  std::optional<DwellCount> dwells{};       ///< where the plug-in counts them
-  std::optional<uint32_t> wanted_passes{};  ///< where the run ends after so many
-  std::optional<double> wanted_seconds{};   ///< where the run ends after so much receiver time
+  double dwell_elapsed_seconds = 0.0;       ///< in the current dwell, by the survey's clock
+  std::optional<DwellCount> dwells{};       ///< nothing if the plug-in does not count them
+  std::optional<uint32_t> wanted_passes{};  ///< after which the run ends, if limited
+  std::optional<double> wanted_seconds{};   ///< of receiver time, likewise
 };
 
-/// A run at one moment.
+/// The state of a run at one moment.
 struct SurveySnapshot {
   SurveyProgress progress;
   Panel panel;
 };
 
-/// Whoever shows a run: to a person as lines or as a live view, to a script as JSON. What a view is
-/// told is a copy; it never reads from the run itself. All calls on one thread.
+/// Shows a run: to a person as lines or as a live view, to a script as JSON. A view gets copies and
+/// never reads from the run itself. All calls on one thread.
 class SurveyView {
  public:
   virtual ~SurveyView() = default;
@@ -48,35 +48,35 @@ class SurveyView {
   /// The source has been opened.
   virtual void opened(const SourceFacts& source) = 0;
 
-  /// The plug-in has read its files and starts to survey, or has started afresh on a rescan.
+  /// The plug-in has read its files and starts to survey, at the start or after a rescan.
   virtual void started() {}
 
-  /// The settings that the run goes by from here on, in one line.
+  /// The settings in force from now on, in one line.
   virtual void inForce(const std::string& line) { note(line); }
 
-  /// What the host itself has to say: what was taken for what, where files are.
+  /// A line from the host itself: what was taken from where, where files are.
   virtual void note(const std::string& line) = 0;
 
-  /// Something that the user should look into, and that stops nothing.
+  /// Something that the user should look into, but that does not stop the run.
   virtual void warning(const std::string& line) = 0;
 
-  /// A message line of the plug-in.
+  /// A message line from the plug-in.
   virtual void message(const std::string& line) = 0;
 
-  /// A dwell has been evaluated. `progress` has its centre and what is done by now.
+  /// A dwell has been evaluated. `progress` has its centre and the counts so far.
   virtual void dwellDone(const SurveyProgress& progress) = 0;
 
   /// The plug-in asked to tune. `centre_hz`: where the receiver is now.
   virtual void tuned(const TuneRequest& request, double centre_hz) = 0;
 
-  /// Asked after every block of samples: how many rows of the panel should come with a snapshot
-  /// now; nothing: no snapshot.
+  /// Asked after every block of samples: how many rows of the panel a snapshot should have now;
+  /// nothing for no snapshot.
   virtual std::optional<size_t> wantsSnapshot() { return std::nullopt; }
 
-  /// The snapshot that was wanted.
+  /// The snapshot that was asked for.
   virtual void snapshot(const SurveySnapshot&) {}
 
-  /// The run has ended, the last dwell is evaluated.
+  /// The run has ended and the last dwell has been evaluated.
   virtual void finished(const Panel& panel) = 0;
 };
 

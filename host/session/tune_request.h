@@ -4,11 +4,11 @@
 
 namespace pelagrim_host {
 
-/// A tune request of the plug-in and what it was told.
+/// A tune request from the plug-in and the answer to it.
 struct TuneRequest {
   double hz = 0.0;
   int answer = 0;           ///< a WendleTuneResult
-  std::string why_refused;  ///< the source's own words where it failed, else empty
+  std::string why_refused;  ///< in the source's own words, if it failed; else empty
 };
 
 }  // namespace pelagrim_host

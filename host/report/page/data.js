@@ -1,11 +1,11 @@
-// ---- What the program knows of the survey -------------------------------------------------------
-// Names with an underscore are the program's own (page_data.cpp); others are worked out here.
+// ---- What the program knows about the survey ----------------------------------------------------
+// Names with an underscore come from the program (page_data.cpp); others are computed here.
 const find = (id) => document.getElementById(id);
 const data = JSON.parse(find('survey').textContent);
 const at = data.measures;
 const words = data.words;
 
-/** The words of that name, with its places such as {low} filled in from `values`. */
+/** The text with that name, with placeholders such as {low} filled in from `values`. */
 function say(name, values = {}) {
   return words[name].replace(/\{(\w+)\}/g, (place, key) => values[key]);
 }
@@ -19,10 +19,10 @@ const channels = data.channels.centre_hz.map((_, index) => {
     ...seen,
     low: seen.centre_hz - half,
     high: seen.centre_hz + half,
-    activity: seen.hits < seen.looks ? seen.hits / seen.looks : 1,  // to order and choose by
+    activity: seen.hits < seen.looks ? seen.hits / seen.looks : 1,  // to sort and filter by
     kindName: data.kinds[seen.kind],
     band,
-    bandChoice: data.plan.indexOf(band),  // of several ranges of one name the first; none: -1
+    bandChoice: data.plan.indexOf(band),  // the first range with the name; none: -1
     changed: data.changes[seen.change],
     isGone: data.changes[seen.change].name === 'gone',
     row: null,  // once it is made

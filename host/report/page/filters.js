@@ -18,7 +18,7 @@ offer(filters.band, 'bandChoice', (band) => (band < 0 ? words.no_band : data.pla
 offer(filters.change, 'change', (change) => data.changes[change].name || words.no_change);
 find('change-label').hidden = !data.is_compared;
 
-/** The filters as a sentence for paper, where they themselves are not seen. */
+/** The filters as a sentence, for paper, where the controls are not shown. */
 function filterText(onlyInView) {
   const chosen = (filter, name) => (
     filter.value && say(name, { name: filter.selectedOptions[0].textContent }));

@@ -1,5 +1,5 @@
 // ---- Picture: frequencies over the marks --------------------------------------------------------
-/** Where a label of so many characters stands over the mark of a channel. */
+/** Where a label of this length goes over the mark of a channel. */
 function labelBox(channel, characters) {
   const half = (characters * at.character_width) / 2 + 2;
   const x = Math.min(Math.max(xOf(channel.centre_hz), at.left + half), pictureWidth - half);

@@ -10,7 +10,7 @@ const outline = (x, y, width, height) => {
 };
 const levelRange = at.level_bottom - at.level_top;
 const timeRange = at.time_bottom - at.time_top;
-/** What is drawn of a channel, each with its part of the height there is. */
+/** The shapes drawn for a channel, each with its share of the full height. */
 function outlines(channel) {
   const { x, width } = boxOf(channel);
   const height = at.level_bottom - channel.top;
@@ -23,7 +23,7 @@ function outlines(channel) {
   return drawn;
 }
 
-/** For each column of pixels where the highest mark ends of those whose width is asked for. */
+/** For each column of pixels, the top of the highest mark of the width asked for. */
 function skylineOf(isTaken) {
   const skyline = new Array(Math.ceil(pictureWidth) + 1).fill(at.level_bottom);
   for (const channel of channels) {
@@ -38,14 +38,14 @@ function skylineOf(isTaken) {
   return skyline;
 }
 
-// Marks that look alike are one path, or thousands of them would keep the reader waiting. The wide
-// come first, of equal width the tall, and of equal height what was seen often, so that what lies
-// upon them is drawn upon them and never behind.
+// Marks that look alike are one path, or thousands of them would keep the reader waiting. Wide ones
+// come first, then tall ones, then those seen often, so that smaller marks are drawn on top of
+// larger ones and never behind them.
 const heightSteps = 10;
 function drawMarks() {
   const groups = new Map();
-  // A white edge parts marks from what they lie upon; a crowd, where it would be all one saw, has
-  // it on wide marks alone.
+  // A white edge separates a mark from those under it; in a crowd, where the edges would hide
+  // everything, only wide marks have one.
   const crowded = isCrowded();
   const wideMarks = skylineOf((width) => width > at.wide_mark);
   const isEdged = ({ centre_hz }) => (

@@ -40,7 +40,7 @@ function pickNext(step) {
   pick(shown[next]);
 }
 
-/** The channel under a point: of several the narrowest, of equal ones the nearest. */
+/** The channel under a point: the narrowest of several, the nearest of equally wide ones. */
 function channelAt(x, y) {
   const slack = 4;
   let best = null;

@@ -73,7 +73,7 @@ function drawAxis() {
   write(axis, at.left - at.unit_gap, y + at.tick_drop, 'soft end', words.frequency_unit);
 }
 
-/** At most `room` characters of `text`, the last of them an ellipsis where it was longer. */
+/** At most `room` characters of `text`, ending in an ellipsis if it was longer. */
 function shortened(text, room) {
   const characters = [...text];
   return characters.length <= room ? text : `${characters.slice(0, room - 1).join('')}…`;

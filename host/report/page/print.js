@@ -1,4 +1,4 @@
-// ---- The page is there: size, and paper ---------------------------------------------------------
+// ---- The page is loaded: size, and paper --------------------------------------------------------
 const printWidth = 700;  // of an A4 page within its margins, in CSS pixels
 function fit(width) {
   if (width <= 0 || width === pictureWidth) return;

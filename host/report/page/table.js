@@ -15,8 +15,8 @@ const timeColumn = (name) => ({
   style: 'time',
   text: (c) => timeText(c[name], c.isGone ? oldGuessMark : guessMark),
 });
-// How each of the columns shows a channel. Widths are parts of the table's; what isDown is sorted
-// from the top down at first.
+// How each column shows a channel. Widths are shares of the table's width; isDown columns sort
+// downwards at first.
 const showing = {
   centre_hz: { width: 12, text: (c) => mhz(c.centre_hz) },
   change: { width: 15, isDown: true, isText: true, text: changeText },
@@ -74,7 +74,7 @@ function rowOf(channel) {
   return channel.row;
 }
 
-/** How many rows there are, apart from those that are gone, as the title counts them. */
+/** How many rows there are without gone channels, as the title counts them. */
 function countText(shown) {
   const [gone, allGone] = [shown, channels].map((list) => list.filter((c) => c.isGone).length);
   return [
@@ -83,7 +83,8 @@ function countText(shown) {
   ].filter(Boolean).join(', ');
 }
 
-// Rows come in portions, so that the page is seen, and answers, before the last of them is made.
+// Rows are made in portions, so that the page is shown and responds before the last of them is
+// ready.
 const portion = 150;
 let waiting = [];
 let timer = 0;
@@ -92,7 +93,7 @@ function appendRows(count) {
   find('rows').append(...waiting.splice(0, count).map(rowOf));
   if (waiting.length > 0) timer = setTimeout(() => appendRows(2 * portion), 0);
 }
-/** What has no value comes last, whichever way the rest is sorted. */
+/** Missing values come last, whichever way the rest is sorted. */
 function compare(a, b) {
   const [left, right] = [a[sortBy.name], b[sortBy.name]];
   if (left === right) return a.centre_hz - b.centre_hz;

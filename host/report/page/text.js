@@ -9,7 +9,7 @@ function offsetText(ms) {
   const size = Math.abs(minutes);
   return `UTC${minutes < 0 ? '−' : '+'}${two(Math.floor(size / 60))}:${two(size % 60)}`;
 }
-// Between summer and winter the offset is part of each time, otherwise it is said once.
+// If the times span a clock change, each has its offset; otherwise the offset is shown once.
 const times = channels.flatMap((c) => [c.first_unix_ms, c.last_unix_ms]);
 const offsets = [...new Set(times.filter((ms) => ms !== null).map(offsetText))];
 const zoneName = Intl.DateTimeFormat().resolvedOptions().timeZone || words.local_time;
@@ -21,7 +21,7 @@ const clockText = (d) => [d.getHours(), d.getMinutes(), d.getSeconds()].map(two)
 const millisText = (d) => `.${String(d.getMilliseconds()).padStart(3, '0')}`;
 const guessMark = data.times_are_guesses ? words.guess_mark : '';
 const oldGuessMark = data.old_times_are_guesses ? words.guess_mark : '';
-/** `mark` stands before it where it is a guess. */
+/** `mark` goes in front of a guess. */
 function timeText(ms, mark = guessMark) {
   if (ms === null) return words.missing;
   const date = new Date(ms);
