@@ -12,7 +12,7 @@
 #include "survey/slice_plan.h"
 #include "survey/spectrum.h"
 #include "survey/survey.h"
-#include "survey/tuning.h"
+#include "survey/tune_refusal.h"
 
 namespace pelagrim {
 

@@ -6,6 +6,8 @@
 #include <numeric>
 #include <utility>
 
+#include "host/report/mark_colours.h"
+
 namespace pelagrim_host {
 namespace {
 
@@ -128,13 +130,6 @@ void layOutTimes(BandLayout& layout) {
 }
 
 }  // namespace
-
-const std::vector<std::string>& activityShades() {
-  static const std::vector<std::string> shades = {"#deba42", "#b0b53d", "#7dad49", "#40a35c",
-                                                  "#039170", "#007c76", "#076974", "#04566f",
-                                                  "#02426d", "#0f2677", "#230863"};
-  return shades;
-}
 
 double overFloorDb(const SurveyedChannel& channel) {
   const double over_db = channel.peak_db - channel.floor_db;

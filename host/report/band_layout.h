@@ -25,7 +25,7 @@ struct ChannelMark {
   double top = 0.0;
   double time_begin = 0.0;  ///< both 0 if it has no times; within the span of the survey
   double time_end = 0.0;
-  size_t shade = 0;  ///< index into activityShades()
+  size_t shade = 0;  ///< index into activityShades() of mark_colours.h
 };
 
 /// A line of the scale of levels.
@@ -55,11 +55,6 @@ struct BandLayout {
   std::vector<PlanStretch> strip;
   std::vector<ChannelMark> marks;  ///< one for each channel, in their order
 };
-
-/// Colours for how often a channel was seen, from never to always: even steps in lightness, light
-/// to dark, so that they read in grey, on paper and for the colour-blind; drawn along an arc of
-/// hues in OKLCH (Ottosson, 2020).
-const std::vector<std::string>& activityShades();
 
 /// The latest time that a page's script can show; later times count as unknown.
 constexpr int64_t kLatestUnixMs = 8'640'000'000'000'000;

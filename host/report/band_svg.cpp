@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "host/report/mark_colours.h"
 #include "host/report/page_assets.h"
 #include "host/report/report_words.h"
 #include "host/report/whole_band.h"

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "host/report/mark_colours.h"
 #include "host/report/report_words.h"
 #include "host/text/display_text.h"
 #include "survey/signal_kind.h"

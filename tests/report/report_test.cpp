@@ -13,6 +13,7 @@
 
 #include "host/report/band_layout.h"
 #include "host/report/band_svg.h"
+#include "host/report/mark_colours.h"
 #include "host/report/report_data.h"
 #include "host/report/report_page.h"
 #include "host/report/report_words.h"

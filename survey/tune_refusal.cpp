@@ -1,4 +1,4 @@
-#include "survey/tuning.h"
+#include "survey/tune_refusal.h"
 
 namespace pelagrim {
 
