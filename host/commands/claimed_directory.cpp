@@ -14,7 +14,8 @@
 namespace pelagrim_host {
 namespace {
 
-/// A recording can be surveyed again, and its dwells follow each other as fast as the machine can.
+/// A recording can be surveyed again, and its dwells follow each other as fast as the machine
+/// allows.
 std::chrono::milliseconds copyInterval(SourceKind kind) {
   return std::chrono::seconds(kind == SourceKind::kReceiver ? 0 : 1);
 }
@@ -68,9 +69,9 @@ void ClaimedDirectory::surveyStarts() {
   SurveySettings set;
   try {
     set = readSettings(directory_).value_or(SurveySettings{});
-  } catch (const std::runtime_error&) {  // the plug-in, too, goes on without the file
+  } catch (const std::runtime_error&) {  // the plug-in goes on without the file, too
   }
-  // As in the plug-in, a key that the file does not have keeps its value, at first the default.
+  // As in the plug-in, a key that is not in the file keeps its value, at first the default.
   memory_.settings = set.inForce(memory_.settings);
   view_.inForce(inForceText(memory_.settings, set.without(changes_), gain_));
   changes_ = {};

@@ -14,22 +14,22 @@
 
 namespace pelagrim_host {
 
-/// A survey directory that this run has to itself, made ready for the plug-in: nothing in it is
-/// somebody else's, a list that the last run left torn is whole again, and the list is this
-/// source's. It stays so to the end of the object. What was done is said to the view, which
-/// outlives the object. All calls on the thread that runs the survey.
+/// A survey directory that this run has to itself, ready for the plug-in: nothing in it belongs to
+/// somebody else, a list that the last run left torn is whole again, and the list belongs to this
+/// source. It stays that way as long as the object exists. The view, which must outlive the object,
+/// is told what was done. All calls on the thread that runs the survey.
 class ClaimedDirectory {
  public:
-  /// Throws TryAgainLater while another run has the directory, UsageError where its list is another
-  /// source's, std::runtime_error where it cannot be used.
+  /// Throws TryAgainLater while another run has the directory, UsageError if its list belongs to
+  /// another source, std::runtime_error if it cannot be used.
   ClaimedDirectory(const Options& options, const SurveySetup& setup, SurveyMemory memory,
                    SurveyView& view);
 
-  /// Before every create of the plug-in: says what is in force, and keeps the list where another
-  /// raster is about to merge channels.
+  /// Call before every create of the plug-in: says which settings are in force, and keeps the old
+  /// list if a new raster is about to merge channels.
   void surveyStarts();
 
-  /// After every dwell: the plug-in has written its list.
+  /// Call after every dwell: the plug-in has written its list.
   void dwellWritten();
 
   /// The run has ended in order.
@@ -42,10 +42,10 @@ class ClaimedDirectory {
   std::filesystem::path directory_;
   SurveyMemory memory_;
   SurveyView& view_;
-  SurveySettings changes_;  ///< of the command line, until survey.cfg is read anew
+  SurveySettings changes_;  ///< of the command line, until survey.cfg is read again
   std::string gain_;        ///< of a receiver, in words
   std::optional<RunLock> lock_;
-  std::optional<double> raster_hz_;  ///< of the list as it is
+  std::optional<double> raster_hz_;  ///< of the present list
   std::optional<SetAsideList> set_aside_;
   std::unique_ptr<SafeCopy> copy_;
 };

@@ -26,12 +26,12 @@ const std::vector<OptionCommand>& optionCommands() {
       {Task::kSurvey, "",
        "Surveys a stretch of spectrum: finds the signals in it and keeps a list of them.",
        runSurvey},
-      {Task::kListDevices, "--list-devices", "List the receivers found and end", runListDevices},
-      {Task::kListStations, "--list-stations", "List the stations of the simulated band and end",
+      {Task::kListDevices, "--list-devices", "List the receivers found, then exit", runListDevices},
+      {Task::kListStations, "--list-stations", "List the stations of the simulated band, then exit",
        runListStations},
-      {Task::kInfo, "--info", "Say what the source is, and where that is known from, and end",
-       runInfo},
-      {Task::kPluginInfo, "--plugin-info", "Say what the plug-in is and end", runPluginInfo},
+      {Task::kInfo, "--info", "Say what the source is and how that is known, then exit", runInfo},
+      {Task::kPluginInfo, "--plugin-info", "Show the plug-in's description, then exit",
+       runPluginInfo},
   };
   return commands;
 }

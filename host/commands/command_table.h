@@ -7,16 +7,15 @@
 
 namespace pelagrim_host {
 
-/// A command that is the first word of the command line, such as "report", and reads the rest of it
-/// by itself. `argv` begins with that word.
+/// A command that is the first word of the command line, such as "report", and reads the rest
+/// itself. `argv` begins with that word.
 struct WordCommand {
   const char* name;
   const char* what;  ///< one line for the help text
   void (*run)(const WordCommand& self, int argc, const char* const* argv);
 };
 
-/// What is done with a source and a survey directory when no word comes first: a survey, or what an
-/// option such as --info asks for in its place.
+/// What is done without such a word: a survey, or what an option such as --info asks for instead.
 struct OptionCommand {
   Task task;
   const char* option;  ///< empty for the survey itself
@@ -30,8 +29,8 @@ const std::vector<OptionCommand>& optionCommands();
 
 const OptionCommand& commandFor(Task task);
 
-/// Runs what the command line asks for. Throws UsageError when the command line is wrong, another
-/// std::exception when the command fails.
+/// Runs what the command line asks for. Throws UsageError if the command line is wrong, another
+/// std::exception if the command fails.
 void runCommandLine(int argc, const char* const* argv);
 
 }  // namespace pelagrim_host

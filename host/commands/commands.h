@@ -5,12 +5,12 @@
 
 namespace pelagrim_host {
 
-// What the commands do: one file for each. All throw UsageError and std::runtime_error.
+// The commands, one file for each. All throw UsageError and std::runtime_error.
 
 /// Surveys a source until it ends or the user stops it.
 void runSurvey(const Options& options);
 
-/// Says what the source is, and where each fact is known from.
+/// Says what the source is and where each fact comes from.
 void runInfo(const Options& options);
 
 /// Lists the stations of the simulated band.
@@ -19,7 +19,7 @@ void runListStations(const Options& options);
 /// Lists the live receivers.
 void runListDevices(const Options& options);
 
-/// Says what the plug-in is.
+/// Shows the plug-in's description.
 void runPluginInfo(const Options& options);
 
 /// Draws a saved survey.

@@ -33,7 +33,7 @@ std::vector<std::string> kindNames() {
   return {kinds.begin(), kinds.end()};
 }
 
-/// "NFM?" for "nfm", whatever the case; as it is when there is no such kind.
+/// "NFM?" for "nfm", whatever the case; unchanged if there is no such kind.
 std::string kindNamed(const std::string& text) {
   const std::string wanted = lowerCase(text);
   for (const std::string& kind : kindNames()) {
@@ -52,7 +52,7 @@ std::string formatsText() {
                             fmt::join(pelagrim::signalKinds(), ", "));
 }
 
-/// Reads the command line; nothing when it asked for the help text alone, which is printed.
+/// Reads the command line; nothing if it only asked for the help text, which is printed.
 std::optional<ExportOptions> parseExportOptions(const WordCommand& self, int argc,
                                                 const char* const* argv) {
   ExportOptions options;
@@ -85,7 +85,7 @@ std::optional<ExportOptions> parseExportOptions(const WordCommand& self, int arg
   app.add_option("--kind", options.selection.kinds,
                  "Only channels of these kinds, with commas between them")
       ->type_name("KIND")
-      ->allow_extra_args(false)  // what follows is the survey
+      ->allow_extra_args(false)  // the next argument is the survey
       ->delimiter(',')
       ->transform(kindNamed)
       ->check(CLI::IsMember(kindNames()));

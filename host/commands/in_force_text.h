@@ -9,9 +9,8 @@
 
 namespace pelagrim_host {
 
-/// What a run goes by, in one line: the settings in force, and which of them are those of
-/// survey.cfg rather than of this command line or the defaults. `gain`: of a receiver, empty for
-/// others.
+/// The settings in force, in one line, and which of them come from survey.cfg rather than from this
+/// command line or the defaults. `gain`: of a receiver, empty for others.
 std::string inForceText(const pelagrim::Settings& settings, const SurveySettings& from_file,
                         const std::string& gain);
 

@@ -7,7 +7,7 @@
 
 namespace pelagrim_host {
 
-/// Loads the plug-in that the command line names, else the one from its usual place. Throws
+/// Loads the plug-in that the command line names, else the one in its usual place. Throws
 /// PluginError.
 inline PluginLibrary loadPlugin(const Options& options) {
   return PluginLibrary(options.plugin.empty() ? findDefaultPlugin()

@@ -19,7 +19,7 @@ namespace pelagrim_host {
 namespace {
 
 constexpr double kSimulatedRateHz = 1e6;
-constexpr double kLiveRateHz = 2.4e6;  // what the usual receivers do, and a survey likes
+constexpr double kLiveRateHz = 2.4e6;  // most receivers can do it, and it suits a survey
 
 constexpr const char* kCommandLine = "the command line";
 
@@ -47,7 +47,8 @@ std::unique_ptr<IqSource> openSimulatedBand(const Options& options,
   return std::make_unique<SimulatedBand>(simulatedBandConfig(options, settings));
 }
 
-/// A live receiver starts where a sweep does, else in the band's middle, unless told otherwise.
+/// A live receiver starts where a sweep does, else in the middle of the band, unless told
+/// otherwise.
 std::unique_ptr<IqSource> openLive(const Options& options, const pelagrim::Settings& settings) {
   const double rate_hz = options.sample_rate_hz.value_or(kLiveRateHz);
   const double first_centre_hz = settings.sweep ? settings.start_hz + 0.5 * rate_hz
@@ -109,7 +110,7 @@ std::unique_ptr<IqSource> openSource(const Options& options, const pelagrim::Set
   return std::make_unique<ReplayedSource>(
       [request = recordingAsked(options), remark = RemarkSink(remark)]() mutable {
         auto source = openRecording(request, remark);
-        request.verify = false;  // once is enough, as it is of remarks
+        request.verify = false;  // once is enough, for remarks as well
         remark = [](const std::string&) {};
         return source;
       },

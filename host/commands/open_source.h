@@ -14,22 +14,22 @@
 
 namespace pelagrim_host {
 
-/// What the simulated band is, from the command line and the settings that will be in force: it
-/// lies where the survey looks unless it is put elsewhere, and a sweep starts on its first slice.
+/// The simulated band, from the command line and the settings that will be in force: it is the band
+/// of the survey unless told otherwise, and a sweep starts on its first slice.
 SimulatedBandConfig simulatedBandConfig(const Options& options, const pelagrim::Settings& settings);
 
-/// Opens what the command line names. Throws UsageError where the command line has to say more,
-/// SourceError where the source cannot be had. `remark` gets what there is to say of it, before
+/// Opens what the command line names. Throws UsageError if the command line has to say more,
+/// SourceError if the source cannot be opened. `remark` gets lines about it for the user, before
 /// this returns.
 std::unique_ptr<IqSource> openSource(const Options& options, const pelagrim::Settings& settings,
                                      const RemarkSink& remark);
 
-/// When the source's first sample is taken to have been received: as the command line says, as the
-/// source knows, as long before the age of a recording's file as it lasts, else now.
+/// When the source's first sample was received: from the command line, else from the source, else
+/// from a recording's length and its file's time stamp, else now.
 StartTime startTime(const Options& options, const IqSource& source);
 
-/// The regular file that holds a recording's samples, by which it is told from others; nothing for
-/// what is piped and for other sources.
+/// The regular file that holds a recording's samples, which tells it from others; nothing for a
+/// pipe and for other sources.
 std::optional<std::filesystem::path> recordingFile(const Options& options);
 
 }  // namespace pelagrim_host

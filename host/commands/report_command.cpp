@@ -24,7 +24,7 @@ struct ReportOptions {
   std::string old_results;
 };
 
-/// Reads the command line; nothing when it asked for the help text alone, which is printed.
+/// Reads the command line; nothing if it only asked for the help text, which is printed.
 std::optional<ReportOptions> parseReportOptions(const WordCommand& self, int argc,
                                                 const char* const* argv) {
   ReportOptions options;

@@ -11,26 +11,26 @@ class App;
 
 namespace pelagrim_host {
 
-// What the commands that read a saved survey have in common.
+// The common part of the commands that read a saved survey.
 
 /// Adds the argument SURVEY, which may be left out; see readSurveyAsked.
 void addSurveyArgument(CLI::App& app, std::string& survey);
 
-/// Parses; false when only the help text was asked for, which is printed. Throws UsageError.
+/// Parses; false if only the help text was asked for, which is printed. Throws UsageError.
 bool parseArguments(CLI::App& app, int argc, const char* const* argv);
 
 /// Reads the survey that the argument names, or else the plug-in's own. Throws std::runtime_error.
 SurveyFiles readSurveyAsked(const std::string& survey);
 
-/// Says each remark on standard error.
+/// Prints each remark on standard error.
 void sayRemarks(const std::vector<std::string>& remarks);
 
-/// Throws UsageError when `output` is a file of the survey: what was read, or the results, settings
-/// or band plan of its directory, whether they are there or not.
+/// Throws UsageError if `output` is a file of the survey: the one that was read, or the results,
+/// settings or band plan of its directory, whether they exist or not.
 void refuseSurveyFiles(const std::string& output, const SurveyFiles& survey);
 
-/// Writes `output`, of which an older state is kept as NAME~, and says so on standard output after
-/// the `summary` of what was written. Throws std::runtime_error.
+/// Writes `output`, keeps an older one as NAME~, and says so on standard output after the `summary`
+/// of what was written. Throws std::runtime_error.
 void writeOutput(const std::string& output, const std::string& text, const std::string& summary);
 
 }  // namespace pelagrim_host

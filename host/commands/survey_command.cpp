@@ -28,10 +28,10 @@
 namespace pelagrim_host {
 namespace {
 
-// A simulated band has no end of its own. Two passes also show what was off the air in the first.
+// A simulated band never ends. Two passes also show stations that were off the air in the first.
 constexpr uint32_t kSimulatedPasses = 2;
 
-/// A survey that is ready to run: the directory is there with its settings, the source is open.
+/// A survey that is ready to run: the directory exists with its settings, the source is open.
 struct PreparedSurvey {
   SurveySetup setup;
   std::unique_ptr<SurveyView> view;
@@ -41,13 +41,13 @@ struct PreparedSurvey {
   std::optional<std::string> dwell_mismatch;
 };
 
-/// Finds how long a dwell is, each time that the plug-in has read survey.cfg.
+/// Finds out how long a dwell is, each time the plug-in has read survey.cfg.
 std::function<std::optional<double>()> dwellLengthIn(const std::filesystem::path& directory) {
-  // As in the plug-in, a key that the file does not have keeps its value, at first the default.
+  // As in the plug-in, a key that is not in the file keeps its value, at first the default.
   return [directory, in_force = pelagrim::Settings{}]() mutable {
     try {
       in_force = readSettings(directory).value_or(SurveySettings{}).inForce(in_force);
-    } catch (const std::runtime_error&) {  // the plug-in, too, goes on without the file
+    } catch (const std::runtime_error&) {  // the plug-in goes on without the file, too
     }
     return std::optional(in_force.dwell_seconds);
   };
@@ -65,7 +65,7 @@ std::unique_ptr<SurveyView> makeView(const Options& options,
                     .dwell_length_seconds = dwellLengthIn(directory)});
 }
 
-/// What the directory will remember of this run.
+/// What the directory will remember about this run.
 SurveyMemory memoryOf(const Options& options, const IqSource& source, const StartTime& start) {
   SurveyMemory memory{.kind = SourceKind::kRecording,
                       .source = source.name(),
@@ -138,14 +138,14 @@ SessionResult run(const Options& options, const PluginLibrary& plugin, PreparedS
   try {
     result = session.run(stopRequested, takeRescanRequest);
   } catch (...) {
-    failure = std::current_exception();  // the survey was saved all the same
+    failure = std::current_exception();  // the survey has been saved anyway
   }
   survey.directory->end();
   if (failure) std::rethrow_exception(failure);
   return result;
 }
 
-/// Says how the run went, and throws where it failed.
+/// Says how the run went, and throws if it failed.
 void sumUp(const PreparedSurvey& survey, const SessionResult& result, const ResultsWatch& results) {
   SurveyView& view = *survey.view;
   const IqSource& source = *survey.source;

@@ -18,7 +18,7 @@
 namespace pelagrim_host {
 namespace {
 
-/// Help that shows an option as "--name VALUE", without what else the library knows about it.
+/// Help that shows an option as "--name VALUE", without the library's other details.
 class HelpFormatter : public CLI::Formatter {
  public:
   std::string make_option_opts(const CLI::Option* option) const override {
@@ -29,8 +29,8 @@ class HelpFormatter : public CLI::Formatter {
 
 constexpr const char* kRange = "a range such as 144M:146M";
 
-/// Adds an option whose text `parse` turns into a value for `target`, or does not; `expected` says
-/// what it takes then.
+/// Adds an option whose text `parse` turns into a value for `target`; if it cannot, the message
+/// says what was `expected`.
 template <typename Parse, typename Target>
 CLI::Option* addParsed(CLI::App& app, const std::string& name, Parse parse, Target& target,
                        const std::string& expected, const std::string& help) {
@@ -66,7 +66,7 @@ std::optional<double> parsePositiveSeconds(std::string_view text) {
 
 std::optional<int64_t> parseStart(std::string_view text) {
   const auto moment = parseMoment(text);
-  return moment && *moment > 0 ? moment : std::nullopt;  // 0 means that there is no time
+  return moment && *moment > 0 ? moment : std::nullopt;  // 0 means that the time is unknown
 }
 
 /// A whole number from `min` to `max`.
@@ -101,7 +101,7 @@ void addSourceOptions(CLI::App& app, CommandLine& line) {
             "Else both as the recording or its name says")
       ->type_name("HZ");
   app.add_option("--format", options.format,
-                 "Take the file for raw samples of this format, whatever its name:\n" +
+                 "Treat the file as raw samples in this format, whatever its name:\n" +
                      sampleFormatNames(" "))
       ->type_name("NAME")
       ->check(notEmpty);
@@ -120,10 +120,10 @@ void addSourceOptions(CLI::App& app, CommandLine& line) {
             "which was last written when the recording ended")
       ->type_name("TIME");
   addParsed(app, "--simulate", parseFrequencyRange, options.simulated_range, kRange,
-            "The simulated band, where it is not the band to survey")
+            "The simulated band, if it is not the band to survey")
       ->type_name("LOW:HIGH");
   addParsed(app, "--seed", countBetween<uint64_t>(0, UINT64_MAX), options.seed, kCount,
-            "Seed of the simulated band: the same one, the same samples")
+            "Seed of the simulated band: the same seed gives the same samples")
       ->type_name("N");
 }
 
@@ -137,7 +137,7 @@ std::optional<double> parsePpm(std::string_view text) {
   return value && std::abs(*value) <= 1000.0 ? value : std::nullopt;
 }
 
-/// After the other options of a source, as a receiver rules some of them out.
+/// After the other options of a source, because a receiver excludes some of them.
 void addReceiverOptions(CLI::App& app, CommandLine& line) {
   Options& options = line.options;
   auto* const device =
@@ -167,17 +167,17 @@ void addReceiverOptions(CLI::App& app, CommandLine& line) {
       ->type_name("HZ")
       ->needs(device);
   addParsed(app, "--lo-offset", parseQuantity, options.lo_offset_hz, "an offset such as 25k",
-            "Tune the receiver so far above the centre and shift digitally,\n"
+            "Tune the receiver this far above the centre and shift back digitally,\n"
             "which moves its centre spike; may be negative")
       ->type_name("HZ");
   addParsed(app, "--settle", parseUpToAMinute, options.settle_seconds,
             "a time in seconds such as 0.05, at most 60",
-            "Drop so much of the samples after every tune (usually 0.05)")
+            "How long to drop samples after every tune (usually 0.05)")
       ->type_name("SECONDS")
       ->needs(device);
   addParsed(app, "--stall-timeout", parsePositiveSeconds, options.stall_timeout_seconds,
             "a time in seconds such as 5",
-            "Without samples for so long the receiver counts as gone (usually 5)")
+            "How long without samples before the receiver counts as gone (usually 5)")
       ->type_name("SECONDS")
       ->needs(device);
 }
@@ -185,18 +185,18 @@ void addReceiverOptions(CLI::App& app, CommandLine& line) {
 void addSurveyOptions(CLI::App& app, CommandLine& line) {
   Options& options = line.options;
   app.add_option("--dir", options.survey_dir,
-                 "Directory of survey.cfg and survey.csv; else $ORVANE_SURVEY_DIR,\n"
-                 "else with --device ~/.orvane/pelagrim, which is also the receiver\n"
-                 "program's, else one here that is named after the source")
+                 "Directory of survey.cfg and survey.csv; if not given $ORVANE_SURVEY_DIR,\n"
+                 "else with --device ~/.orvane/pelagrim, which the receiver program\n"
+                 "uses, too, else one here that is named after the source")
       ->type_name("DIR")
       ->check(notEmpty);
   auto* const fresh = app.add_flag_callback(
       "--fresh", [&options] { options.list_wish = ListWish::kFresh; },
-      "Begin a new list; the one before is kept as survey-1.csv or the\n"
-      "next number. Usual for a recording that was surveyed there before");
+      "Start a new list; the old one is kept as survey-1.csv or the\n"
+      "next number. The default for a recording that was surveyed there before");
   app.add_flag_callback(
          "--continue", [&options] { options.list_wish = ListWish::kContinue; },
-         "Go on with the list there, whatever it was of. Usual for receivers\n"
+         "Carry on with the list there, whatever its source. The default for receivers\n"
          "and the simulated band")
       ->excludes(fresh);
   addParsed(app, "--band", parseFrequencyRange, options.band, kRange, "Band to survey")
@@ -205,7 +205,7 @@ void addSurveyOptions(CLI::App& app, CommandLine& line) {
             "a time in seconds such as 20", "Time on each slice of the band")
       ->type_name("SECONDS");
   addParsed(app, "--threshold", parseDecibels, options.threshold_db, "a level in dB such as 12",
-            "How far above the noise floor a signal has to stand")
+            "How far above the noise floor a signal must be")
       ->type_name("DB");
   addParsed(app, "--raster", parsePositiveHz, options.raster_hz, "a spacing such as 12.5k",
             "Signals closer together than this are one channel")
@@ -224,7 +224,7 @@ void addRunOptions(CLI::App& app, CommandLine& line) {
             "a whole number from 1 on", "End after N passes over the band")
       ->type_name("N");
   addParsed(app, "--duration", parsePositiveSeconds, options.duration_seconds,
-            "a time in seconds such as 60", "End after so much receiver time")
+            "a time in seconds such as 60", "End after this much receiver time")
       ->type_name("SECONDS");
   app.add_flag_callback(
       "--no-tune", [&options] { options.may_tune = false; }, "Do not let the plug-in tune");
@@ -232,10 +232,10 @@ void addRunOptions(CLI::App& app, CommandLine& line) {
       ->excludes(app.get_option("--device"));
   addParsed(app, "--block", countBetween<uint32_t>(1, kMaxBlockSamples), options.block_samples,
             "a whole number from 1 to 16777216",
-            "Samples to hand over at once (usually a twentieth of a second)")
+            "Samples to pass to the plug-in at once (usually a twentieth of a second)")
       ->type_name("N");
-  auto* const quiet = app.add_flag("--quiet", options.quiet, "Say nothing but errors and warnings");
-  app.add_flag("--json", options.json, "Say everything as one JSON object a line")->excludes(quiet);
+  auto* const quiet = app.add_flag("--quiet", options.quiet, "Show only errors and warnings");
+  app.add_flag("--json", options.json, "Write one JSON object per line")->excludes(quiet);
 }
 
 void addProgramOptions(CLI::App& app, CommandLine& line) {
@@ -247,8 +247,9 @@ void addProgramOptions(CLI::App& app, CommandLine& line) {
       ->check(notEmpty);
   addTask(app, Task::kPluginInfo, line.task);
   addTask(app, Task::kListStations, line.task);
-  app.set_version_flag("--version", "pelagrim-survey " PELAGRIM_VERSION, "Say the version and end");
-  app.set_help_flag("--help,-h", "Print this text and end");
+  app.set_version_flag("--version", "pelagrim-survey " PELAGRIM_VERSION,
+                       "Show the version, then exit");
+  app.set_help_flag("--help,-h", "Show this text, then exit");
 }
 
 }  // namespace
@@ -259,16 +260,16 @@ std::variant<CommandLine, std::string> parseCommandLine(int argc, const char* co
   const auto formatter = std::make_shared<HelpFormatter>();
   formatter->column_width(24);
   app.formatter(formatter);
-  app.set_help_flag();  // it would come first, in a group of its own
+  app.set_help_flag();  // it would come first, in a separate group
   app.footer(
-      "Afterwards: \"pelagrim-survey report\" draws a survey, \"pelagrim-survey export\" hands\n"
-      "its channels to other programs; each has a --help of its own.\n\n"
-      "Frequencies and rates take the suffixes k, M and G, times s, m, h and d. What\n"
-      "--band, --dwell, --threshold, --raster, --fixed and --sweep say is written to survey.cfg\n"
-      "and holds from then on.\n"
-      "The first Ctrl-C evaluates and saves the dwell in progress, a second leaves at once.\n"
-      "SIGHUP, or the key r in the live view, does as much and starts afresh with what survey.cfg\n"
-      "then says; the band's limits stay as they were when sweep has become no.\n"
+      "Afterwards: \"pelagrim-survey report\" draws a survey, \"pelagrim-survey export\" writes\n"
+      "its channels for other programs; each has its own --help.\n\n"
+      "Frequencies and rates take the suffixes k, M and G, times s, m, h and d.\n"
+      "--band, --dwell, --threshold, --raster, --fixed and --sweep are written to survey.cfg\n"
+      "and stay in force from then on.\n"
+      "The first Ctrl-C evaluates and saves the current dwell, a second leaves at once.\n"
+      "SIGHUP, or the key r in the live view, also saves, then starts afresh with the current\n"
+      "survey.cfg; if sweep has become no, the old band limits stay.\n"
       "Exit status: 0 done, 1 something failed, 2 the command line is wrong,\n"
       "3 another run has the survey directory.");
   app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);

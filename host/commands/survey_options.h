@@ -11,21 +11,21 @@
 
 namespace pelagrim_host {
 
-/// The options of a survey and of what is asked about one.
+/// The options of a survey, and of questions such as --info.
 struct Options {
-  // What to listen to.
+  // The source.
   std::string source;  ///< a file, "-" for standard input, empty for the simulated band
   std::optional<double> sample_rate_hz;
   std::optional<double> frequency_hz;
-  std::string format;  ///< of raw samples; empty: as the file's extension says
+  std::string format;  ///< of raw samples; empty: from the file's extension
   double offset_seconds = 0.0;
   uint64_t plays = 1;   ///< of a recording; 0: without end
-  bool verify = false;  ///< compare a recording with its checksum
+  bool verify = false;  ///< check a recording against its checksum
   std::optional<int64_t> start_unix_ms;
   std::optional<FrequencyRange> simulated_range;  ///< the simulated band; unset: the band surveyed
   uint64_t seed = 1;
 
-  // The receiver, where it is a live one.
+  // The receiver, if it is a live one.
   std::string device;  ///< as SoapySDR writes it, "driver=rtlsdr"; empty: none
   std::optional<GainSetting> gain;
   std::string antenna;
@@ -59,7 +59,7 @@ struct Options {
   bool isSimulated() const { return source.empty() && device.empty(); }
 };
 
-/// What the options are for. Where several are asked for, the last of these comes first.
+/// What the options are for. If several are asked for, the last one here wins.
 enum class Task { kSurvey, kPluginInfo, kInfo, kListStations, kListDevices };
 
 struct CommandLine {
@@ -67,8 +67,8 @@ struct CommandLine {
   Options options{};
 };
 
-/// Reads the command line. The text instead when that is all that was asked for (--help,
-/// --version). Throws UsageError.
+/// Reads the command line. Returns the text if only that was asked for (--help, --version). Throws
+/// UsageError.
 std::variant<CommandLine, std::string> parseCommandLine(int argc, const char* const* argv);
 
 }  // namespace pelagrim_host

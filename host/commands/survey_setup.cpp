@@ -10,16 +10,16 @@
 namespace pelagrim_host {
 namespace {
 
-// A simulated band takes computing time rather than listening time, so its dwells are short.
+// A simulated band costs computing time, not listening time, so its dwells are short.
 constexpr double kSimulatedDwellSeconds = 5.0;
 
-/// The plug-in's clock, by which dwells end, is no finer.
+/// The plug-in's clock, which ends dwells, is no finer.
 double wholeMilliseconds(double seconds) {
   return std::floor(seconds * 1000.0) / 1000.0;
 }
 
 /// The directory that is named after a source: "evening.survey" for evening.cu8. A live receiver
-/// has none, so that this host and a receiver with a screen go on with the same survey.
+/// has none, so that this program and the receiver program share one survey.
 std::optional<std::filesystem::path> directoryOfSource(const Options& options) {
   if (!options.device.empty()) return std::nullopt;
   if (options.source.empty()) return "simulated-band.survey";
@@ -60,7 +60,7 @@ void fitToSource(SurveySetup& setup, const Options& options, const IqSource& sou
   if (stay_seconds && *stay_seconds < pelagrim::Settings{}.dwell_seconds) {
     fitting.dwell_seconds = wholeMilliseconds(*stay_seconds);
   }
-  // A band that the user gives limits what is kept of a recording, which takes a sweep.
+  // A band given by the user limits what is kept of a recording, which requires a sweep.
   if (!source.canTune() && !options.band) {
     fitting.start_hz = source.centreHz() - 0.5 * source.sampleRateHz();
     fitting.stop_hz = source.centreHz() + 0.5 * source.sampleRateHz();

@@ -17,8 +17,8 @@
 namespace pelagrim_host {
 namespace {
 
-/// Waits for something to read. False when it is to stop first: a signal that arrives just before
-/// the wait does not interrupt it, hence the short one.
+/// Waits for something to read. False if it has to stop first. The wait is short because a signal
+/// that arrives just before it does not interrupt it.
 bool waitForBytes(int file, const StopFunction& stop) {
   constexpr int kWaitMs = 100;
   pollfd waiting = {file, POLLIN, 0};
@@ -30,8 +30,8 @@ bool waitForBytes(int file, const StopFunction& stop) {
 
 constexpr int kPipeBytes = 1 << 20;  // the maximum for ordinary users
 
-// Opened without blocking: opening a named pipe that nobody writes to yet would hold the program
-// where a request to end does not reach it. Reading waits by itself.
+// Opened without blocking: opening a named pipe that nobody writes to yet would block the program
+// where it could not be asked to end. Reads do their own waiting.
 class FileBytes final : public ByteStream {
  public:
   FileBytes(const std::filesystem::path& path, StopFunction stop)
@@ -49,7 +49,7 @@ class FileBytes final : public ByteStream {
     }
     seekable_ = known && S_ISREG(status.st_mode);
     if (seekable_) size_ = static_cast<uint64_t>(status.st_size);
-    // More room for the writer while a dwell is evaluated. It works without, too.
+    // More room for the writer while a dwell is evaluated, if the system allows it.
     if (known && S_ISFIFO(status.st_mode)) fcntl(file_, F_SETPIPE_SZ, kPipeBytes);
   }
   ~FileBytes() override { closeFile(); }

@@ -16,7 +16,7 @@ struct GainSetting {
   std::vector<std::pair<std::string, double>> stages_db;
 };
 
-/// Reads the text of --gain; nothing when it is none of the three.
+/// Reads the text of --gain; nothing if it is none of the three.
 std::optional<GainSetting> parseGain(std::string_view text);
 
 }  // namespace pelagrim_host

@@ -1,4 +1,4 @@
-// In place of the soapy_ files where SoapySDR is not to be had.
+// Replaces the soapy_ files in a build without SoapySDR.
 #include "host/sources/soapy_receiver.h"
 
 namespace pelagrim_host {

@@ -22,7 +22,7 @@ std::complex<double> rotation(uint64_t turn) {
   return {std::cos(angle), std::sin(angle)};
 }
 
-/// Without the standard operator's care for infinities, which costs a call per product.
+/// Without the standard operator's check for infinities, which costs a call per product.
 std::complex<float> product(std::complex<float> a, std::complex<float> b) {
   return {a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real()};
 }

@@ -7,17 +7,17 @@
 
 namespace pelagrim_host {
 
-/// A receiver that is tuned off to the side of the centre that one asks for, with its samples
-/// shifted back digitally.
+/// A receiver that is tuned off to the side of the centre asked for, with its samples shifted back
+/// digitally.
 ///
 /// Direct-conversion receivers have a spike at their own centre, which a survey takes for a signal;
-/// this moves it to `offset_hz` above the centre. The price is paid at one edge of the slice: a
-/// sampled spectrum is a circle, so the strip of |offset_hz| that the shift pushes out at one edge
-/// comes in at the other, where it is not.
+/// this moves it to `offset_hz` above the centre. The price is one edge of the slice: a sampled
+/// spectrum is a circle, so the strip of |offset_hz| that is shifted out at one edge comes in at
+/// the other, where it does not belong.
 class OffsetTunedSource final : public IqSource {
  public:
-  /// Tunes `source` to offset_hz above where it is. Throws SourceError when it cannot be tuned
-  /// there, or when the offset is not smaller than half the sample rate.
+  /// Tunes `source` to offset_hz above where it is. Throws SourceError if it cannot be tuned there,
+  /// or if the offset is not smaller than half the sample rate.
   OffsetTunedSource(std::unique_ptr<IqSource> source, double offset_hz);
 
   std::string name() const override { return source_->name(); }

@@ -8,9 +8,9 @@
 namespace pelagrim_host {
 
 /// Opens a recording as what its name says it is: SigMF, WAV or raw samples. Rate, centre and start
-/// are what is told, else what the recording's metadata say, else what its name says. `remark` is
-/// called before this returns or not at all. Throws UsageError where the command line has to say
-/// more, SourceError where the recording cannot be had.
+/// come from the command line, else from the recording's metadata, else from its name. `remark` is
+/// called before this returns or not at all. Throws UsageError if the command line has to say more,
+/// SourceError if the recording cannot be opened.
 std::unique_ptr<IqSource> openRecording(const RecordingRequest& request, const RemarkSink& remark);
 
 }  // namespace pelagrim_host

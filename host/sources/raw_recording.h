@@ -10,16 +10,17 @@
 
 namespace pelagrim_host {
 
-/// Samples without a header, from a file or from standard input. What they are is known from
-/// elsewhere: the command line, the file's name.
+/// Samples without a header, from a file or from standard input. Their format comes from elsewhere:
+/// the command line, the file's name.
 class RawRecording final : public Recording {
  public:
-  /// What is told stands over the file's name. Bytes at the end that make no whole sample are
-  /// dropped, and are its damage(). Throws UsageError where the command line has to say more.
+  /// The command line outranks the file's name. Bytes at the end that do not make a whole sample
+  /// are dropped and reported as its damage(). Throws UsageError if the command line has to say
+  /// more.
   explicit RawRecording(const RecordingRequest& request);
 
   /// All blocks but the last are full, however the bytes arrive, so a survey of a pipe is cut into
-  /// dwells like one of a file. Waiting for a pipe is over when the request's `stop` says so.
+  /// dwells like one of a file. Waiting for a pipe ends when the request's `stop` says so.
   size_t read(std::span<std::complex<float>> block) override;
   std::optional<uint64_t> lengthSamples() const override;
   uint64_t skip(uint64_t samples) override;

@@ -12,18 +12,18 @@
 
 namespace pelagrim_host {
 
-/// Takes a line that the user should see and that stops nothing.
+/// Takes a line that the user should see but that does not stop the run.
 using RemarkSink = std::function<void(const std::string&)>;
 
-/// A recording, and what the user says of it.
+/// A recording, and what the user says about it.
 struct RecordingRequest {
   std::string source;   ///< a file's name; "-" is standard input
-  RecordingFacts told;  ///< stands over all else; with a format the file is taken for raw samples
-  bool verify = false;  ///< compare a SigMF recording with its checksum first
+  RecordingFacts told;  ///< outranks everything else; with a format the file is read as raw samples
+  bool verify = false;  ///< check a SigMF recording against its checksum first
   StopFunction stop = neverStop;
 };
 
-/// A recording, and what is known of it.
+/// A recording, and what is known about it.
 class Recording : public IqSource {
  public:
   std::string name() const override { return name_; }
@@ -34,7 +34,7 @@ class Recording : public IqSource {
   std::optional<std::string> damage() const override { return damage_; }
 
  protected:
-  /// `name`: as messages call it. setFacts has to follow before anything else is asked.
+  /// `name`: for messages. Call setFacts before anything else.
   explicit Recording(std::string name) : name_(std::move(name)) {}
 
   /// Throws as requireKnown does.
@@ -42,10 +42,10 @@ class Recording : public IqSource {
 
   const RecordingFacts& known() const { return facts_; }
 
-  /// For when the end has been read: `what` is wrong, such as "it was cut".
+  /// For the end of the data: `what` is wrong, such as "it was cut".
   void setDamage(const std::string& what) { damage_ = name_ + ": " + what; }
 
-  /// The same for `bytes` at the end that are no whole sample of `format`.
+  /// The same for `bytes` at the end that are not a whole sample of `format`.
   void setLeftOver(uint64_t bytes, std::string_view format);
 
  private:

@@ -8,7 +8,7 @@
 
 namespace pelagrim_host {
 
-/// A value and what it was taken from: "the command line", "the file name".
+/// A value and where it came from: "the command line", "the file name".
 template <typename Value>
 struct Known {
   Value value;
@@ -21,25 +21,24 @@ struct RecordingSegment {
   uint64_t samples = 0;
 };
 
-/// What one place says of a recording, the command line, a header or the file's name; or what is
-/// known in the end.
+/// What one origin (command line, header, file name) says about a recording; or what is known in
+/// the end.
 struct RecordingFacts {
   std::optional<Known<std::string>> format;
   std::optional<Known<double>> rate_hz;
   std::optional<Known<double>> centre_hz;
   std::optional<Known<int64_t>> start_unix_ms;  ///< of the first sample
-  std::vector<RecordingSegment> segments{};     ///< where there are several
+  std::vector<RecordingSegment> segments{};     ///< if there are several
 };
 
-/// `facts`, and `otherwise` for what they leave open.
+/// `facts`, completed by `otherwise`.
 RecordingFacts firstKnown(RecordingFacts facts, const RecordingFacts& otherwise);
 
 /// What the file's own name says (parseRecordingName).
 RecordingFacts factsOfName(std::string_view file_name, std::optional<double> told_centre_hz = {});
 
 /// Checks that format, rate and centre are known and could be those of a receiver. Throws
-/// UsageError where the command line has to say them, naming every flag that is missing, else
-/// SourceError.
+/// UsageError if the command line has to give them, naming every missing flag, else SourceError.
 void requireKnown(const std::string& name, const RecordingFacts& facts);
 
 }  // namespace pelagrim_host

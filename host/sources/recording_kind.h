@@ -4,9 +4,9 @@
 
 namespace pelagrim_host {
 
-/// What a recording's file is, by the ending of its name, in small letters or capitals.
+/// The kind of a recording's file, from the ending of its name, in either case.
 enum class RecordingKind {
-  kRaw,  ///< also whatever is none of the others
+  kRaw,  ///< and anything else
   kWav,
   kSigmfArchive,
   kSigmfMeta,

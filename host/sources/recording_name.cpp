@@ -17,15 +17,15 @@
 namespace pelagrim_host {
 namespace {
 
-// The highest rate, and centre, that a receiver which writes recordings could have.
+// The highest rate and centre that a receiver could have.
 constexpr double kMaxRateHz = 61.44e6;
 constexpr double kMaxCentreHz = 1e12;
 
-/// What a unit behind a number means. kFrequency: a centre, or a rate behind a centre.
+/// What a unit after a number means. kFrequency: a centre, or a rate after a centre.
 enum class Meaning { kRate, kFrequency, kFrequencyOrRate };
 
 struct Unit {
-  std::string_view text;  ///< in lower case, but for the units without Hz
+  std::string_view text;  ///< in lower case, except for the units without Hz
   double scale;
   Meaning meaning;
 };
@@ -73,7 +73,7 @@ std::optional<double> takeNumber(std::string_view& text) {
   return value;
 }
 
-/// A rate with its unit in the place of the point: 1M6, 2M4, 250k0.
+/// A rate with its unit in place of the point: 1M6, 2M4, 250k0.
 std::optional<double> rateWithUnitAsPoint(std::string_view word) {
   const size_t unit = word.find_first_of("kM");
   if (unit == std::string_view::npos) return std::nullopt;
@@ -83,7 +83,7 @@ std::optional<double> rateWithUnitAsPoint(std::string_view word) {
   return parseQuantity(fmt::format("{}.{}{}", whole, fraction, word[unit]));
 }
 
-/// The moment of 20180906 and 204111 or 204111Z.
+/// The moment given by 20180906 and 204111 or 204111Z.
 std::optional<int64_t> momentOf(std::string_view date, std::string_view time) {
   if (time.ends_with('Z')) time.remove_suffix(1);
   if (date.size() != 8 || time.size() != 6 || !areDigits(date) || !areDigits(time)) {
@@ -94,7 +94,7 @@ std::optional<int64_t> momentOf(std::string_view date, std::string_view time) {
                                  time.substr(4)));
 }
 
-/// Gathers what the words say.
+/// Collects what the words say.
 class NameReader {
  public:
   NameReader(bool rate_is_elsewhere, std::optional<double> told_centre_hz)
@@ -133,7 +133,7 @@ class NameReader {
   }
 
  private:
-  /// Whether the centre is told and `hz` cannot be a rounding of it.
+  /// Whether the user gave the centre and `hz` cannot be a rounding of it.
   bool isNoCentre(double hz) const {
     return told_centre_hz_ && std::abs(hz - *told_centre_hz_) > 0.1 * hz;
   }

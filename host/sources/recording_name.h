@@ -8,7 +8,7 @@
 
 namespace pelagrim_host {
 
-/// What the name of a recording says; unset, or null, where it says nothing.
+/// What the name of a recording says; unset, or null, if it says nothing.
 struct RecordingName {
   std::optional<double> rate_hz;
   std::optional<double> centre_hz;
@@ -25,10 +25,10 @@ struct RecordingName {
 ///   HFDL_test_12k_cf13270_df13270.wav              rate, centre in kHz
 /// Of several frequencies in Hz, kHz, M or G the first is the centre and the second the rate; "k"
 /// alone and "sps" mark a rate. A single one in M that could be either (x_4MHz.iq) is taken for a
-/// centre in a WAV file, whose header has the rate, and for the rate where the user says that the
-/// centre is elsewhere. Times are taken to be UTC.
+/// centre in a WAV file, whose header has the rate, and for the rate if the user says that the
+/// centre is elsewhere. Times are assumed to be UTC.
 ///
-/// `file_name` is without directories; any bytes are allowed. `told_centre_hz`: as the user says.
+/// `file_name` is without directories; any bytes are allowed. `told_centre_hz`: from the user.
 /// Never fails.
 RecordingName parseRecordingName(std::string_view file_name,
                                  std::optional<double> told_centre_hz = {});

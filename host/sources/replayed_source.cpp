@@ -41,7 +41,8 @@ size_t ReplayedSource::read(std::span<std::complex<float>> block) {
 void ReplayedSource::lookAhead() {
   if (takeNext()) return;
   if (plays_ != 0 && plays_begun_ == plays_) return;
-  // A play without samples ends the replay too: an endless one of an empty file would never return.
+  // A play without samples ends the replay, too, or an endless replay of an empty file would never
+  // return.
   start();
   takeNext();
 }

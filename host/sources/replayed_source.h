@@ -8,14 +8,14 @@
 
 namespace pelagrim_host {
 
-/// A recording played several times over, each time from its `offset` on: the samples of one play
-/// follow those of the one before, and the clock runs on.
+/// A recording played several times, each time starting at `offset`: the samples of one play follow
+/// those of the last, and the clock runs on.
 class ReplayedSource final : public IqSource {
  public:
   using Open = std::function<std::unique_ptr<IqSource>()>;
 
-  /// `open` opens the recording afresh. `plays` 0: without end. Throws SourceError where the
-  /// recording ends before the offset, unless it did because `stop` says so.
+  /// `open` opens the recording again. `plays` 0: without end. Throws SourceError if the recording
+  /// ends before the offset, unless that is because `stop` says so.
   ReplayedSource(Open open, uint64_t plays, double offset_seconds, StopFunction stop);
 
   std::string name() const override { return source_->name(); }
@@ -43,12 +43,12 @@ class ReplayedSource final : public IqSource {
   uint64_t plays_begun_ = 0;
   std::unique_ptr<IqSource> source_;
   /// The first sample of the next read, its centre and time: only a sample shows whether a play has
-  /// ended and where the next one begins. None: the end.
+  /// ended and where the next one begins. None at the end.
   std::optional<std::complex<float>> next_;
   double centre_hz_ = 0.0;
   std::optional<int64_t> next_unix_ms_;
   std::optional<int64_t> start_unix_ms_;
-  std::optional<std::string> damage_;  ///< of the plays before
+  std::optional<std::string> damage_;  ///< of earlier plays
 };
 
 }  // namespace pelagrim_host

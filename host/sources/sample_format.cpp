@@ -12,7 +12,7 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "the formats are little-endian");
 
-/// One component by memcpy, as the bytes of a file have no alignment; loops of it vectorise.
+/// One component by memcpy, because the bytes of a file have no alignment; loops of it vectorise.
 template <typename Component>
 Component load(const std::byte* in, size_t index) {
   Component component;
@@ -31,7 +31,7 @@ void convertUnsigned(const std::byte* in, size_t count, float* out) {
   constexpr Wider kCodes = Wider{1} << (8 * sizeof(Component));
   constexpr float kScale = 1.0F / static_cast<float>(kCodes);
   for (size_t i = 0; i < count; ++i) {
-    // By way of signed numbers, which processors convert to float faster than unsigned ones.
+    // Through signed numbers, which processors convert to float faster than unsigned ones.
     const Wider centred_twice = 2 * static_cast<Wider>(load<Component>(in, i)) - (kCodes - 1);
     out[i] = static_cast<float>(centred_twice) * kScale;
   }
@@ -53,7 +53,7 @@ constexpr std::array kFormats = {
     SampleFormat{"cf64", 8, convertFloating<double>},
 };
 
-/// What recorders call them in the extensions of their files.
+/// Other names for them, from the file extensions of recorders.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 9> kAliases = {{
     {"complex", "cf32"},
     {"cfile", "cf32"},

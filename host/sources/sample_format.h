@@ -7,11 +7,11 @@
 
 namespace pelagrim_host {
 
-/// How a raw stream writes its complex samples: I then Q, one component after the other.
+/// How the complex samples of a raw stream are written: I then Q, one component after the other.
 ///
 /// Integers are scaled by a power of two so that full scale is 1.0, which a float holds exactly:
 /// the same signal written in two integer formats gives the same floats. Unsigned ones are centred
-/// between their two middle codes first, so cu8 is (v - 127.5) / 128. Floats pass unscaled.
+/// between their two middle codes first, so cu8 is (v - 127.5) / 128. Floats are not scaled.
 struct SampleFormat {
   std::string_view name;   ///< as --format and the file extension spell it
   size_t component_bytes;  ///< of I or of Q
@@ -21,15 +21,15 @@ struct SampleFormat {
   size_t sampleBytes() const { return 2 * component_bytes; }
 };
 
-/// The format of that name ("cs16"), or null.
+/// The format with that name ("cs16"), or null.
 const SampleFormat* findSampleFormat(std::string_view name);
 
-/// The format of a file with that extension, in lower case and without its point: a format's name,
-/// or what a recorder calls it ("complex16u"). Null when there is none.
+/// The format of a file with that extension, in lower case and without its dot: a format's name, or
+/// a recorder's name for it ("complex16u"). Null if there is none.
 const SampleFormat* formatOfExtension(std::string_view extension);
 
-/// Turns the bytes of every component around, in place: from big-endian to the little-endian order
-/// that the formats have.
+/// Reverses the bytes of every component in place, from big-endian to the little-endian order of
+/// the formats.
 void reverseComponents(std::span<std::byte> bytes, size_t component_bytes);
 
 /// "cu8, cs8, ...": every format, for messages and help.

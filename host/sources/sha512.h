@@ -6,8 +6,8 @@
 
 namespace pelagrim_host {
 
-/// The SHA-512 of the rest of a stream, in lower-case hexadecimal digits. Ends early, with the sum
-/// of what was read, when `stop` says so.
+/// The SHA-512 of the rest of a stream, in lower-case hexadecimal digits. If `stop` says so, it
+/// ends early with the sum of what was read.
 std::string sha512Of(ByteStream& stream, const StopFunction& stop);
 
 }  // namespace pelagrim_host

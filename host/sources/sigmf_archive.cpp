@@ -21,13 +21,13 @@ bool leadsOut(const std::filesystem::path& name) {
   return name.is_absolute() || std::find(name.begin(), name.end(), "..") != name.end();
 }
 
-/// A tar file, member after member.
+/// A tar file, read member by member.
 class TarReader {
  public:
   explicit TarReader(const std::filesystem::path& path)
       : path_(path), archive_(archive_read_new(), archive_read_free) {
     constexpr size_t kBlockBytes = 1 << 18;
-    // No compression: what comes out is never larger than the file, but for sparse members.
+    // No compression: except for sparse members, what comes out is never larger than the file.
     archive_read_support_format_tar(archive_.get());
     std::error_code error;
     file_bytes_ = std::filesystem::file_size(path, error);

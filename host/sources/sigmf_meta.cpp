@@ -17,8 +17,8 @@ using nlohmann::json;
 constexpr int kMaxDepth = 32;
 constexpr size_t kMaxValues = 1'000'000;
 
-/// Parses what matters, global and captures, and drops the rest while it is read: annotations may
-/// be many.
+/// Parses only global and captures, and drops the rest while reading, because there may be many
+/// annotations.
 json parseJson(std::string_view text) {
   if (text.size() > kMaxSigmfMetaBytes) {
     throw SigmfError(fmt::format("its metadata are longer than {} bytes", kMaxSigmfMetaBytes));
@@ -44,7 +44,7 @@ json parseJson(std::string_view text) {
   }
 }
 
-/// The member of `object`, or null when it is missing.
+/// The member of `object`, or null if it is missing.
 const json* find(const json& object, const char* key) {
   const auto found = object.find(key);
   return found == object.end() ? nullptr : &*found;
@@ -75,7 +75,7 @@ std::string textIn(const json& object, const char* key) {
   return value->get<std::string>();
 }
 
-/// ci16_le and its like.
+/// ci16_le and the like.
 void readDatatype(const std::string& datatype, SigmfMeta& meta) {
   if (datatype.empty()) throw SigmfError("it has no core:datatype");
   std::string_view rest = datatype;
@@ -84,7 +84,7 @@ void readDatatype(const std::string& datatype, SigmfMeta& meta) {
   meta.big_endian = rest.ends_with("_be");
   if (has_order) rest.remove_suffix(3);
   rest = rest.substr(std::min<size_t>(rest.size(), 1));
-  // SigMF writes i for signed where the raw formats write s.
+  // SigMF writes i for signed, the raw formats write s.
   std::string name = fmt::format("c{}", rest);
   if (name.size() > 1 && name[1] == 'i') {
     name[1] = 's';
@@ -166,7 +166,7 @@ std::vector<SigmfSegment> sigmfSegments(const SigmfMeta& meta, uint64_t data_byt
     return SigmfError(fmt::format("capture {} reaches past the end of the data", index + 1));
   };
   std::vector<SigmfSegment> segments;
-  uint64_t headers = 0;  // passed over so far; with the samples before, never more than usable
+  uint64_t headers = 0;  // skipped so far; together with the samples before, never more than usable
   std::optional<double> centre_hz;
   for (size_t i = 0; i < meta.captures.size(); ++i) {
     const SigmfCapture& capture = meta.captures[i];

@@ -23,8 +23,8 @@ std::string readMetaFile(const std::filesystem::path& path) {
   return text;
 }
 
-/// The file of that extension, in lower case, which `path` is or lies beside; some systems write
-/// names in capitals.
+/// The file with that extension, given in lower case: `path` itself or a file beside it. Some
+/// systems write names in capitals.
 std::filesystem::path fileOfPair(const std::filesystem::path& path, const std::string& extension) {
   if (lowerCase(path.extension().string()) == extension) return path;
   const auto beside = std::filesystem::path(path).replace_extension(extension);
@@ -42,7 +42,7 @@ std::filesystem::path dataFile(const std::filesystem::path& meta_path, const Sig
     }
     return path;
   }
-  // Another name is one in the same directory; anything else is not the recording's to choose.
+  // A recording may name only a file in its own directory.
   if (std::filesystem::path(meta.dataset).filename() != meta.dataset || meta.dataset == "..") {
     throw SigmfError("its core:dataset is not the name of a file beside it");
   }
@@ -106,7 +106,7 @@ SigmfRecording::SigmfRecording(const RecordingRequest& request, const RemarkSink
 
 double SigmfRecording::centreHz() const {
   if (segments_.empty()) return Recording::centreHz();
-  // At the end it stays where it was: nothing more is delivered from anywhere else.
+  // At the end it stays there: no more samples come from anywhere else.
   return *segments_[std::min(segment_, segments_.size() - 1)].centre_hz;
 }
 

@@ -10,12 +10,12 @@
 
 namespace pelagrim_host {
 
-/// A SigMF recording: metadata and samples, as a pair of files or in one archive. Where its
-/// captures change the centre, so does the source; where they lie apart in time, its time leaps.
+/// A SigMF recording: metadata and samples, as a pair of files or in one archive. If its captures
+/// change the centre, so does the source; if there is a gap between them, its time jumps.
 class SigmfRecording final : public Recording {
  public:
-  /// The name ends in .sigmf-meta, .sigmf-data or .sigmf. What is told stands over the metadata: a
-  /// centre holds for every capture, a start moves them all. `remark` is called at once or not at
+  /// The name ends in .sigmf-meta, .sigmf-data or .sigmf. The command line outranks the metadata: a
+  /// centre applies to every capture, a start moves them all. `remark` is called at once or not at
   /// all.
   SigmfRecording(const RecordingRequest& request, const RemarkSink& remark);
 
@@ -34,10 +34,10 @@ class SigmfRecording final : public Recording {
   SigmfMeta meta_;
   std::unique_ptr<ByteStream> data_;
   std::vector<SigmfSegment> segments_;  ///< without empty ones; every centre is known
-  size_t segment_ = 0;                  ///< that the next read delivers from
+  size_t segment_ = 0;                  ///< the segment of the next read
   uint64_t left_in_segment_ = 0;
   uint64_t position_bytes_ = 0;
-  uint64_t left_over_bytes_ = 0;  ///< at the end, which make no whole sample
+  uint64_t left_over_bytes_ = 0;  ///< at the end, not a whole sample
   std::vector<std::byte> bytes_;
 };
 

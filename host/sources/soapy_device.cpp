@@ -7,8 +7,8 @@
 namespace pelagrim_host {
 namespace {
 
-/// The drivers' chatter about what they do would run into the display; warnings stay. Whoever asks
-/// SoapySDR for more by its environment variable gets it.
+/// The drivers' chatter would spoil the display, so only warnings are shown, unless SoapySDR's
+/// environment variable asks for more.
 void quietDrivers() {
   if (std::getenv("SOAPY_SDR_LOG_LEVEL") == nullptr) SoapySDR::setLogLevel(SOAPY_SDR_WARNING);
 }
@@ -43,7 +43,7 @@ std::string listReceivers() {
   std::string lines;
   for (SoapySDR::Kwargs device : SoapySDR::Device::enumerate()) {
     const std::string label = device["label"];
-    // What tells devices apart and no more: the rest may hold blanks and changes between runs.
+    // Only what tells devices apart: the rest may contain blanks and changes between runs.
     std::string name = "driver=" + device["driver"];
     if (const std::string& serial = device["serial"]; !serial.empty()) name += ",serial=" + serial;
     lines += fmt::format("{:<40}  {}\n", name, label);

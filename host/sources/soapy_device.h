@@ -11,18 +11,19 @@
 
 namespace pelagrim_host {
 
-// The direction and the channel of it that are used of every device.
+// The direction and channel that are used on every device.
 constexpr int kRx = SOAPY_SDR_RX;
 constexpr size_t kChannel = 0;
 
-constexpr double kSlackHz = 0.5;  // of a rate or frequency: limits and read-backs are rounded
+constexpr double kSlackHz =
+    0.5;  // for rates and frequencies, because limits and read-backs are rounded
 
 struct UnmakeSoapyDevice {
   void operator()(SoapySDR::Device* device) const noexcept;
 };
 using SoapyDevice = std::unique_ptr<SoapySDR::Device, UnmakeSoapyDevice>;
 
-/// Opens config.device, one that can receive. Throws SourceError.
+/// Opens config.device, which must be able to receive. Throws SourceError.
 SoapyDevice openSoapyDevice(const ReceiverConfig& config);
 
 /// Throws SourceError, with the device's name.

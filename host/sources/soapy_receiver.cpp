@@ -1,4 +1,4 @@
-// A live receiver as a source: its centre, and what is dropped after a tune.
+// A live receiver as a source: its centre, and the samples dropped after a tune.
 #include "host/sources/soapy_receiver.h"
 
 #include <algorithm>
@@ -38,7 +38,8 @@ class SoapyReceiver final : public IqSource {
   std::optional<SoapyStream> stream_;  ///< set from the constructor on
   double rate_hz_ = 0.0;
   double centre_hz_ = 0.0;
-  double correction_ = 1.0;  ///< true frequency over the device's: what it cannot correct itself
+  double correction_ =
+      1.0;  ///< true frequency over the device's, for what it cannot correct itself
   SoapySDR::RangeList tuning_ranges_;
   bool needs_settling_ = true;
 };
@@ -67,7 +68,7 @@ bool SoapyReceiver::isTunable(double hz) const {
   return tuning_ranges_.empty() || isWithin(tuning_ranges_, device_hz, kSlackHz);
 }
 
-/// Where the device says it is; `otherwise_hz` where it does not say or means just that.
+/// The centre that the device reports; `otherwise_hz` if it does not report one or means that.
 double SoapyReceiver::readBackCentre(double otherwise_hz) const {
   const double actual_hz = device_->getFrequency(kRx, kChannel) * correction_;
   const bool is_known = std::isfinite(actual_hz) && actual_hz > 0.0;
@@ -84,11 +85,11 @@ WendleTuneResult SoapyReceiver::tune(double hz) {
   } catch (const std::exception& failure) {
     refusal = failure.what();
   }
-  // Synthesisers move in steps. One that is far from where it was sent has not obeyed.
+  // Synthesisers move in steps, but one that is far off has not obeyed.
   if (refusal.empty() && std::abs(centre_hz_ - hz) > 0.1 * rate_hz_) {
     refusal = fmt::format("the device stays at {}", formatFrequency(centre_hz_));
   }
-  // A refusal may leave the device anywhere; its samples have to be labelled right all the same.
+  // A refusal may leave the device anywhere, but its samples must still get the right centre.
   if (!refusal.empty()) {
     centre_hz_ =
         attempt(config_, "reading the frequency", [&] { return readBackCentre(before_hz); });

@@ -59,7 +59,8 @@ double correctCrystal(SoapySDR::Device& device, const ReceiverConfig& config) {
     if (device.hasFrequencyCorrection(kRx, kChannel)) {
       device.setFrequencyCorrection(kRx, kChannel, config.ppm);
       left_ppm -= device.getFrequencyCorrection(kRx, kChannel);
-      // Some drivers take whole numbers. More than a fraction is left where one cannot tell.
+      // Some drivers take only whole numbers, so a fraction is left over; more than that if the
+      // driver does not say what it took.
       if (!(std::abs(left_ppm) < 1.0)) left_ppm = 0.0;
     }
     return 1.0 + 1e-6 * left_ppm;

@@ -6,25 +6,25 @@
 
 namespace pelagrim_host {
 
-// How a receiver is set up, one subject to a function, in the order in which drivers want it. What
-// the config leaves unset stays as the driver has it. All throw SourceError: what the device does
-// not offer, with its ranges, and what its driver refuses.
+// Setting up a receiver: one function for each subject, in the order that drivers want. Anything
+// unset in the config is left to the driver. All throw SourceError if the device does not offer a
+// value, naming its ranges, or if its driver refuses.
 
 void chooseAntenna(SoapySDR::Device& device, const ReceiverConfig& config);
 
-/// Has the device correct its crystal as far as it can. Returns the factor for the rest: the true
+/// Makes the device correct its crystal as far as it can. Returns the factor for the rest: the true
 /// frequency over the device's.
 double correctCrystal(SoapySDR::Device& device, const ReceiverConfig& config);
 
-/// Returns the rate that the device then has.
+/// Returns the rate that the device has afterwards.
 double setSampleRate(SoapySDR::Device& device, const ReceiverConfig& config);
 
 void setBandwidth(SoapySDR::Device& device, const ReceiverConfig& config);
 void setGain(SoapySDR::Device& device, const ReceiverConfig& config);
 void removeDcOffset(SoapySDR::Device& device, const ReceiverConfig& config);
 
-/// Where the device can be tuned to; empty where it does not say. Throws when it cannot be tuned to
-/// `device_hz`.
+/// The ranges that the device can be tuned to; empty if it does not say. Throws if it cannot be
+/// tuned to `device_hz`.
 SoapySDR::RangeList tuningRanges(SoapySDR::Device& device, const ReceiverConfig& config,
                                  double device_hz);
 

@@ -55,8 +55,8 @@ SoapyStream::Format SoapyStream::chooseFormat() const {
     fail(config_, fmt::format("the driver offers only samples of format {}, not one of {}", native,
                               sampleFormatNames()));
   }
-  // The conversion takes all bits of an integer as full scale; a 12-bit converter does not use
-  // them.
+  // The conversion takes all bits of an integer as full scale, but a 12-bit converter does not use
+  // them all.
   const bool is_floating = name.starts_with("cf");
   const double bits = 8.0 * static_cast<double>(convert->component_bytes);
   const double converted_scale = is_floating ? 1.0 : std::exp2(bits - 1.0);
@@ -64,7 +64,7 @@ SoapyStream::Format SoapyStream::chooseFormat() const {
   return {native, convert, static_cast<float>(scale)};
 }
 
-/// One call of the driver's: the samples got, or one of SoapySDR's negative codes.
+/// One driver call: the number of samples, or one of SoapySDR's negative codes.
 int SoapyStream::readOnce(std::span<std::complex<float>> block, std::chrono::microseconds timeout) {
   return attempt(config_, "the stream broke off", [&] {
     const size_t wanted = std::min(block.size(), mtu_samples_);
@@ -105,7 +105,7 @@ size_t SoapyStream::read(std::span<std::complex<float>> block) {
       fail(config_, fmt::format("no samples for {:g} s ({}); see that the receiver is plugged in",
                                 config_.stall_timeout_seconds, SoapySDR::errToStr(got)));
     }
-    // Some drivers report at once what others wait for.
+    // Some drivers report a timeout at once, where others wait.
     if (got != SOAPY_SDR_OVERFLOW) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return 0;

@@ -15,29 +15,29 @@
 
 namespace pelagrim_host {
 
-/// The samples of a device, from its start to its end. One thread uses it; failures are thrown as
-/// SourceError.
+/// The stream of a device, active as long as this object. Used by one thread; failures are thrown
+/// as SourceError.
 class SoapyStream {
  public:
-  /// Starts it. Both have to outlive the stream.
+  /// Starts it. Both must outlive the stream.
   SoapyStream(SoapySDR::Device& device, const ReceiverConfig& config);
   ~SoapyStream();
   SoapyStream(const SoapyStream&) = delete;
   SoapyStream& operator=(const SoapyStream&) = delete;
 
-  /// How many samples the driver delivers at once, at most.
+  /// The largest number of samples that the driver delivers at once.
   size_t bufferSamples() const { return mtu_samples_; }
 
   /// How often the driver has dropped samples.
   uint64_t overflows() const { return overflows_; }
 
-  /// At least one sample; 0 when config.stop says so.
+  /// At least one sample; 0 if config.stop says so.
   size_t read(std::span<std::complex<float>> block);
 
-  /// Drops what the driver has waiting: at most all its buffers, or `max_samples` where it does not
-  /// say how many, as a machine that is too slow would never find it empty, nor would a driver that
-  /// waits although told not to. It gives up after the stall timeout, as a driver in trouble may
-  /// report overflows and nothing else.
+  /// Drops what the driver has waiting: at most all its buffers, or `max_samples` if it does not
+  /// say how many. Without a limit, a machine that is too slow would never find it empty, nor with
+  /// a driver that waits although told not to. Gives up after the stall timeout, because a driver
+  /// in trouble may report nothing but overflows.
   void drain(size_t max_samples);
 
  private:

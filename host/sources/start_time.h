@@ -5,7 +5,7 @@
 
 namespace pelagrim_host {
 
-/// When a source's first sample was received, as far as anybody knows.
+/// When a source's first sample was received, as far as is known.
 struct StartTime {
   int64_t unix_ms;
   std::string origin;     ///< "the recording", "the age of its file"

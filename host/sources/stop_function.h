@@ -4,11 +4,11 @@
 
 namespace pelagrim_host {
 
-/// Whether the user wants the end; never empty. What may take long asks it ten times a second or
-/// more often, in the thread that uses the source, and then returns early with what there is.
+/// Whether the user wants to stop; never empty. Anything that may take long asks it at least ten
+/// times a second, on the thread that uses the source, and returns early with what it has.
 using StopFunction = std::function<bool()>;
 
-/// For whoever has no reason to stop early.
+/// For callers without a reason to stop early.
 inline bool neverStop() {
   return false;
 }

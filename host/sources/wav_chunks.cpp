@@ -11,9 +11,9 @@ namespace {
 
 constexpr uint64_t kFirstChunk = 12;
 constexpr uint64_t kHeadBytes = 8;  // a chunk's name and length
-constexpr int kMaxChunks = 10'000;  // a file of nothing but chunks would take long
+constexpr int kMaxChunks = 10'000;  // a file of nothing but chunks would take too long
 
-/// Chunks are of even length.
+/// Chunks have even lengths.
 uint64_t endOf(const WavChunk& chunk) {
   return chunk.first_byte + chunk.bytes + chunk.bytes % 2;
 }
@@ -46,7 +46,7 @@ std::string WavChunks::content(std::string_view id) const {
 }
 
 std::optional<uint64_t> WavChunks::promisedBytes() const {
-  // What streaming writers put there: the largest number of 32 bits, signed or not, less a header.
+  // What streaming writers put there: the largest 32-bit number, signed or not, less a header.
   constexpr uint64_t kUnknownFrom = 0x7FFF0000;
   const auto data = find("data");
   if (!data) return std::nullopt;
@@ -69,7 +69,7 @@ uint64_t WavChunks::strayBytes(uint64_t end) const {
   return 0;
 }
 
-/// A number of 32 bits; 0 past the end.
+/// A 32-bit number; 0 past the end.
 uint32_t WavChunks::numberAt(uint64_t byte) const {
   uint32_t number = 0;  // little-endian, as this machine is
   const std::string bytes = bytesAt(byte, 4);
@@ -77,7 +77,7 @@ uint32_t WavChunks::numberAt(uint64_t byte) const {
   return number;
 }
 
-/// The four letters that name a chunk; empty where they are none.
+/// The four letters that name a chunk; empty if they are not letters.
 std::string WavChunks::tagAt(uint64_t byte) const {
   const auto is_printable = [](char c) { return c >= ' ' && c <= '~'; };
   std::string tag = bytesAt(byte, 4);

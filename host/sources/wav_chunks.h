@@ -13,9 +13,9 @@ struct WavChunk {
   uint64_t bytes;
 };
 
-/// The chunks of a RIFF or RF64 file. libsndfile does not tell where they are, and it must not be
-/// asked for their contents, as it can crash on those of a damaged file. Any other file has none,
-/// and the list ends at the first thing that is no chunk.
+/// The chunks of a RIFF or RF64 file. libsndfile does not say where they are, and it must not be
+/// asked for their contents, because it can crash on those of a damaged file. Any other file has
+/// none, and the list ends at the first thing that is not a chunk.
 class WavChunks {
  public:
   /// `file`: a descriptor to read from, which is not closed.
@@ -23,14 +23,14 @@ class WavChunks {
 
   std::optional<WavChunk> find(std::string_view id) const;
 
-  /// What is in the chunk, at most 4096 bytes; empty when there is none.
+  /// The content of the chunk, at most 4096 bytes; empty if there is no such chunk.
   std::string content(std::string_view id) const;
 
-  /// How many bytes of samples the header promises; nothing where a streaming writer did not know.
+  /// How many bytes of samples the header promises; nothing if a streaming writer did not know.
   std::optional<uint64_t> promisedBytes() const;
 
-  /// How many bytes follow the samples, which end at `end`, and are no chunks such as a title; none
-  /// where they are few.
+  /// How many bytes follow the samples, which end at `end`, and are not chunks such as a title; 0
+  /// if they are few.
   uint64_t strayBytes(uint64_t end) const;
 
   uint64_t fileBytes() const { return file_bytes_; }

@@ -16,7 +16,7 @@ namespace {
 
 constexpr uint64_t kRateByte = 4;  // in the chunk "fmt "
 
-// libsndfile lets the samples run to the file's end where their length is 0 and the length of all
+// libsndfile lets the samples run to the end of the file if their length is 0 and the total length
 // is 8, as one recorder leaves them. Others leave other numbers there, so it is shown these.
 constexpr sf_count_t kAllLengthByte = 4;
 constexpr unsigned char kAllLengthShown[4] = {8, 0, 0, 0};
@@ -73,7 +73,7 @@ WavFile::WavFile(const std::filesystem::path& path, const std::string& name)
     close(position_.file);
     throw SourceError(fmt::format("{} is a directory; name a recording", path.string()));
   }
-  // One of its own, for where the library fails it closes it, asked to or not.
+  // A separate descriptor, because the library closes it on failure, asked to or not.
   const int for_library = fcntl(position_.file, F_DUPFD_CLOEXEC, 0);
   sound_.reset(sf_open_fd(for_library, SFM_READ, &info_, SF_TRUE));
   if (sound_ && lengthIsUnknown()) {

@@ -11,18 +11,17 @@
 
 namespace pelagrim_host {
 
-/// A WAV or RF64 file, opened by libsndfile. One thread uses it.
+/// A WAV or RF64 file, opened by libsndfile. Used by one thread.
 class WavFile {
  public:
-  /// Where a recorder never completed the header, so that it gives a length of 0 or one that stands
-  /// for an unknown length, the samples fill the file. Throws SourceError, which calls the file
-  /// `name`.
+  /// If a recorder never completed the header, so that its length is 0 or one that means unknown,
+  /// the samples fill the file. Throws SourceError, which calls the file `name`.
   WavFile(const std::filesystem::path& path, const std::string& name);
   ~WavFile();
   WavFile(const WavFile&) = delete;
   WavFile& operator=(const WavFile&) = delete;
 
-  /// Where a file is read that libsndfile does not read by itself.
+  /// The state of reading the file for libsndfile.
   struct Position {
     int file;
     sf_count_t byte;
@@ -34,11 +33,12 @@ class WavFile {
   const SF_INFO& info() const { return info_; }
   const WavChunks& chunks() const { return chunks_; }
 
-  /// How many bytes follow the samples that the header promises and are no chunks either.
+  /// How many bytes follow the samples that the header promises and are not chunks.
   uint64_t bytesAfter() const { return bytes_after_; }
 
  private:
-  /// Whether the library has to be told that the samples go on to the end. Else finds bytes_after_.
+  /// Whether the library must be told that the samples go on to the end. If not, finds
+  /// bytes_after_.
   bool lengthIsUnknown();
 
   Position position_;

@@ -27,7 +27,7 @@ struct SampleKind {
   size_t component_bytes;
 };
 
-/// Those that I/Q comes in.
+/// The sample formats that I/Q comes in.
 std::optional<SampleKind> sampleKind(int format) {
   switch (format & SF_FORMAT_SUBMASK) {
     case SF_FORMAT_PCM_U8:
@@ -52,7 +52,7 @@ std::optional<SampleKind> sampleKind(int format) {
 AuxiChunk parseAuxi(std::span<const std::byte> chunk) {
   constexpr size_t kCentreByte = 32;
   AuxiChunk auxi;
-  bool has_time_or_zeros = false;  // else it holds something else, such as text
+  bool has_time_or_zeros = false;  // otherwise it is something else, such as text
   if (chunk.size() >= 16) {
     std::array<uint32_t, 8> time = {};
     for (size_t i = 0; i < time.size(); ++i) time[i] = littleEndian(chunk.subspan(2 * i, 2));
@@ -106,13 +106,13 @@ size_t WavRecording::read(std::span<std::complex<float>> block) {
   const auto samples = static_cast<size_t>(std::max<sf_count_t>(frames, 0));
   if (samples < block.size()) checkLength();
   if ((file_.info().format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_U8) {
-    // Bytes have their zero between 127 and 128, as in raw cu8; the library puts it at 128.
+    // The zero of bytes is between 127 and 128, as in raw cu8; the library puts it at 128.
     for (size_t i = 0; i < 2 * samples; ++i) components[i] += 0.5F / 128.0F;
   }
   return samples;
 }
 
-/// At the end: whether all of what the header promises has come.
+/// At the end: whether everything that the header promises has come.
 void WavRecording::checkLength() {
   if (file_.bytesAfter() > 0) {
     setDamage(

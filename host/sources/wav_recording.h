@@ -16,16 +16,16 @@ struct AuxiChunk {
   std::optional<double> centre_hz;
 };
 
-/// Reads an auxi chunk; what makes no sense counts as not there. So does the centre where the start
-/// is neither a moment nor zeros: some recorders put text there.
+/// Reads an auxi chunk; a value that makes no sense counts as missing. So does the centre if the
+/// start is neither a moment nor zeros, because some recorders put text there.
 AuxiChunk parseAuxi(std::span<const std::byte> chunk);
 
-/// I/Q in a two-channel WAV or RF64 file, I on the left. Integers are scaled to one as those of raw
-/// samples are; floats pass unscaled. Headers that lack the length, as streaming writers leave
-/// them, are good.
+/// I/Q in a two-channel WAV or RF64 file, with I on the left. Integers are scaled like those of raw
+/// samples; floats are not scaled. Headers without a length, as streaming writers leave them, are
+/// fine.
 class WavRecording final : public Recording {
  public:
-  /// What is told stands over the header, the header over the file's name.
+  /// The command line outranks the header, and the header outranks the file's name.
   explicit WavRecording(const RecordingRequest& request);
 
   std::optional<uint64_t> lengthSamples() const override;
