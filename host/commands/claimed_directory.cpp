@@ -62,7 +62,7 @@ void ClaimedDirectory::takeList(const Options& options) {
   set_aside_->beginAfresh();
   raster_hz_.reset();
   view_.note(
-      fmt::format("begins a new list; the one before is kept as {}", set_aside_->path().string()));
+      fmt::format("starts a new list; the old one is kept as {}", set_aside_->path().string()));
 }
 
 void ClaimedDirectory::surveyStarts() {
@@ -85,7 +85,7 @@ void ClaimedDirectory::keepBeforeMerging(double old_raster_hz, double raster_hz)
   if (old_raster_hz == raster_hz || !readIfThere(resultsPath(directory_))) return;
   const SetAsideList before(directory_);
   view_.warning(fmt::format(
-      "the raster has changed from {} to {} Hz, which may merge channels for good; the list before "
+      "the raster has changed from {} to {} Hz, which may merge channels for good; the old list "
       "is kept as {}",
       old_raster_hz, raster_hz, before.path().string()));
 }

@@ -38,7 +38,7 @@ std::string inForceText(const pelagrim::Settings& settings, const SurveySettings
 }
 
 std::string gainText(const std::optional<GainSetting>& gain) {
-  if (!gain) return "gain as the driver has it";
+  if (!gain) return "gain left to the driver";
   if (gain->automatic) return "gain auto";
   if (gain->overall_db) return fmt::format("gain {} dB", formatNumber(*gain->overall_db));
   std::vector<std::string> stages;

@@ -14,7 +14,7 @@ namespace pelagrim_host {
 std::string inForceText(const pelagrim::Settings& settings, const SurveySettings& from_file,
                         const std::string& gain);
 
-/// "gain 30 dB", "gain auto", "gain LNA 20 dB, IF 8 dB", "gain as the driver has it".
+/// "gain 30 dB", "gain auto", "gain LNA 20 dB, IF 8 dB", "gain left to the driver".
 std::string gainText(const std::optional<GainSetting>& gain);
 
 }  // namespace pelagrim_host

@@ -58,7 +58,7 @@ void refuseSurveyFiles(const std::string& output, const SurveyFiles& survey) {
 
 void writeOutput(const std::string& output, const std::string& text, const std::string& summary) {
   const bool was_kept = replaceFileKeepingOld(output, text);
-  const std::string kept = was_kept ? fmt::format("; what it held is now in {}~", output) : "";
+  const std::string kept = was_kept ? fmt::format("; the old file is now {}~", output) : "";
   TextOutput(stdout).write(fmt::format("{}: {}{}\n", output, summary, kept));
 }
 

@@ -150,9 +150,10 @@ void sumUp(const PreparedSurvey& survey, const SessionResult& result, const Resu
   SurveyView& view = *survey.view;
   const IqSource& source = *survey.source;
   if (const uint64_t lost = source.overflows(); lost > 0) {
-    view.warning(fmt::format(
-        "the receiver lost samples {} times, as they were not taken in time; lower --sample-rate",
-        lost));
+    view.warning(
+        fmt::format("the receiver lost samples {} times, because they were not read in time; lower "
+                    "--sample-rate",
+                    lost));
   }
   if (stopRequested()) view.note("stopped on request");
   if (result.samples == 0 && !stopRequested()) {

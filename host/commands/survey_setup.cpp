@@ -90,8 +90,8 @@ std::optional<std::string> dwellMismatch(const pelagrim::Settings& settings,
   const double fitting_seconds = wholeMilliseconds(*stay_seconds);
   if (wholeMilliseconds(settings.dwell_seconds) <= fitting_seconds) return std::nullopt;
   return fmt::format(
-      "{} moves to another centre after {} s in places, and a dwell of {} s that is cut short by "
-      "that is dropped; give --dwell {}",
+      "{} changes its centre after only {} s in places, which drops a dwell of {} s; give "
+      "--dwell {}",
       source.name(), formatNumber(*stay_seconds), formatNumber(settings.dwell_seconds),
       formatNumber(fitting_seconds));
 }

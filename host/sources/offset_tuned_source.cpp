@@ -36,7 +36,7 @@ OffsetTunedSource::OffsetTunedSource(std::unique_ptr<IqSource> source, double of
       rotations_(kRunSamples) {
   if (!(std::abs(offset_hz) < 0.5 * source_->sampleRateHz())) {
     throw SourceError(fmt::format(
-        "--lo-offset: {} lies outside what {} receives at once; give less than {}",
+        "--lo-offset: {} is outside what {} receives at once; give less than {}",
         formatFrequency(offset_hz), name(), formatFrequency(0.5 * source_->sampleRateHz())));
   }
   const double hz = source_->centreHz() + offset_hz;

@@ -14,10 +14,10 @@ std::unique_ptr<IqSource> openRecording(const RecordingRequest& request, const R
   const RecordingKind kind = recordingKind(request.source);
   const bool has_format = request.told.format.has_value();
   if (has_format && (kind == RecordingKind::kSigmfArchive || kind == RecordingKind::kSigmfMeta)) {
-    throw UsageError(fmt::format(
-        "--format: {} is no file of samples; to read a recording's samples whatever its metadata "
-        "say, name its .sigmf-data",
-        request.source));
+    throw UsageError(
+        fmt::format("--format: {} is not a file of samples; to read a recording's samples whatever "
+                    "its metadata say, name its .sigmf-data",
+                    request.source));
   }
   const bool is_raw = has_format || kind == RecordingKind::kRaw;
   if (request.verify && (is_raw || kind == RecordingKind::kWav)) {

@@ -10,10 +10,10 @@ std::optional<int64_t> Recording::startUnixMs() const {
 }
 
 void Recording::setLeftOver(uint64_t bytes, std::string_view format) {
-  setDamage(
-      fmt::format("the last {} of its bytes make no whole {} sample: it was cut short or is of "
-                  "another format; the samples before were surveyed",
-                  bytes, format));
+  setDamage(fmt::format(
+      "the last {} of its bytes do not make a whole {} sample: it was cut short or is of "
+      "another format; the samples before were surveyed",
+      bytes, format));
 }
 
 void Recording::setFacts(RecordingFacts facts) {

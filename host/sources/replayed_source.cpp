@@ -66,9 +66,9 @@ void ReplayedSource::start() {
   const auto wanted = static_cast<uint64_t>(std::llround(offset_seconds_ * sampleRateHz()));
   const uint64_t skipped = source_->skip(wanted);
   if (skipped < wanted && !stop_()) {
-    throw SourceError(
-        fmt::format("{}: it is only {:.3f} s long, so --offset {} lies behind its end", name(),
-                    static_cast<double>(skipped) / sampleRateHz(), offset_seconds_));
+    throw SourceError(fmt::format("{}: it is only {:.3f} s long, so --offset {} is past its end",
+                                  name(), static_cast<double>(skipped) / sampleRateHz(),
+                                  offset_seconds_));
   }
 }
 

@@ -128,7 +128,7 @@ std::string sigmfArchiveMeta(const std::filesystem::path& path) {
     tar.read(std::as_writable_bytes(std::span(*meta)));
   }
   if (!meta) tar.fail("it holds no .sigmf-meta file");
-  if (!data_stem) tar.fail("it holds metadata alone, no .sigmf-data file");
+  if (!data_stem) tar.fail("it holds only metadata, no .sigmf-data file");
   if (meta_stem != data_stem) tar.fail("its metadata and its samples differ in name");
   return *meta;
 }

@@ -93,16 +93,16 @@ void readDatatype(const std::string& datatype, SigmfMeta& meta) {
   }
   meta.format = findSampleFormat(name);
   if ((!is_real && datatype[0] != 'c') || meta.format == nullptr) {
-    throw SigmfError("its core:datatype is none that is known");
+    throw SigmfError("its core:datatype is not a known one");
   }
   meta.datatype = datatype;
   if (is_real) {
     throw SigmfError(fmt::format(
-        "its samples are real ({}), not complex, so they are no I/Q recording", datatype));
+        "its samples are real ({}), not complex, so this is not an I/Q recording", datatype));
   }
   if (has_order == (meta.format->component_bytes == 1)) {
     throw SigmfError(fmt::format("its core:datatype {} {}", datatype,
-                                 has_order ? "has a byte order, which single bytes have not"
+                                 has_order ? "has a byte order, which single bytes do not have"
                                            : "lacks the byte order, _le or _be"));
   }
 }
@@ -144,7 +144,7 @@ SigmfMeta parseSigmfMeta(std::string_view text) {
   }
   const json* const metadata_only = find(*global, "core:metadata_only");
   if (metadata_only != nullptr && *metadata_only != false) {
-    throw SigmfError("it is metadata alone (core:metadata_only), without samples");
+    throw SigmfError("it holds only metadata (core:metadata_only), no samples");
   }
   meta.sample_rate_hz = numberIn(*global, "core:sample_rate");
   meta.sha512 = readSha512(*global);

@@ -37,8 +37,8 @@ std::filesystem::path dataFile(const std::filesystem::path& meta_path, const Sig
   if (meta.dataset.empty()) {
     auto path = fileOfPair(meta_path, ".sigmf-data");
     if (!std::filesystem::exists(path)) {
-      throw SigmfError(
-          fmt::format("it is metadata alone: there is no {} beside it", path.filename().string()));
+      throw SigmfError(fmt::format("it holds only metadata: there is no {} beside it",
+                                   path.filename().string()));
     }
     return path;
   }
@@ -64,7 +64,7 @@ SigmfRecording::SigmfRecording(const RecordingRequest& request, const RemarkSink
       return is_archive ? openSigmfArchiveData(data_path) : openFileBytes(data_path, stop_);
     };
     data_ = openData();
-    if (!data_->size()) throw SigmfError("its samples are in no plain file");
+    if (!data_->size()) throw SigmfError("its samples are not in a plain file");
     segments_ = sigmfSegments(meta_, *data_->size());
     if (request.verify) {
       if (meta_.sha512.empty()) throw SigmfError("it has no core:sha512 for --verify to check");

@@ -49,7 +49,7 @@ std::string listReceivers() {
     lines += fmt::format("{:<40}  {}\n", name, label);
   }
   if (!lines.empty()) return lines;
-  return "no receivers found; see that one is plugged in and that SoapySDR has the module for it\n"
+  return "no receivers found; check that one is plugged in and SoapySDR has its module\n"
          "(Debian: packages soapysdr-module-...; SoapySDRUtil --info lists those loaded)\n";
 }
 

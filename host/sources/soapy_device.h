@@ -15,8 +15,7 @@ namespace pelagrim_host {
 constexpr int kRx = SOAPY_SDR_RX;
 constexpr size_t kChannel = 0;
 
-constexpr double kSlackHz =
-    0.5;  // for rates and frequencies, because limits and read-backs are rounded
+constexpr double kSlackHz = 0.5;  // because limits and read-backs are rounded
 
 struct UnmakeSoapyDevice {
   void operator()(SoapySDR::Device* device) const noexcept;

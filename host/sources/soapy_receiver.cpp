@@ -38,8 +38,7 @@ class SoapyReceiver final : public IqSource {
   std::optional<SoapyStream> stream_;  ///< set from the constructor on
   double rate_hz_ = 0.0;
   double centre_hz_ = 0.0;
-  double correction_ =
-      1.0;  ///< true frequency over the device's, for what it cannot correct itself
+  double correction_ = 1.0;  ///< true frequency over the device's: what it cannot correct
   SoapySDR::RangeList tuning_ranges_;
   bool needs_settling_ = true;
 };

@@ -102,7 +102,7 @@ size_t SoapyStream::read(std::span<std::complex<float>> block) {
     const int got = readOnce(block, kPatience);
     if (got > 0) return static_cast<size_t>(got);
     if (Clock::now() >= gives_up) {
-      fail(config_, fmt::format("no samples for {:g} s ({}); see that the receiver is plugged in",
+      fail(config_, fmt::format("no samples for {:g} s ({}); check that the receiver is plugged in",
                                 config_.stall_timeout_seconds, SoapySDR::errToStr(got)));
     }
     // Some drivers report a timeout at once, where others wait.

@@ -116,8 +116,8 @@ size_t WavRecording::read(std::span<std::complex<float>> block) {
 void WavRecording::checkLength() {
   if (file_.bytesAfter() > 0) {
     setDamage(
-        fmt::format("it goes on for {} bytes after the samples that its header promises, which "
-                    "alone were surveyed",
+        fmt::format("it goes on for {} bytes after the samples that its header promises; "
+                    "only those samples were surveyed",
                     file_.bytesAfter()));
     return;
   }

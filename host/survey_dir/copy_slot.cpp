@@ -95,7 +95,7 @@ CopySlot::CopySlot(std::filesystem::path path)
   if (file_ < 0) fail(path_, "open");
   if (fstat(file_, &status) != 0 || !S_ISREG(status.st_mode)) {
     close(file_);
-    throw FileError(fmt::format("{} is no regular file", path_.string()));
+    throw FileError(fmt::format("{} is not a regular file", path_.string()));
   }
 }
 

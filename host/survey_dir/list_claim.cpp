@@ -17,12 +17,12 @@ SurveyRows rowsIn(const std::filesystem::path& survey_dir) {
 }
 
 std::string whoseText(const std::optional<SurveyMemory>& memory) {
-  if (!memory) return "a list of channels, and nothing says of which source";
+  if (!memory) return "a list of channels from an unknown source";
   switch (memory->kind) {
     case SourceKind::kRecording:
       return fmt::format("the survey of another recording, {}", memory->source);
     case SourceKind::kStandardInput:
-      return "the survey of what came over standard input";
+      return "the survey of standard input";
     case SourceKind::kReceiver:
       return fmt::format("the survey of a receiver, {}", memory->source);
     case SourceKind::kSimulation:
@@ -44,17 +44,17 @@ ListUse useOfList(const std::filesystem::path& survey_dir, const SurveyMemory& n
   if (now.kind == SourceKind::kRecording && is_known && memory->identity == now.identity) {
     return ListUse::kBeginAfresh;
   }
-  throw UsageError(
-      fmt::format("{} holds {}; go on with that list with --continue, keep a copy of it and begin "
-                  "anew with --fresh, or name another directory with --dir",
-                  survey_dir.string(), whoseText(memory)));
+  throw UsageError(fmt::format(
+      "{} holds {}; carry on with that list with --continue, keep a copy of it and start "
+      "a new one with --fresh, or name another directory with --dir",
+      survey_dir.string(), whoseText(memory)));
 }
 
 void requireSurveyOrNothing(const std::filesystem::path& survey_dir) {
   const SurveyRows rows = rowsIn(survey_dir);
   if (rows.skipped_lines == 0 || rows.has_header || !rows.channels.empty()) return;
   throw std::runtime_error(
-      fmt::format("{} is no survey, and surveying would overwrite it; move it, or name another "
+      fmt::format("{} is not a survey, and surveying would overwrite it; move it, or name another "
                   "directory with --dir",
                   resultsPath(survey_dir).string()));
 }

@@ -43,8 +43,8 @@ bool ResultsWatch::written() const {
 
 std::string ResultsWatch::advice() const {
   return fmt::format(
-      "the survey could not be written whole to {}; see that the disk has room and the file can be "
-      "written",
+      "the survey could not be written whole to {}; check that the disk has room and the file can "
+      "be written",
       path_.string());
 }
 

@@ -64,11 +64,11 @@ RunLock::RunLock(const std::filesystem::path& survey_dir) {
     const std::string holder = holderText(file_);
     close(file_);
     throw TryAgainLater(fmt::format(
-        "{} is being surveyed by {}; wait for its end, or name another directory with --dir",
+        "{} is being surveyed by {}; wait for it to end, or name another directory with --dir",
         survey_dir.string(), holder));
   }
   if (error != 0) {
-    lack_ = fmt::format("{} cannot be locked ({}): see that only one run at a time uses it",
+    lack_ = fmt::format("{} cannot be locked ({}): make sure that only one run at a time uses it",
                         survey_dir.string(), std::strerror(error));
     return;
   }

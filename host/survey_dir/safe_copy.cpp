@@ -190,7 +190,7 @@ std::optional<std::string> restoreResults(const std::filesystem::path& survey_di
   if (!there || isWhole(*there, rows)) return std::nullopt;
   replaceFile(path, copy->results);
   return fmt::format(
-      "{} was cut short when the last run ended: put back the list of {} channels that was safe",
+      "{} was cut short when the last run ended: restored the last safe list, of {} channels",
       path.string(), rows);
 }
 

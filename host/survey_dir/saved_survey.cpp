@@ -31,8 +31,8 @@ SurveyFiles readSurveyFiles(const std::filesystem::path& place) {
     survey.rows = parseSurveyRows(readWholeFile(survey.results_path));
   }
   if (survey.rows.skipped_lines > 0 && survey.rows.channels.empty() && !survey.rows.has_header) {
-    throw std::runtime_error(fmt::format("{} is no survey: it has neither a header nor a channel",
-                                         survey.results_path.string()));
+    throw std::runtime_error(fmt::format(
+        "{} is not a survey: it has neither a header nor a channel", survey.results_path.string()));
   }
   const auto directory = survey.results_path.parent_path();
   if (const auto text = readIfThere(labelsPath(directory))) {

@@ -42,14 +42,14 @@ expect 1 "cannot open gone.cu8: No such file" gone.cu8 --sample-rate 1M --freque
 mkdir folder.wav
 expect 1 "folder.wav is a directory; name a recording" folder.wav
 expect 1 "no samples" empty.cs16 --sample-rate 1M --frequency 1M
-expect 1 "behind its end" noise.cu8 --sample-rate 1M --frequency 1M --offset 1
+expect 1 "past its end" noise.cu8 --sample-rate 1M --frequency 1M --offset 1
 expect 1 "last 1 of its bytes" noise.cu8 --sample-rate 1M --frequency 433M --loop 3
 check grep -q "sweep = no" noise.survey/survey.cfg
 expect 1 "there is no survey at gone; name" report gone
 mkdir piped && cp noise.survey/survey.csv piped && mkfifo piped/survey-labels.txt
 output=$(timeout 10 "$program" export piped --to list 2>&1)
 check [ "$output" = "pelagrim-survey: piped/survey-labels.txt is a pipe, not a file" ]
-expect 1 "noise.cu8 is no survey" report noise.cu8
+expect 1 "noise.cu8 is not a survey" report noise.cu8
 expect 2 "ends in .html or .svg" report noise.survey -o band.pdf
 expect 0 "band.html: " report noise.survey -o band.html
 expect 2 "an empty text" report noise.survey --compare ""
@@ -58,7 +58,7 @@ expect 2 "that is the survey itself" export noise.survey --to csv -o \
 expect 2 "that is the survey itself" export noise.survey/survey.csv --to csv -o \
   noise.survey/survey.cfg
 echo 433000000 > noise.list
-expect 0 "noise.list: 0 of 0 channels; what it held is now in noise.list~" \
+expect 0 "noise.list: 0 of 0 channels; the old file is now noise.list~" \
   export noise.survey --to list -o noise.list
 check grep -q 433000000 noise.list~
 expect 0 "noise.list: 0 of 0 channels" \
@@ -84,7 +84,7 @@ expect 0 "repeater" --info --list-stations
 expect 0 "band.html: 0 channels" report noise.survey -o band.html
 check [ ! -e band.html~ ]
 echo mine > band.html
-expect 0 "what it held is now in band.html~" report noise.survey -o band.html
+expect 0 "the old file is now band.html~" report noise.survey -o band.html
 check grep -q mine band.html~
 echo mine > band.html && ln -sf noise.list band.html~
 expect 1 "something else has that name; move it away" report noise.survey -o band.html

@@ -37,7 +37,7 @@ check [ ! -e g_433M_1M.survey/survey-1.csv ]
 # Another one with the same name does not get into its list, unless asked to.
 expect 2 "holds the survey of another recording" other/g_433M_1M.cu8
 check cmp first.csv g_433M_1M.survey/survey.csv
-expect 2 "go on with that list with --continue" - --format cu8 --sample-rate 1M --frequency 433M \
+expect 2 "carry on with that list with" - --format cu8 --sample-rate 1M --frequency 433M \
   --dir g_433M_1M.survey
 expect 2 "another recording" --dir g_433M_1M.survey --duration 1
 expect 0 "kept as g_433M_1M.survey/survey-1.csv" other/g_433M_1M.cu8 --fresh
@@ -47,7 +47,7 @@ expect 2 "excludes" g_433M_1M.cu8 --continue --fresh
 
 # Only a simulated band goes on with a list whose source is not known.
 mkdir old && cp first.csv old/survey.csv
-expect 2 "nothing says of which source" g_433M_1M.cu8 --dir old
+expect 2 "from an unknown source" g_433M_1M.cu8 --dir old
 expect 0 "survey: resumed" --dir old --duration 1
 check grep -q '"kind": "simulation"' old/survey-source.json
 
@@ -58,7 +58,7 @@ check cmp before.csv old/survey-1.csv
 
 # A file that is not a survey, or belongs to somebody else, is left alone.
 mkdir table && echo "fruit;pieces" >table/survey.csv
-expect 1 "table/survey.csv is no survey, and surveying would overwrite it" --dir table --duration 1
+expect 1 "table/survey.csv is not a survey, and surveying would" --dir table --duration 1
 check [ "$(cat table/survey.csv)" = "fruit;pieces" ]
 if [ "$(id -u)" = 0 ]; then
   mkdir planted && touch planted/victim && ln -s victim planted/survey.cfg

@@ -80,7 +80,7 @@ TEST_F(LiveReceiver, SurvivesOverflowsAndErrorsButNotALostDevice) {
   script.unplugged = true;
   EXPECT_EQ(
       failureOf([&] { receiver->read(block); }),
-      "driver=scripted: no samples for 0.02 s (TIMEOUT); see that the receiver is plugged in");
+      "driver=scripted: no samples for 0.02 s (TIMEOUT); check that the receiver is plugged in");
   script.throws = true;
   EXPECT_NE(failureOf([&] { receiver->read(block); }).find("usb gone"), std::string::npos);
   receiver.reset();

@@ -13,10 +13,10 @@ TEST(SigmfMeta, RefusesWhatCannotBeSurveyedWithTheReason) {
   const std::vector<std::pair<std::string, const char*>> cases = {
       {metaText("\"core:datatype\":\"ri16_le\""), "real (ri16_le)"},
       {metaText("\"core:datatype\":\"cf32\""), "lacks the byte order"},
-      {metaText("\"core:datatype\":\"cs16_le\""), "none that is known"},
-      {metaText("\"core:datatype\":\"_le\""), "none that is known"},
+      {metaText("\"core:datatype\":\"cs16_le\""), "not a known one"},
+      {metaText("\"core:datatype\":\"_le\""), "not a known one"},
       {metaText(cu8 + ",\"core:num_channels\":2"), "2 channels"},
-      {metaText(cu8 + ",\"core:metadata_only\":true"), "metadata alone"},
+      {metaText(cu8 + ",\"core:metadata_only\":true"), "only metadata"},
       {metaText(cu8 + ",\"core:sha512\":\"12\""), "128 hexadecimal"},
       {metaText(cu8, "{\"core:sample_start\":-1}"), "core:sample_start is not a whole number"},
       {metaText(cu8, "{\"core:frequency\":\"1\"}"), "core:frequency is not a number"},
@@ -202,7 +202,7 @@ TEST_F(SigmfRecordings, ComeFromArchivesThatHideNothing) {
       {data + data + end, "several recordings"},
       {data + end, "no .sigmf-meta"},
       {tarMember("x.sigmf-meta", meta) + data + end, "differ in name"},
-      {tarMember("d/x.sigmf-meta", meta) + end, "metadata alone"},
+      {tarMember("d/x.sigmf-meta", meta) + end, "only metadata"},
       {std::string(2000, 'x'), "cannot be read as a tar archive"}};
   for (const auto& [bytes, words] : cases) {
     dir_.write("y.sigmf", bytes);

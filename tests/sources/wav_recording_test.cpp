@@ -50,7 +50,7 @@ struct WavRecordings : Recordings {
     constexpr uint64_t kFiveGigasamples = 5'000'000'000;
     const char* const on =
         "y_100M.wav: it goes on for 19999999600 bytes after the samples that its "
-        "header promises, which alone were surveyed";
+        "header promises; only those samples were surveyed";
     const Longer longer[] = {
         {UINT32_MAX, "", kFiveGigasamples, ""},  // lengths that 32 bits cannot hold
         {0x80000000 - 36, "", kFiveGigasamples, ""},

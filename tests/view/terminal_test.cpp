@@ -82,7 +82,7 @@ class TerminalRun {
  private:
   void read() {
     if (std::chrono::steady_clock::now() > deadline_) {
-      throw std::runtime_error("waited in vain; the program has written: " + rest());
+      throw std::runtime_error("timed out; the program has written: " + rest());
     }
     pollfd master = {master_, POLLIN, 0};
     if (poll(&master, 1, 20) != 1) return;
