@@ -31,7 +31,7 @@ constexpr double kRasterHz = 5000.0;
 constexpr double kRateHz = 2'400'000.0;
 constexpr double kCentreHz = 145e6;
 constexpr unsigned kRows = 64;
-constexpr const char* kLeastMs = "least_ms";
+constexpr const char* kMinMs = "min_ms";
 
 Survey makeSurvey(int64_t channel_count) {
   std::mt19937 random(1);
@@ -119,13 +119,13 @@ std::vector<float> noise(size_t samples) {
 template <typename Work>
 void timeEach(benchmark::State& state, const Work& work) {
   using Clock = std::chrono::steady_clock;
-  auto least = Clock::duration::max();
+  auto shortest = Clock::duration::max();
   for ([[maybe_unused]] auto iteration : state) {
     const auto start = Clock::now();
     work();
-    least = std::min(least, Clock::now() - start);
+    shortest = std::min(shortest, Clock::now() - start);
   }
-  state.counters[kLeastMs] = std::chrono::duration<double, std::milli>(least).count();
+  state.counters[kMinMs] = std::chrono::duration<double, std::milli>(shortest).count();
 }
 
 void pollPanel(benchmark::State& state) {
@@ -178,7 +178,7 @@ class LeastTimes : public benchmark::BenchmarkReporter {
   bool ReportContext(const Context& /*context*/) override { return true; }
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      ms_[run.run_name.function_name][run.run_name.args] = run.counters.at(kLeastMs);
+      ms_[run.run_name.function_name][run.run_name.args] = run.counters.at(kMinMs);
     }
   }
   double of(const std::string& work, int64_t channel_count) const {

@@ -43,12 +43,12 @@ std::vector<double> ticksOf(const Axis& axis) {
   if (axis.logarithmic) {
     for (int power = -6; power <= 6; ++power) ticks.push_back(std::pow(10.0, power));
   } else {
-    constexpr double kMostSteps = 10.0;
-    const double least = (axis.high - axis.low) / kMostSteps;
-    const double decade = std::pow(10.0, std::floor(std::log10(least)));
+    constexpr double kMaxSteps = 10.0;
+    const double min_step = (axis.high - axis.low) / kMaxSteps;
+    const double decade = std::pow(10.0, std::floor(std::log10(min_step)));
     double step = 10.0 * decade;
     for (const double part : {5.0, 2.0, 1.0}) {
-      if (part * decade >= least * 0.999) step = part * decade;
+      if (part * decade >= min_step * 0.999) step = part * decade;
     }
     const auto steps = static_cast<int>(std::round((axis.high - axis.low) / step)) + 1;
     const double first = std::ceil(axis.low / step - 1e-9);

@@ -21,7 +21,7 @@
  *                       another such call runs. A call that ends a dwell reads the host's clock,
  *                       asks it to tune and writes a file under that lock.
  * One thread may play all three roles. All [locks] calls may overlap freely in time. Around them
- * a host MUST NOT hold a lock of its own that its tune or now_ms takes, or the two wait for each
+ * a host MUST NOT hold any lock that its own tune or now_ms takes, or the two wait for each
  * other forever. No thread may be cancelled inside a call. The threads keep the usual
  * floating-point environment: rounding to nearest, no traps, denormals not flushed to zero.
  *
@@ -166,7 +166,7 @@ typedef struct WendlePanelRow {
   char cells[WENDLE_PANEL_CELLS][WENDLE_CELL_BYTES]; /* unused cells and bytes past a NUL are 0 */
 } WendlePanelRow;
 
-/* The panel: a table that the host shows. It has no state of its own: any handle of this plug-in
+/* The panel: a table that the host shows. It has no separate state: any handle of this plug-in
  * will do, before the IQ processor's create and after its destroy too. */
 typedef struct WendlePanelApi {
   uint32_t struct_size; /* sizeof(WendlePanelApi), 48 */

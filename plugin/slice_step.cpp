@@ -8,7 +8,7 @@ namespace pelagrim {
 
 namespace {
 
-// The model has names of its own for what crosses the boundary.
+// The model has its own names for the answers that cross the boundary.
 static_assert(static_cast<int>(TuneAnswer::kAccepted) == kTuneAccepted);
 static_assert(static_cast<int>(TuneAnswer::kNotPermitted) == kTuneNotPermitted);
 static_assert(static_cast<int>(TuneAnswer::kOutOfRange) == kTuneOutOfRange);

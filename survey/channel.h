@@ -18,7 +18,7 @@ struct Channel {
   double width_hz = 0.0;      ///< mean over the detections
   double peak_db = 0.0;       ///< highest of the detections
   double floor_db = 0.0;      ///< of the latest detection
-  int64_t first_unix_ms = 0;  ///< host clock; 0 where the host has none
+  int64_t first_unix_ms = 0;  ///< host clock; 0 if the host has none
   int64_t last_unix_ms = 0;
   uint32_t hits = 0;   ///< detections merged; two in one dwell both count
   uint32_t looks = 0;  ///< dwells whose slice covered centre_hz

@@ -56,7 +56,7 @@ void Spectrum::take(const float* iq, size_t n) noexcept {
     addFramePower(frame, window.data(), power_sum.data());
     ++frames;
   };
-  // Only the ragged ends of a block are copied; whole frames are taken where they lie.
+  // Only the ragged ends of a block are copied; whole frames are used in place.
   auto* const gathered = reinterpret_cast<float*>(fft_buf.data());
   while (iq != end) {
     const size_t waiting = static_cast<size_t>(end - iq) / 2;

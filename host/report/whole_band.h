@@ -31,7 +31,7 @@ class WholeBand {
 
   enum class MarkWidth { kNarrow, kWide };
 
-  /// For each column of pixels where the highest mark of that width ends.
+  /// For each column of pixels, the top of the highest mark of that width.
   std::vector<double> skyline(MarkWidth wanted) const;
 
  private:

@@ -12,7 +12,7 @@ namespace {
 
 constexpr size_t kRunSamples = 1024;
 
-/// The angle as a whole number, which wraps where the circle does and never drifts.
+/// The angle as a whole number, which wraps with the circle and never drifts.
 uint64_t turnsToFraction(double turns) {
   return static_cast<uint64_t>(std::llround((turns - std::round(turns)) * 0x1p63)) * 2;
 }

@@ -19,9 +19,9 @@ struct SurveyFiles {
   std::vector<pelagrim::BandLabel> band_plan;  ///< empty if there is no such file
   bool is_copy = false;  ///< of the last complete list, because the results file is cut short
   std::optional<pelagrim::Settings> settings;  ///< nothing if there is no such file
-  std::optional<SurveyMemory> memory;  ///< of the directory that holds the results file, likewise
+  std::optional<SurveyMemory> memory;          ///< of the results file's directory, likewise
 
-  /// Times were taken from the age of a recording's file.
+  /// Times were taken from the time stamp of a recording's file.
   bool timesAreGuesses() const { return memory && memory->start_is_guess; }
 };
 

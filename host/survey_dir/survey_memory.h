@@ -31,11 +31,11 @@ struct SurveyMemory {
   std::optional<FileIdentity> identity;    ///< of a recording
   pelagrim::Settings settings;             ///< in force in that run
   bool start_is_guess = false;             ///< times were taken from the time stamp of the file
-  std::optional<double> length_seconds{};  ///< of a recording, where it is known
+  std::optional<double> length_seconds{};  ///< of a recording, if known
   std::string program;                     ///< its name and version
 };
 
-/// Whether both tell of the same recording or receiver, or of the simulation.
+/// Whether both are of the same recording or receiver, or of the simulation.
 bool areOfOneSource(const SurveyMemory& one, const SurveyMemory& other);
 
 /// Nothing if there is no such file, or one that makes no sense.

@@ -9,13 +9,13 @@
 
 namespace pelagrim_host {
 
-/// One row of survey.csv. Levels are not a number where the file has none or one beyond 1000. Hits,
-/// at least 1, are detections, and one dwell can have several; looks, as the file has them, are
-/// dwells since the channel was first heard. So there can be more hits than looks.
+/// One row of survey.csv. A level is not a number if the file has none, or one beyond 1000. Hits,
+/// at least 1, are detections, and one dwell can have several; looks, as in the file, are dwells
+/// since the channel was first heard. So there can be more hits than looks.
 struct SurveyedChannel : pelagrim::Channel {
   std::string_view kind;  ///< the guess by width, one of pelagrim::signalKinds()
 
-  /// Hits by looks, but at most 1: to order, colour and select by.
+  /// Hits divided by looks, at most 1: to sort, colour and select by.
   double activity() const {
     return hits < looks ? static_cast<double>(hits) / static_cast<double>(looks) : 1.0;
   }

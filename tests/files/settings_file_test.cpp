@@ -34,7 +34,7 @@ TEST(SettingsFile, ReadsTheStartOfTheBandInManySpellings) {
       {std::string(62, ' ') + "start=3", 3.0},
       {"start" + std::string(58, ' ') + "=4", 4.0},
       {"start" + std::string(59, ' ') + "=4", 144e6},  // the key is too long
-      {"#" + std::string(510, 'x') + "start=5", 5.0},  // a piece of its own
+      {"#" + std::string(510, 'x') + "start=5", 5.0},  // a separate piece
       {"# start=1", 144e6},
       {"Start=1\nstart_hz=1\nst art=1", 144e6},
       {"start\n=1\nstart=\nstart=\r\n", 144e6},

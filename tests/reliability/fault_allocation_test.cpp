@@ -8,7 +8,7 @@ namespace {
 
 TEST(OutOfMemory, IsSurvivedWhereverItStrikes) {
 #ifdef PELAGRIM_SANITIZED
-  GTEST_SKIP() << "a sanitizer brings an allocator of its own, which cannot be made to fail";
+  GTEST_SKIP() << "a sanitizer has its own allocator, which cannot be made to fail";
 #endif
   FaultScenario scenario;
   std::string expected;

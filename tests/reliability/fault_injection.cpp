@@ -86,7 +86,7 @@ int fclose(std::FILE* file) {
   return strikes(Call::kClose) ? EOF : result;
 }
 
-#ifndef PELAGRIM_SANITIZED  // a sanitizer brings an allocator of its own
+#ifndef PELAGRIM_SANITIZED  // a sanitizer has its own allocator
 void* __libc_malloc(size_t bytes);
 void* __libc_calloc(size_t count, size_t bytes);
 void* __libc_realloc(void* block, size_t bytes);

@@ -77,7 +77,7 @@ TEST_F(SigmfRecordings, RetuneWhereSigmfCapturesDo) {
   RecordingRequest asked = request("x.sigmf-meta");
   asked.told.start_unix_ms = {5000, "the command line"};
   asked.told.centre_hz = {300.0, "the command line"};
-  const auto told = open(asked);  // it stands over the metadata, for every capture
+  const auto told = open(asked);  // it outranks the metadata, for every capture
   EXPECT_EQ(told->startUnixMs(), 5000);
   EXPECT_EQ(told->skip(10), 10u);
   EXPECT_EQ(told->centreHz(), 300.0);

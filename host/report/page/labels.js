@@ -9,7 +9,7 @@ const overlap = (a, b) => a.channel !== b.channel && Math.abs(a.x - b.x) < a.hal
   && Math.abs(a.bottom - b.bottom) < at.label_height;
 
 /**
- * What is picked, what has changed and then the most active first: where no other label stands and
+ * The picked channel, then changed ones, then the most active, wherever there is no other label and
  * no other mark rises behind. Places for the symbols of what has changed are kept free, in a crowd
  * only where they would stand out.
  */
