@@ -10,8 +10,8 @@ const overlap = (a, b) => a.channel !== b.channel && Math.abs(a.x - b.x) < a.hal
 
 /**
  * The picked channel, then changed ones, then the most active, wherever there is no other label and
- * no other mark rises behind. Places for the symbols of what has changed are kept free, in a crowd
- * only where they would stand out.
+ * no other mark behind. Places for the symbols of changed channels are kept free, but in a crowd
+ * only where the symbols would stand out.
  */
 function drawLabels() {
   labels.replaceChildren();
