@@ -98,7 +98,7 @@ void addSourceOptions(CLI::App& app, CommandLine& line) {
       ->type_name("RATE");
   addParsed(app, "--frequency", parseNotNegativeHz, options.frequency_hz, kFrequency,
             "Centre of the recording, or where the receiver starts.\n"
-            "Else both as the recording or its name says")
+            "If not given, both come from the recording or its name")
       ->type_name("HZ");
   app.add_option("--format", options.format,
                  "Treat the file as raw samples in this format, whatever its name:\n" +
@@ -116,8 +116,8 @@ void addSourceOptions(CLI::App& app, CommandLine& line) {
   addParsed(app, "--start-time", parseStart, options.start_unix_ms,
             "a time such as 2024-11-16T12:00:00Z, or Unix milliseconds",
             "When the first sample was received: UTC, or Unix milliseconds.\n"
-            "Else as the recording says, else by the age of its file,\n"
-            "which was last written when the recording ended")
+            "If not given, from the recording, else from the time stamp of its\n"
+            "file, which was last written when the recording ended")
       ->type_name("TIME");
   addParsed(app, "--simulate", parseFrequencyRange, options.simulated_range, kRange,
             "The simulated band, if it is not the band to survey")
@@ -151,7 +151,7 @@ void addReceiverOptions(CLI::App& app, CommandLine& line) {
   }
   addTask(app, Task::kListDevices, line.task);
   addParsed(app, "--gain", parseGain, options.gain, "a gain such as 32.8, auto or LNA=20,IF=8",
-            "In dB, \"auto\", or by stages such as LNA=20,IF=8; else the\ndriver's own choice")
+            "In dB, \"auto\", or by stages such as LNA=20,IF=8; if not given,\nthe driver's choice")
       ->type_name("GAIN")
       ->needs(device);
   app.add_option("--antenna", options.antenna, "The antenna socket, by the driver's name for it")
@@ -163,7 +163,7 @@ void addReceiverOptions(CLI::App& app, CommandLine& line) {
       ->type_name("PPM")
       ->needs(device);
   addParsed(app, "--bandwidth", parsePositiveHz, options.bandwidth_hz, "a bandwidth such as 2M",
-            "Width of the receiver's filter; else the driver's own choice")
+            "Width of the receiver's filter; if not given, the driver's choice")
       ->type_name("HZ")
       ->needs(device);
   addParsed(app, "--lo-offset", parseQuantity, options.lo_offset_hz, "an offset such as 25k",
