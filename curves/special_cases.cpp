@@ -66,8 +66,7 @@ void measureShortDwells(const std::filesystem::path& dir) {
       uint64_t found = 0;
       double width_sum_hz = 0.0;
       for (uint64_t dwell = 0; dwell < dwells; ++dwell) {
-        const uint64_t first =
-            dwell * (frames / 4 + 37);  // never the same place
+        const uint64_t first = dwell * (frames / 4 + 37);  // never the same place
         const auto all = findDetections(band.listen(first, frames), band.slice(), kThresholdDb);
         for (const auto& piece :
              detectionsWithin(all, kCentreHz - half_width_hz, kCentreHz + half_width_hz)) {

@@ -16,9 +16,8 @@ const char* kindText(SimulatedKind kind);
 struct SimulatedStation {
   std::string name;  ///< "repeater", "CW beacon", ...
   SimulatedKind kind = SimulatedKind::kNfmVoice;
-  double centre_hz =
-      0.0;  ///< the middle of its spectrum, not the suppressed carrier of SSB
-  double width_hz = 0.0;  ///< nominal occupied bandwidth
+  double centre_hz = 0.0;  ///< the middle of its spectrum, not the suppressed carrier of SSB
+  double width_hz = 0.0;   ///< nominal occupied bandwidth
   /// Its mean power while it transmits (CW: key down) over the noise power in the same width, in
   /// dB; for anything narrower than 1 kHz over the noise in 1 kHz. This is about how far the middle
   /// of its spectrum is above the noise floor.
