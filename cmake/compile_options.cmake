@@ -12,6 +12,17 @@ set(CMAKE_SKIP_RPATH ON)
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g")
 
+# Hardening that not every compiler has: no frame skips the stack's guard page, and jumps end only
+# where one is marked. Neither changes a value.
+include(CheckCXXCompilerFlag)
+foreach(flag -fstack-clash-protection -fcf-protection)
+  string(MAKE_C_IDENTIFIER "PELAGRIM_HAS${flag}" has_flag)
+  check_cxx_compiler_flag(${flag} ${has_flag})
+  if(${has_flag})
+    add_compile_options(${flag})
+  endif()
+endforeach()
+
 add_compile_options(
   -march=x86-64 -ffp-contract=off
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wdouble-promotion

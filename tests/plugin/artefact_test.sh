@@ -12,6 +12,7 @@ holds_only() { ! grep -vE "$2" <<<"$1" || complain "$3"; }
 
 dynamic=$(readelf -dW "$plugin")
 segments=$(readelf -lW "$plugin")
+code=$(objdump -d --no-show-raw-insn "$plugin")
 defined=$(nm -D --defined-only "$plugin" | awk '{ print $NF }')
 undefined=$(nm -D --undefined-only "$plugin" | awk '$1 == "U" { print $2 }')
 needed=$(sed -n 's/.*NEEDED.*\[\(.*\)\]/\1/p' <<<"$dynamic")
@@ -24,6 +25,9 @@ lacks "$segments" 'LOAD.* RWE' "a segment is writable and executable"
 lacks "$dynamic" 'TEXTREL' "code is relocated at load"
 lacks "$dynamic" 'RPATH|RUNPATH' "a search path is built in"
 has "$undefined" '__stack_chk_fail' "no stack protector"
+entry=$(sed -n '/<wendle_plugin_query.*>:$/{n;p}' <<<"$code")
+has "$entry" 'endbr64' "calls may land anywhere: no control-flow marks"
+has "$code" 'or[lq] +\$0x0,.*\(%rsp\)' "large frames skip the guard page: no stack-clash protection"
 has "$undefined" '__v?snprintf_chk' "no fortified functions"
 # The C and C++ libraries, maths, and libgcc_s: the unwinder, without which no exception is caught.
 holds_only "$needed" '^(libc\.so\.6|libm\.so\.6|libstdc\+\+\.so\.6|libgcc_s\.so\.1)$' \
