@@ -2,9 +2,12 @@
 
 #include <dlfcn.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include <span>
 #include <system_error>
+
+#include "host/text/display_text.h"
 
 namespace pelagrim_host {
 namespace {
@@ -13,8 +16,8 @@ constexpr const char* kDefaultPluginName = "pelagrim_plugin.so";
 constexpr uint32_t kMaxCapabilities = 32;  // the bits of the mask
 
 /// The text of an optional string of the plug-in.
-const char* textOf(const char* text) {
-  return text == nullptr ? "(none)" : text;
+std::string textOf(const char* text) {
+  return text == nullptr ? "(none)" : displayText(text);
 }
 
 std::string kindName(uint32_t kind) {
@@ -28,6 +31,21 @@ std::string kindName(uint32_t kind) {
     default:
       return fmt::format("kind {}, not known here", kind);
   }
+}
+
+/// Whether nobody but root and the program's owner can change `plugin`, or put another file in its
+/// place. Neither path has links in it.
+bool isTrusted(const std::filesystem::path& plugin, const std::filesystem::path& program) {
+  struct stat owner = {};
+  if (stat(program.c_str(), &owner) != 0) return false;
+  const auto is_safe = [&owner](const std::filesystem::path& path) {
+    struct stat found = {};
+    if (stat(path.c_str(), &found) != 0) return false;
+    const bool is_open_to_all = (found.st_mode & S_IWOTH) != 0 && (found.st_mode & S_ISVTX) == 0;
+    return (found.st_uid == 0 || found.st_uid == owner.st_uid) && !is_open_to_all;
+  };
+  const auto folder = plugin.parent_path();
+  return is_safe(plugin) && is_safe(folder) && is_safe(folder.parent_path());
 }
 
 }  // namespace
@@ -121,7 +139,7 @@ std::string PluginLibrary::describe() const {
   std::string text = fmt::format(
       "file        {}\nname        {}\nversion     {}\nauthor      {}\nlicense     {}\n"
       "interface   version {}\n",
-      path_, textOf(descriptor_->plugin_name), textOf(descriptor_->version),
+      displayText(path_), textOf(descriptor_->plugin_name), textOf(descriptor_->version),
       textOf(descriptor_->author), textOf(descriptor_->license), descriptor_->abi_version);
   for (const auto& entry : std::span(descriptor_->capabilities, descriptor_->capability_count)) {
     text +=
@@ -130,19 +148,27 @@ std::string PluginLibrary::describe() const {
   return text;
 }
 
-std::filesystem::path findDefaultPlugin() {
-  std::error_code error;
-  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-  if (!error) {
-    const auto folder = program.parent_path();
-    const auto prefix = folder.parent_path();
-    for (const auto& place : {folder, prefix, prefix / "lib" / "pelagrim"}) {
-      if (std::filesystem::exists(place / kDefaultPluginName, error)) {
-        return place / kDefaultPluginName;
-      }
-    }
+std::filesystem::path findDefaultPlugin(const std::filesystem::path& program) {
+  namespace fs = std::filesystem;
+  const auto folder = program.parent_path();
+  for (const auto& place : {folder, folder.parent_path() / "lib" / "pelagrim"}) {
+    std::error_code error;
+    const auto plugin = fs::canonical(place / kDefaultPluginName, error);
+    if (error) continue;
+    if (isTrusted(plugin, program)) return plugin;
+    throw PluginError(
+        fmt::format("{} is not loaded: it or its folder can be changed by users other than root "
+                    "and the owner of the program; to load it all the same, name it with --plugin",
+                    plugin.string()));
   }
-  return kDefaultPluginName;
+  throw PluginError(
+      fmt::format("there is no {} beside the program, in {}, or in ../lib/pelagrim from there; "
+                  "name it with --plugin PATH",
+                  kDefaultPluginName, folder.string()));
+}
+
+std::filesystem::path findDefaultPlugin() {
+  return findDefaultPlugin(std::filesystem::read_symlink("/proc/self/exe"));
 }
 
 }  // namespace pelagrim_host

@@ -47,8 +47,12 @@ class PluginLibrary {
   const WendleHostClientApi* host_client_ = nullptr;
 };
 
-/// Where the plug-in is by default: beside the program, one folder above it (in a build tree), in
-/// lib/pelagrim under the program's prefix, else wherever the dynamic loader finds it.
+/// Where the plug-in is by default: beside the program, else in lib/pelagrim below the
+/// program's prefix. Throws PluginError when it is in neither place, or when it or its folder could
+/// have been put there by somebody else than root or the owner of the program.
 std::filesystem::path findDefaultPlugin();
+
+/// The same for the program at that path, which has no links in it.
+std::filesystem::path findDefaultPlugin(const std::filesystem::path& program);
 
 }  // namespace pelagrim_host

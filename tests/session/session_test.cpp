@@ -2,9 +2,11 @@
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -234,6 +236,40 @@ TEST(HostSession, ShowsRefusalAndRecoveryOfTheRealPlugin) {
   const std::string table = formatPanel(view.panels[0]);
   EXPECT_NE(table.find("Survey  sweeping  3 slices  3 dwells done"), std::string::npos) << table;
   EXPECT_NE(table.find("! Cannot sweep  the radio refused to tune"), std::string::npos) << table;
+}
+
+TEST(PluginLibrary, IsLookedForOnlyWhereNobodyElseCouldHavePutIt) {
+  namespace fs = std::filesystem;
+  const TemporaryDir dir;
+  const fs::path prefix = fs::canonical(dir.path());
+  for (const char* folder : {"bin", "lib/pelagrim"}) fs::create_directories(prefix / folder);
+  dir.write("bin/program", "");
+  const auto found = [&] {
+    try {
+      return findDefaultPlugin(prefix / "bin/program").lexically_relative(prefix).string();
+    } catch (const PluginError& error) {
+      return std::string(error.what()).substr(0, 12);
+    }
+  };
+  dir.write("pelagrim_plugin.so", "");
+  EXPECT_EQ(found(), "there is no ") << "the folder above the program is anybody's";
+  dir.write("lib/pelagrim/pelagrim_plugin.so", "");
+  EXPECT_EQ(found(), "lib/pelagrim/pelagrim_plugin.so");
+  for (const char* open : {"lib/pelagrim/pelagrim_plugin.so", "lib/pelagrim", "lib"}) {
+    fs::permissions(prefix / open, fs::perms::others_write, fs::perm_options::add);
+    EXPECT_NE(found(), "lib/pelagrim/pelagrim_plugin.so") << open;
+    fs::permissions(prefix / open, fs::perms::others_write, fs::perm_options::remove);
+  }
+  if (geteuid() == 0) {
+    fs::create_directory(prefix / "theirs");
+    dir.write("theirs/pelagrim_plugin.so", "");
+    ASSERT_EQ(chown((prefix / "theirs/pelagrim_plugin.so").c_str(), 1, 1), 0);
+    fs::create_symlink("../theirs/pelagrim_plugin.so", prefix / "bin/pelagrim_plugin.so");
+    EXPECT_NE(found(), "theirs/pelagrim_plugin.so");
+    fs::remove(prefix / "bin/pelagrim_plugin.so");
+  }
+  dir.write("bin/pelagrim_plugin.so", "");
+  EXPECT_EQ(found(), "bin/pelagrim_plugin.so");
 }
 
 TEST(PluginLibrary, RefusesWhatIsNoSoundPluginAndSaysWhy) {
