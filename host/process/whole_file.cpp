@@ -185,6 +185,17 @@ void keep(const fs::path& path, std::string_view text, const struct stat& like) 
 std::string readWholeFile(const fs::path& path) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (!file.isOpen()) fail("read", path, errno);
+  struct stat found = {};
+  if (fstat(file.number(), &found) != 0) fail("read", path, errno);
+  if (S_ISCHR(found.st_mode) || S_ISBLK(found.st_mode)) {
+    throw FileError(fmt::format("{} is a device, not a file", path.string()));
+  }
+  const auto requireShort = [&path](size_t bytes) {
+    if (bytes <= kMaxWholeFileBytes) return;
+    throw FileError(fmt::format("{} holds more than {} MB, too much to be read whole",
+                                path.string(), kMaxWholeFileBytes / 1'000'000));
+  };
+  requireShort(S_ISREG(found.st_mode) ? static_cast<size_t>(found.st_size) : 0);
   std::string text;
   char piece[1 << 16];
   for (;;) {
@@ -195,6 +206,7 @@ std::string readWholeFile(const fs::path& path) {
     }
     if (count < 0 && errno != EINTR) fail("read", path, errno);
     if (count > 0) text.append(piece, static_cast<size_t>(count));
+    requireShort(text.size());
   }
 }
 

@@ -147,6 +147,9 @@ std::optional<SurveySettings> readSettings(const std::filesystem::path& director
 
 void editSettings(const std::filesystem::path& directory, const SurveySettings& changes) {
   const auto path = settingsPath(directory);
+  if (isDevice(path)) {
+    throw FileError(fmt::format("{} is a device, which keeps no settings", path.string()));
+  }
   const auto old_text = readIfThere(path);
   const std::string text = withSettings(old_text.value_or(kNewFileHead), changes);
   if (old_text != text) replaceFile(path, text);

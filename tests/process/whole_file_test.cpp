@@ -83,6 +83,10 @@ TEST(WholeFile, AFailureLeavesTheOldTextAndNothingElse) {
   EXPECT_THROW(replaceFile("/dev/full", "x"), FileError);
   EXPECT_THROW(readWholeFile(dir.path()), FileError);
   EXPECT_THROW(readWholeFile(dir.path() / "gone"), FileError);
+  EXPECT_THROW(readWholeFile("/dev/zero"), FileError);
+  dir.write("huge", "");
+  std::filesystem::resize_file(dir.path() / "huge", kMaxWholeFileBytes + 1);
+  EXPECT_THROW(readWholeFile(dir.path() / "huge"), FileError);
 }
 
 TEST(WholeFile, WritesToWhatIsNoFileInPlace) {

@@ -57,6 +57,10 @@ TEST(SurveySettings, EditingTheFileKeepsItsLinkAndItsMode) {
   fs::remove(dir.path() / "survey.cfg");
   mkfifo((dir.path() / "survey.cfg").c_str(), 0600);
   EXPECT_THROW(editSettings(dir.path(), {.sweep = true}), std::runtime_error);
+  fs::remove(dir.path() / "survey.cfg");
+  fs::create_symlink("/dev/zero", dir.path() / "survey.cfg");
+  EXPECT_TRUE(readSettings(dir.path())->isEmpty()) << "a device is an empty file";
+  EXPECT_THROW(editSettings(dir.path(), {.sweep = true}), std::runtime_error);
 }
 
 TEST(SurveyPlace, IsAsNamedElseFromTheEnvironmentElseFromTheSourceElseInTheHome) {
