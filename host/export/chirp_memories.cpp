@@ -71,9 +71,10 @@ std::string chirpMemories(const ExportedChannels& channels) {
         "{} {:.{}f} kHz wide, {}, {}", channel.seen.kind, channel.seen.width_hz / 1e3,
         channel.seen.width_hz < 1e3 ? 3 : 1, countedText(channel.seen.hits, "detection"),
         countedText(channel.seen.looks, "look"));
-    text += fmt::format("{},{},{:.6f},off,0.000000,,88.5,88.5,023,NN,{},{:.2f},,{},,,\n",
-                        ++location, csvField(plainText(channel.name)), tuned.hz / 1e6,
-                        modeOf(channel.listening), tuned.step_khz, csvField(comment));
+    text +=
+        fmt::format("{},{},{:.6f},off,0.000000,,88.5,88.5,023,NN,{},{:.2f},,{},,,\n", ++location,
+                    csvField(plainText(withoutFormulaSigns(channel.name))), tuned.hz / 1e6,
+                    modeOf(channel.listening), tuned.step_khz, csvField(comment));
   }
   return text;
 }

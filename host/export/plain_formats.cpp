@@ -37,13 +37,6 @@ std::string levelText(double level_db) {
   return std::isfinite(level_db) ? fmt::format("{:.1f}", level_db) : "";
 }
 
-/// Text that no spreadsheet takes for a formula.
-std::string harmless(const std::string& text) {
-  const bool is_formula =
-      !text.empty() && std::string_view("=+-@").find(text.front()) != std::string_view::npos;
-  return is_formula ? "'" + text : text;
-}
-
 }  // namespace
 
 std::string frequencyList(const ExportedChannels& channels) {
@@ -92,7 +85,7 @@ std::string readableCsv(const ExportedChannels& channels) {
         fmt::format("{:.6f},{:.3f},{},{},{},{},{},{},{},{}\n", seen.centre_hz / 1e6,
                     seen.width_hz / 1e3, seen.kind, levelText(seen.peak_db - seen.floor_db),
                     seen.hits, seen.looks, moment(seen.first_unix_ms), moment(seen.last_unix_ms),
-                    channel.times_are_guesses ? "yes" : "no", csvField(harmless(channel.band)));
+                    channel.times_are_guesses ? "yes" : "no", csvField(noFormula(channel.band)));
   }
   return text;
 }

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "host/export/csv_field.h"
 #include "host/export/export_formats.h"
 
 using namespace pelagrim_host;
@@ -31,6 +32,27 @@ std::vector<std::string> linesOf(const std::string& text) {
 }
 
 }  // namespace
+
+TEST(Export, NoTextOfATableIsAFormula) {
+  for (const char* formula : {"=1", "+1", "-1", "@x", "  =1", "\t=1",
+                              "\xEF\xBC\x9D"
+                              "1",
+                              "\xE2\x80\x8B=1",
+                              "\xEF\xBB\xBF\xC2\xA0\xEF\xBC\x8B"
+                              "1"}) {
+    EXPECT_EQ(noFormula(formula), std::string("'") + formula);
+  }
+  for (const char* text : {"", "2 m", "a=b",
+                           "\xE2\x80\x8B"
+                           "2 m",
+                           " a"}) {
+    EXPECT_EQ(noFormula(text), text);
+    EXPECT_EQ(withoutFormulaSigns(text), text);
+  }
+  EXPECT_EQ(withoutFormulaSigns("\xE2\x80\x8B=\xEF\xBC\x9D"
+                                "cmd|x"),
+            "cmd|x");
+}
 
 TEST(Export, EveryFormatIsWrittenAsItsProgramWritesIt) {
   const auto channels = selectChannels(survey(), {});
@@ -116,7 +138,7 @@ TEST(Export, OddNamesBreakNoFormat) {
   }
   EXPECT_EQ(nlohmann::json::parse(sdrppBookmarks(channels)).at("bookmarks").size(), 5U);
   EXPECT_EQ(linesOf(chirpMemories(channels)).at(4).substr(0, 41),
-            "4,\"=a;b,\"\"c\"\"?? 145.0129 MHz\",145.012500,");
+            "4,\"a;b,\"\"c\"\"?? 145.0129 MHz\",145.012500,4");
   const auto table = readableCsv(selectChannels(survey("3 4 +1\n90 90 @x\n144 145 -2\n"), {}));
   for (const char* const harmless : {",'+1\n", ",'@x\n", ",'-2\n"}) {
     EXPECT_NE(table.find(harmless), std::string::npos) << table;
