@@ -4,6 +4,7 @@ add_library(fake_plugin MODULE session/fake_plugin.cpp)
 target_include_directories(fake_plugin PRIVATE ${PROJECT_SOURCE_DIR}/include)
 
 add_executable(host_test
+  commands/survey_setup_test.cpp
   export/export_test.cpp
   process/whole_file_test.cpp
   session/session_test.cpp
@@ -46,9 +47,12 @@ gtest_discover_tests(host_report_test DISCOVERY_TIMEOUT 60)
 
 add_test(NAME pelagrim_survey_command_line
   COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/commands/command_line_test.sh $<TARGET_FILE:pelagrim-survey>)
-add_test(NAME pelagrim_survey_options_in_manual_and_completion
+add_test(NAME pelagrim_survey_options_in_manual
   COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/commands/options_test.sh $<TARGET_FILE:pelagrim-survey>
-    ${PROJECT_SOURCE_DIR}/packaging)
+    ${PROJECT_SOURCE_DIR}/packaging/pelagrim-survey.1)
+add_test(NAME pelagrim_survey_completion
+  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/commands/completion_test.sh $<TARGET_FILE:pelagrim-survey>
+    ${PROJECT_SOURCE_DIR}/packaging/pelagrim-survey.bash-completion)
 
 # Kills at random moments, a full disk, flushes that fail.
 add_library(failing_disk MODULE survey_dir/failing_disk.c)
