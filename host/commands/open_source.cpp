@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <utility>
 
 #include "host/process/signals.h"
@@ -14,6 +16,7 @@
 #include "host/sources/open_recording.h"
 #include "host/sources/replayed_source.h"
 #include "host/sources/soapy_receiver.h"
+#include "host/survey_dir/survey_place.h"
 
 namespace pelagrim_host {
 namespace {
@@ -38,12 +41,24 @@ bool isStandardInput(const Options& options) {
   return options.source == "-";
 }
 
+/// Without anything to hear a survey would end in order and find nothing.
+void refuseBandElsewhere(const Options& options, const pelagrim::Settings& settings) {
+  if (!options.simulated_range || !(options.band || settings.sweep)) return;
+  const auto [low_hz, high_hz] = *options.simulated_range;
+  if (settings.start_hz <= high_hz && low_hz <= settings.stop_hz) return;
+  throw UsageError(fmt::format(
+      "--simulate: the band to survey, {} to {}, is no part of {} to {}; give --band within it",
+      formatFrequency(settings.start_hz), formatFrequency(settings.stop_hz),
+      formatFrequency(low_hz), formatFrequency(high_hz)));
+}
+
 std::unique_ptr<IqSource> openSimulatedBand(const Options& options,
                                             const pelagrim::Settings& settings) {
   if (!options.format.empty() || options.plays != 1 || options.offset_seconds != 0.0 ||
       options.verify) {
     throw UsageError("--format, --loop, --offset and --verify are for a recording; name one");
   }
+  refuseBandElsewhere(options, settings);
   return std::make_unique<SimulatedBand>(simulatedBandConfig(options, settings));
 }
 
@@ -78,6 +93,22 @@ std::unique_ptr<IqSource> openTunable(const Options& options, const pelagrim::Se
   return std::make_unique<OffsetTunedSource>(std::move(source), options.lo_offset_hz);
 }
 
+/// Says what is wrong with the file's name itself, before anything is asked about its samples.
+void requireRecording(const std::string& source) {
+  struct stat found = {};
+  if (stat(source.c_str(), &found) != 0) {
+    throw SourceError(fmt::format("cannot open {}: {}", source, std::strerror(errno)));
+  }
+  if (!S_ISDIR(found.st_mode)) return;
+  if (stat(resultsPath(source).c_str(), &found) == 0) {
+    throw UsageError(
+        fmt::format("{} is a directory that holds a survey; did you mean "
+                    "pelagrim-survey report {}?",
+                    source, source));
+  }
+  throw SourceError(fmt::format("{} is a directory; name a recording", source));
+}
+
 }  // namespace
 
 SimulatedBandConfig simulatedBandConfig(const Options& options,
@@ -99,6 +130,7 @@ SimulatedBandConfig simulatedBandConfig(const Options& options,
 std::unique_ptr<IqSource> openSource(const Options& options, const pelagrim::Settings& settings,
                                      const RemarkSink& remark) {
   if (options.source.empty()) return openTunable(options, settings, remark);
+  if (!isStandardInput(options)) requireRecording(options.source);
   if (options.lo_offset_hz != 0.0) {
     throw UsageError("--lo-offset: a recording cannot be tuned; leave the option out");
   }

@@ -1,6 +1,8 @@
 #include "host/commands/saved_survey_arguments.h"
 
 #include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -12,8 +14,20 @@
 #include "host/process/usage_error.h"
 #include "host/process/whole_file.h"
 #include "host/survey_dir/survey_place.h"
+#include "host/text/display_text.h"
 
 namespace pelagrim_host {
+namespace {
+
+/// Whether a name such as /dev/stdout leads to where standard output goes.
+bool isStandardOutput(const std::string& path) {
+  struct stat named = {};
+  struct stat standard = {};
+  return stat(path.c_str(), &named) == 0 && fstat(STDOUT_FILENO, &standard) == 0 &&
+         named.st_dev == standard.st_dev && named.st_ino == standard.st_ino;
+}
+
+}  // namespace
 
 void addSurveyArgument(CLI::App& app, std::string& survey) {
   app.add_option("SURVEY", survey,
@@ -38,7 +52,7 @@ bool parseArguments(CLI::App& app, int argc, const char* const* argv) {
 void sayRemarks(const std::vector<std::string>& remarks) {
   TextOutput complaints(stderr);
   for (const std::string& remark : remarks) {
-    complaints.write(fmt::format("pelagrim-survey: {}\n", remark));
+    complaints.write(fmt::format("pelagrim-survey: {}\n", displayText(remark)));
   }
 }
 
@@ -57,9 +71,10 @@ void refuseSurveyFiles(const std::string& output, const SurveyFiles& survey) {
 }
 
 void writeOutput(const std::string& output, const std::string& text, const std::string& summary) {
+  TextOutput said(isStandardOutput(output) ? stderr : stdout);
   const bool was_kept = replaceFileKeepingOld(output, text);
   const std::string kept = was_kept ? fmt::format("; the old file is now {}~", output) : "";
-  TextOutput(stdout).write(fmt::format("{}: {}{}\n", output, summary, kept));
+  said.write(displayText(fmt::format("{}: {}{}", output, summary, kept)) + "\n");
 }
 
 }  // namespace pelagrim_host

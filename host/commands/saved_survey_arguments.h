@@ -29,8 +29,9 @@ void sayRemarks(const std::vector<std::string>& remarks);
 /// settings or band plan of its directory, whether they exist or not.
 void refuseSurveyFiles(const std::string& output, const SurveyFiles& survey);
 
-/// Writes `output`, keeps an older one as NAME~, and says so on standard output after the `summary`
-/// of what was written. Throws std::runtime_error.
+/// Writes `output`, keeps an older one as NAME~, and says so after the `summary` of what was
+/// written: on standard output, or on standard error if the output itself goes to standard output.
+/// Throws std::runtime_error.
 void writeOutput(const std::string& output, const std::string& text, const std::string& summary);
 
 }  // namespace pelagrim_host

@@ -42,6 +42,17 @@ CLI::Option* addParsed(CLI::App& app, const std::string& name, Parse parse, Targ
   return app.add_option_function<std::string>(name, take, help);
 }
 
+/// A check that asks back where a number has no unit and `meant_by` says what was probably meant.
+CLI::Validator unitCheck(std::optional<std::string> (*meant_by)(std::string_view)) {
+  const auto ask = [meant_by](const std::string& text) {
+    const auto meant = meant_by(text);
+    return meant ? fmt::format("'{}' is in hertz; did you mean {}? (For hertz write Hz.)", text,
+                               *meant)
+                 : std::string();
+  };
+  return CLI::Validator(ask, "");
+}
+
 /// Adds the option that asks for a task other than a survey.
 void addTask(CLI::App& app, Task task, Task& asked) {
   const OptionCommand& command = commandFor(task);
@@ -56,6 +67,11 @@ std::optional<double> parsePositiveHz(std::string_view text) {
 
 std::optional<double> parseNotNegativeHz(std::string_view text) {
   const auto value = parseQuantity(text);
+  return value && *value >= 0.0 ? value : std::nullopt;
+}
+
+std::optional<double> parseNotNegativeDecibels(std::string_view text) {
+  const auto value = parseDecibels(text);
   return value && *value >= 0.0 ? value : std::nullopt;
 }
 
@@ -95,11 +111,13 @@ void addSourceOptions(CLI::App& app, CommandLine& line) {
       ->check(notEmpty);
   addParsed(app, "--sample-rate", parsePositiveHz, options.sample_rate_hz,
             "a sample rate such as 2.4M", "Samples per second")
-      ->type_name("RATE");
+      ->type_name("RATE")
+      ->check(unitCheck(sampleRateMeant));
   addParsed(app, "--frequency", parseNotNegativeHz, options.frequency_hz, kFrequency,
             "Centre of the recording, or where the receiver starts.\n"
             "If not given, both come from the recording or its name")
-      ->type_name("HZ");
+      ->type_name("HZ")
+      ->check(unitCheck(frequencyMeant));
   app.add_option("--format", options.format,
                  "Treat the file as raw samples in this format, whatever its name:\n" +
                      sampleFormatNames(" "))
@@ -121,7 +139,8 @@ void addSourceOptions(CLI::App& app, CommandLine& line) {
       ->type_name("TIME");
   addParsed(app, "--simulate", parseFrequencyRange, options.simulated_range, kRange,
             "The simulated band, if it is not the band to survey")
-      ->type_name("LOW:HIGH");
+      ->type_name("LOW:HIGH")
+      ->check(unitCheck(frequencyMeant));
   addParsed(app, "--seed", countBetween<uint64_t>(0, UINT64_MAX), options.seed, kCount,
             "Seed of the simulated band: the same seed gives the same samples")
       ->type_name("N");
@@ -200,12 +219,13 @@ void addSurveyOptions(CLI::App& app, CommandLine& line) {
          "and the simulated band")
       ->excludes(fresh);
   addParsed(app, "--band", parseFrequencyRange, options.band, kRange, "Band to survey")
-      ->type_name("LOW:HIGH");
+      ->type_name("LOW:HIGH")
+      ->check(unitCheck(frequencyMeant));
   addParsed(app, "--dwell", parsePositiveSeconds, options.dwell_seconds,
             "a time in seconds such as 20", "Time on each slice of the band")
       ->type_name("SECONDS");
-  addParsed(app, "--threshold", parseDecibels, options.threshold_db, "a level in dB such as 12",
-            "How far above the noise floor a signal must be")
+  addParsed(app, "--threshold", parseNotNegativeDecibels, options.threshold_db,
+            "a level in dB from 0 on, such as 12", "How far above the noise floor a signal must be")
       ->type_name("DB");
   addParsed(app, "--raster", parsePositiveHz, options.raster_hz, "a spacing such as 12.5k",
             "Signals closer together than this are one channel")
@@ -241,8 +261,8 @@ void addRunOptions(CLI::App& app, CommandLine& line) {
 void addProgramOptions(CLI::App& app, CommandLine& line) {
   Options& options = line.options;
   app.add_option("--plugin", options.plugin,
-                 "Plug-in to load; else pelagrim_plugin.so beside the program or in\n"
-                 "lib/pelagrim")
+                 "Plug-in to load; else pelagrim_plugin.so beside the program, or in\n"
+                 "../lib/pelagrim where that is root's or the program owner's")
       ->type_name("PATH")
       ->check(notEmpty);
   addTask(app, Task::kPluginInfo, line.task);
@@ -264,7 +284,9 @@ std::variant<CommandLine, std::string> parseCommandLine(int argc, const char* co
   app.footer(
       "Afterwards: \"pelagrim-survey report\" draws a survey, \"pelagrim-survey export\" writes\n"
       "its channels for other programs; each has its own --help.\n\n"
-      "Frequencies and rates take the suffixes k, M and G, times s, m, h and d.\n"
+      "Frequencies and rates take the suffixes k, M and G, and below 1 kHz the unit Hz; times\n"
+      "take s, m, h and d. The column Seen is detections / looks since the channel was first\n"
+      "heard.\n"
       "--band, --dwell, --threshold, --raster, --fixed and --sweep are written to survey.cfg\n"
       "and stay in force from then on.\n"
       "The first Ctrl-C evaluates and saves the current dwell, a second leaves at once.\n"

@@ -13,6 +13,10 @@ namespace {
 // A simulated band costs computing time, not listening time, so its dwells are short.
 constexpr double kSimulatedDwellSeconds = 5.0;
 
+// Of the sample rate. From nine tenths on the plug-in plans a second slice, which a source that
+// cannot be tuned never comes to. Without a sweep, channels beyond the limits are kept, too.
+constexpr double kShareOfOneSlice = 0.89;
+
 /// The plug-in's clock, which ends dwells, is no finer.
 double wholeMilliseconds(double seconds) {
   return std::floor(seconds * 1000.0) / 1000.0;
@@ -62,8 +66,8 @@ void fitToSource(SurveySetup& setup, const Options& options, const IqSource& sou
   }
   // A band given by the user limits what is kept of a recording, which requires a sweep.
   if (!source.canTune() && !options.band) {
-    fitting.start_hz = source.centreHz() - 0.5 * source.sampleRateHz();
-    fitting.stop_hz = source.centreHz() + 0.5 * source.sampleRateHz();
+    fitting.start_hz = source.centreHz() - 0.5 * kShareOfOneSlice * source.sampleRateHz();
+    fitting.stop_hz = source.centreHz() + 0.5 * kShareOfOneSlice * source.sampleRateHz();
     fitting.sweep = false;
   }
   setup.changes = fitting.changedBy(setup.changes);

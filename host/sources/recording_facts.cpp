@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include "host/process/usage_error.h"
 #include "host/sources/iq_source.h"
 #include "host/sources/recording_name.h"
 #include "host/sources/sample_format.h"
@@ -55,7 +54,7 @@ void requireKnown(const std::string& name, const RecordingFacts& facts) {
                                              sampleFormatNames()));
   miss(facts.rate_hz.has_value(), "the sample rate is not known; give --sample-rate, e.g. 2.4M");
   miss(facts.centre_hz.has_value(), "the centre is not known; give --frequency, e.g. 145.5M");
-  if (!missing.empty()) throw UsageError(fmt::format("{}: {}", name, missing));
+  if (!missing.empty()) throw UnknownFacts(fmt::format("{}: {}", name, missing), facts);
   requireBetween(name, "sample rate", "--sample-rate", *facts.rate_hz, kMinRateHz, kMaxRateHz);
   requireBetween(name, "centre", "--frequency", *facts.centre_hz, 0.0, kMaxCentreHz);
 }

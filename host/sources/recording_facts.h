@@ -4,7 +4,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include "host/process/usage_error.h"
 
 namespace pelagrim_host {
 
@@ -37,8 +40,15 @@ RecordingFacts firstKnown(RecordingFacts facts, const RecordingFacts& otherwise)
 /// What the file's own name says (parseRecordingName).
 RecordingFacts factsOfName(std::string_view file_name, std::optional<double> told_centre_hz = {});
 
+/// The command line has to say more: the line names every flag that is missing.
+struct UnknownFacts : UsageError {
+  UnknownFacts(const std::string& line, RecordingFacts known_facts)
+      : UsageError(line), known(std::move(known_facts)) {}
+  RecordingFacts known;
+};
+
 /// Checks that format, rate and centre are known and could be those of a receiver. Throws
-/// UsageError if the command line has to give them, naming every missing flag, else SourceError.
+/// UnknownFacts if the command line has to give them, else SourceError.
 void requireKnown(const std::string& name, const RecordingFacts& facts);
 
 }  // namespace pelagrim_host

@@ -2,15 +2,23 @@
 #include "host/sources/soapy_device.h"
 
 #include <SoapySDR/Logger.hpp>
+#include <cstdio>
 #include <cstdlib>
+
+#include "host/process/text_output.h"
+#include "host/text/display_text.h"
 
 namespace pelagrim_host {
 namespace {
 
 /// The drivers' chatter would spoil the display, so only warnings are shown, unless SoapySDR's
-/// environment variable asks for more.
+/// environment variable asks for more. What they quote, such as the serial number of a stranger's
+/// receiver, steers no terminal.
 void quietDrivers() {
   if (std::getenv("SOAPY_SDR_LOG_LEVEL") == nullptr) SoapySDR::setLogLevel(SOAPY_SDR_WARNING);
+  SoapySDR::registerLogHandler([](SoapySDR::LogLevel, const char* message) {
+    TextOutput(stderr).write(fmt::format("receiver driver: {}\n", displayText(message)));
+  });
 }
 
 }  // namespace
@@ -46,7 +54,7 @@ std::string listReceivers() {
     // Only what tells devices apart: the rest may contain blanks and changes between runs.
     std::string name = "driver=" + device["driver"];
     if (const std::string& serial = device["serial"]; !serial.empty()) name += ",serial=" + serial;
-    lines += fmt::format("{:<40}  {}\n", name, label);
+    lines += fmt::format("{:<40}  {}\n", displayText(name), displayText(label));
   }
   if (!lines.empty()) return lines;
   return "no receivers found; check that one is plugged in and SoapySDR has its module\n"

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <filesystem>
 #include <vector>
 
+#include "host/process/usage_error.h"
 #include "host/text/quantity_text.h"
 
 namespace pelagrim_host {
@@ -45,6 +47,19 @@ std::optional<SampleKind> sampleKind(int format) {
     default:
       return std::nullopt;
   }
+}
+
+/// A file that was copied, or written by a program that knew no better, has any rate in its header:
+/// where the name has another one, only the user can tell. Throws UsageError.
+void requireSameRate(const std::string& name, const Known<double>& in_header,
+                     const std::optional<Known<double>>& in_name) {
+  constexpr double kTolerance = 0.01;
+  if (!in_name) return;
+  if (std::abs(in_name->value - in_header.value) <= kTolerance * in_header.value) return;
+  throw UsageError(fmt::format(
+      "{}: its header says {} and its name {}; say which is right with --sample-rate {} or {}",
+      name, formatSampleRate(in_header.value), formatSampleRate(in_name->value),
+      formatNumber(in_header.value), formatNumber(in_name->value)));
 }
 
 }  // namespace
@@ -92,8 +107,10 @@ WavRecording::WavRecording(const RecordingRequest& request)
   const AuxiChunk auxi = parseAuxi(std::as_bytes(std::span(auxi_bytes)));
   if (auxi.centre_hz) facts.centre_hz = {*auxi.centre_hz, kAuxi};
   if (auxi.start_unix_ms) facts.start_unix_ms = {*auxi.start_unix_ms, kAuxi};
+  const RecordingFacts by_name = factsOfName(name());
+  if (!request.told.rate_hz) requireSameRate(name(), *facts.rate_hz, by_name.rate_hz);
   facts = firstKnown(request.told, facts);
-  setFacts(firstKnown(facts, factsOfName(name())));
+  setFacts(firstKnown(facts, by_name));
 }
 
 size_t WavRecording::read(std::span<std::complex<float>> block) {

@@ -51,6 +51,12 @@ std::optional<double> scaled(double value, double factor) {
   return std::isfinite(value * factor) ? std::optional(value * factor) : std::nullopt;
 }
 
+/// Whether it is a frequency so low that a unit was probably forgotten. 0 is as good as any.
+bool lacksUnit(std::string_view text) {
+  const auto hz = parsePlainNumber(text);
+  return hz && *hz > 0.0 && *hz < 1000.0;
+}
+
 }  // namespace
 
 std::optional<double> parseQuantity(std::string_view text) {
@@ -91,6 +97,24 @@ std::optional<FrequencyRange> parseFrequencyRange(std::string_view text) {
   const auto high_hz = parseQuantity(text.substr(colon + 1));
   if (!low_hz || !high_hz || !(*low_hz < *high_hz)) return std::nullopt;
   return FrequencyRange{*low_hz, *high_hz};
+}
+
+std::optional<std::string> frequencyMeant(std::string_view text) {
+  const size_t colon = text.find(':');
+  const bool is_range = colon != std::string_view::npos;
+  const std::string_view low = text.substr(0, colon);
+  const std::string_view high = is_range ? text.substr(colon + 1) : "";
+  if (!lacksUnit(low) && !lacksUnit(high)) return std::nullopt;
+  const auto meant = [](std::string_view part) {
+    return fmt::format("{}{}", part, lacksUnit(part) ? "M" : "");
+  };
+  return meant(low) + (is_range ? ":" + meant(high) : "");
+}
+
+std::optional<std::string> sampleRateMeant(std::string_view text) {
+  constexpr double kMaxInMegahertz = 60.0;  // above it, what was meant are thousands: 96, 192, 250
+  if (!lacksUnit(text)) return std::nullopt;
+  return fmt::format("{}{}", text, *parsePlainNumber(text) <= kMaxInMegahertz ? "M" : "k");
 }
 
 std::optional<int64_t> parseMoment(std::string_view text) {

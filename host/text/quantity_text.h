@@ -31,6 +31,13 @@ std::optional<double> parseSeconds(std::string_view text);
 /// Two frequencies with a colon between them, the lower first: "144M:146M".
 std::optional<FrequencyRange> parseFrequencyRange(std::string_view text);
 
+/// What was probably meant by a frequency, or a range of them, above 0 and below 1 kHz that has no
+/// unit: "144M:146M" for "144:146". Nothing where there is nothing to doubt.
+std::optional<std::string> frequencyMeant(std::string_view text);
+
+/// The same for a sample rate: "2.4M" for "2.4", "250k" for "250".
+std::optional<std::string> sampleRateMeant(std::string_view text);
+
 /// A moment as Unix time in milliseconds: ISO 8601 in UTC ("2024-11-16T12:34:56.789Z"; the fraction
 /// and the Z may be absent), or the milliseconds themselves. The years are 0 to 9999.
 std::optional<int64_t> parseMoment(std::string_view text);

@@ -57,6 +57,16 @@ std::vector<Row> segmentRows(const std::vector<RecordingSegment>& segments) {
   return rows;
 }
 
+std::string table(const std::string& name, const std::vector<Row>& rows) {
+  std::string lines = fmt::format("{:<10}  {}\n", "source", displayText(name));
+  for (const Row& row : rows) {
+    const std::string text =
+        row.origin.empty() ? row.value : fmt::format("{:<24} {}", row.value, originText(row));
+    lines += fmt::format("{:<10}  {}\n", row.what, displayText(text));
+  }
+  return lines;
+}
+
 }  // namespace
 
 std::string sourceLine(const IqSource& source, const StartTime& start) {
@@ -70,18 +80,24 @@ std::string sourceLine(const IqSource& source, const StartTime& start) {
 }
 
 std::string sourceTable(const IqSource& source, const StartTime& start) {
-  std::string table = fmt::format("{:<10}  {}\n", "source", displayText(source.name()));
   auto rows = rowsOf(source, start);
   if (const auto facts = source.facts()) {
     const auto further = segmentRows(facts->segments);
     rows.insert(rows.end(), further.begin(), further.end());
   }
-  for (const Row& row : rows) {
-    const std::string text =
-        row.origin.empty() ? row.value : fmt::format("{:<24} {}", row.value, originText(row));
-    table += fmt::format("{:<10}  {}\n", row.what, displayText(text));
-  }
-  return table;
+  return table(source.name(), rows);
+}
+
+std::string factsTable(const std::string& name, const RecordingFacts& facts) {
+  std::vector<Row> rows;
+  const auto add = [&rows](const char* what, const auto& known, auto text) {
+    if (known) rows.push_back({what, text(known->value), known->origin});
+  };
+  add("format", facts.format, [](const std::string& format) { return format; });
+  add("rate", facts.rate_hz, formatSampleRate);
+  add("centre", facts.centre_hz, formatFrequency);
+  add("start", facts.start_unix_ms, formatMoment);
+  return table(name, rows);
 }
 
 }  // namespace pelagrim_host

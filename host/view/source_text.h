@@ -3,6 +3,7 @@
 #include <string>
 
 #include "host/sources/iq_source.h"
+#include "host/sources/recording_facts.h"
 #include "host/sources/start_time.h"
 
 namespace pelagrim_host {
@@ -12,5 +13,8 @@ std::string sourceLine(const IqSource& source, const StartTime& start);
 
 /// The same as a table, one fact per line.
 std::string sourceTable(const IqSource& source, const StartTime& start);
+
+/// The same for a recording that cannot be opened yet, with the facts that are known.
+std::string factsTable(const std::string& name, const RecordingFacts& facts);
 
 }  // namespace pelagrim_host

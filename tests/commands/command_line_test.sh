@@ -28,6 +28,17 @@ expect 0 "repeater" --list-stations
 expect 2 "--bogus" --bogus
 expect 2 "--band: '146M:144M' is not a range such as" --band 146M:144M
 expect 1 "cannot load the plug-in" --plugin ./missing.so
+expect 2 "--band: '144:146' is in hertz; did you mean 144M:146M?" --band 144:146
+expect 2 "did you mean 868.3M?" noise.cu8 --sample-rate 1M --frequency 868.3
+expect 2 "did you mean 430M:440M?" --simulate 430:440
+expect 2 "did you mean 2.4M?" --sample-rate 2.4
+expect 2 "is not a level in dB from 0 on" --threshold -12
+expect 2 "144.000 MHz to 146.000 MHz, is no part of 430.000 MHz to 440.000 MHz; give --band" \
+  --simulate 430M:440M
+expect 2 "did you mean pelagrim-survey report?" reprot x.survey
+expect 2 "did you mean pelagrim-survey export?" Exprot
+expect 2 "did you mean pelagrim-survey --info?" info noise.cu8
+expect 1 "cannot open gone.cu8: No such file" gone.cu8
 expect 2 "--gain requires --device" --gain 30
 expect 2 "excludes --device" --device driver=nothing noise.cu8
 expect 1 "pelagrim-survey: " --device driver=nothing
@@ -36,7 +47,11 @@ head -c 16387 /dev/urandom > noise.cu8
 : > empty.cs16
 expect 2 "give --sample-rate" noise.cu8
 expect 2 "give --frequency" noise.cu8 --sample-rate 1M
+expect 2 $'format      cu8                       from the file name\nrate        1 MS/s' \
+  noise.cu8 --sample-rate 1M --info
+expect 2 "the centre is not known; give --frequency" noise.cu8 --sample-rate 1M --info
 expect 0 "format      cs8 " noise.cu8 --sample-rate 1M --frequency 1M --format CS8 --info
+cp noise.cu8 noise.bin
 expect 2 "give --format with cu8, " noise.bin --sample-rate 1M --frequency 1M
 expect 1 "cannot open gone.cu8: No such file" gone.cu8 --sample-rate 1M --frequency 1M
 mkdir folder.wav
@@ -45,6 +60,15 @@ expect 1 "no samples" empty.cs16 --sample-rate 1M --frequency 1M
 expect 1 "past its end" noise.cu8 --sample-rate 1M --frequency 1M --offset 1
 expect 1 "last 1 of its bytes" noise.cu8 --sample-rate 1M --frequency 433M --loop 3
 check grep -q "sweep = no" noise.survey/survey.cfg
+expect 2 "did you mean pelagrim-survey report noise.survey?" noise.survey
+expect 1 "/dev/zero is a device, not a file" report /dev/zero
+cp -r noise.survey endless && ln -sf /dev/zero endless/survey.cfg
+expect 0 "endless.svg: 0 channels" report endless -o endless.svg
+printf 'no row \e[2J\n' >> endless/survey.csv && mv endless $'e\e[2J'
+check [ "$("$program" export $'e\e[2J' --to list 2>&1 | grep -c $'\e')" = 0 ]
+check "$program" export noise.survey --to csv -o /dev/stdout > table.csv 2> said
+check cmp table.csv <("$program" export noise.survey --to csv 2> /dev/null)
+check grep -q "/dev/stdout: 0 of 0 channels" said
 expect 1 "there is no survey at gone; name" report gone
 mkdir piped && cp noise.survey/survey.csv piped && mkfifo piped/survey-labels.txt
 output=$(timeout 10 "$program" export piped --to list 2>&1)

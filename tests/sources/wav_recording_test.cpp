@@ -81,6 +81,24 @@ struct WavRecordings : Recordings {
   }
 };
 
+TEST_F(WavRecordings, AskWhichRateIsRightWhereHeaderAndNameDisagree) {
+  const std::string wav = "RIFF" + number(36 + 400) + "WAVEfmt " + number(16) + number(1, 2) +
+                          number(2, 2) + number(250'000) + number(1'000'000) + number(4, 2) +
+                          number(16, 2) + "data" + number(400) + std::string(400, 'x');
+  for (const char* name : {"x_100M.wav", "x_100M_250k.wav", "x_100M_252k.wav", "x_100M_1M.wav"}) {
+    dir_.write(name, wav);
+    const bool agrees = name != std::string("x_100M_1M.wav");
+    EXPECT_EQ(refusal(name).empty(), agrees) << refusal(name);
+  }
+  EXPECT_NE(refusal("x_100M_1M.wav")
+                .find("its header says 250 kS/s and its name 1 MS/s; say which "
+                      "is right with --sample-rate 250000 or 1000000"),
+            std::string::npos);
+  auto told = request("x_100M_1M.wav");
+  told.told.rate_hz = {1e6, "the command line"};
+  EXPECT_EQ(open(told)->sampleRateHz(), 1e6);
+}
+
 TEST_F(WavRecordings, GiveTheSameFloatsAsRawAndSigmf) {
   std::string bytes;
   for (int i = 0; i < 200; ++i) bytes += static_cast<char>(i * 37);

@@ -32,6 +32,19 @@ TEST(QuantityText, TakesSuffixesAndNothingElse) {
   }
 }
 
+TEST(QuantityText, AsksBackWhereAUnitWasProbablyForgotten) {
+  const std::pair<const char*, const char*> doubtful[] = {
+      {"144:146", "144M:146M"}, {"144:146M", "144M:146M"}, {"144M:146", "144M:146M"},
+      {"0:0.5", "0:0.5M"},      {"868.3", "868.3M"},       {"999.9", "999.9M"}};
+  for (const auto& [text, meant] : doubtful) EXPECT_EQ(frequencyMeant(text), meant) << text;
+  for (const char* text : {"144M:146M", "0:1000", "0", "1000", "868.3Hz", "0.5k", "x", "", ":"}) {
+    EXPECT_FALSE(frequencyMeant(text)) << text;
+  }
+  EXPECT_EQ(sampleRateMeant("2.4"), "2.4M");
+  EXPECT_EQ(sampleRateMeant("250"), "250k");
+  EXPECT_FALSE(sampleRateMeant("1000"));
+}
+
 TEST(QuantityText, TakesMomentsInUtc) {
   for (const char* text :
        {"2024-02-29T12:00:01.25Z", "2024-02-29T12:00:01.2509", "1709208001250"}) {
