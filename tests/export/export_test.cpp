@@ -138,7 +138,7 @@ TEST(Export, OddNamesBreakNoFormat) {
   }
   EXPECT_EQ(nlohmann::json::parse(sdrppBookmarks(channels)).at("bookmarks").size(), 5U);
   EXPECT_EQ(linesOf(chirpMemories(channels)).at(4).substr(0, 41),
-            "4,\"a;b,\"\"c\"\"?? 145.0129 MHz\",145.012500,4");
+            "4,\"a;b,\"\"c\"\"?? 145.0129 MHz\",145.012500,o");
   const auto table = readableCsv(selectChannels(survey("3 4 +1\n90 90 @x\n144 145 -2\n"), {}));
   for (const char* const harmless : {",'+1\n", ",'@x\n", ",'-2\n"}) {
     EXPECT_NE(table.find(harmless), std::string::npos) << table;

@@ -150,7 +150,7 @@ TEST_F(WavRecordings, KnowWhatTheHeaderSaysWhateverTheNameSays) {
                              number(192000) + number(4, 2) + number(16, 2) + "odd " + number(3) +
                              std::string(4, 'x') +  // padded to be even
                              "auxi" + number(36) + auxi + "data" + number(8) + number(0, 8);
-  const std::string name = "HDSDR_20200101_000000Z_7M_96k.wav";
+  const std::string name = "HDSDR_20200101_000000Z_7M_48200Hz.wav";
   dir_.write(name, "RIFF" + number(chunks.size()) + chunks);
   const auto source = open(name);
   const RecordingFacts facts = *source->facts();
