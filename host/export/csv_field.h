@@ -9,8 +9,8 @@ namespace pelagrim_host {
 /// ends.
 std::string csvField(std::string_view text);
 
-/// `text`, which is UTF-8, without the signs of a formula that it begins with, also where blanks and
-/// characters without width come before them.
+/// `text`, which is UTF-8, without the signs of a formula that it begins with, also where blanks
+/// and characters without width come before them.
 std::string_view withoutFormulaSigns(std::string_view text);
 
 /// Text that no spreadsheet takes for a formula: with an apostrophe before it where it begins like
