@@ -24,6 +24,7 @@
 #include "host/view/live_view.h"
 #include "host/view/source_text.h"
 #include "host/view/terminal_kind.h"
+#include "survey/dwell_timer.h"
 
 namespace pelagrim_host {
 namespace {
@@ -114,6 +115,9 @@ SessionSettings sessionSettings(const Options& options, PreparedSurvey& survey,
   session.passes = options.passes;
   session.duration_seconds = options.duration_seconds;
   session.realtime = options.realtime;
+  session.dwell_length_ms = [length_seconds = dwellLengthIn(survey.setup.directory)]() mutable {
+    return pelagrim::dwellLengthMs(length_seconds().value_or(0.0));
+  };
   session.before_start = [&directory = *survey.directory] { directory.surveyStarts(); };
   session.after_dwell = [&results, &survey] {
     survey.directory->dwellWritten();
@@ -129,7 +133,7 @@ SessionSettings sessionSettings(const Options& options, PreparedSurvey& survey,
 
 SessionResult run(const Options& options, const PluginLibrary& plugin, PreparedSurvey& survey,
                   ResultsWatch& results) {
-  const auto clock = survey.source->isLive() ? ClockPolicy::wallClock()
+  const auto clock = survey.source->isLive() ? ClockPolicy::systemClock()
                                              : ClockPolicy::sampleClock(survey.start.unix_ms);
   SurveySession session(plugin, *survey.source, clock, *survey.view,
                         sessionSettings(options, survey, results));

@@ -24,6 +24,9 @@ int HostServices::tune(double hz) noexcept {
     } catch (const std::exception& failure) {  // no exception may pass through the plug-in
       request.answer = kTuneRefused;
       request.why_refused = failure.what();
+    } catch (...) {
+      request.answer = kTuneRefused;
+      request.why_refused = "the receiver failed without saying why";
     }
   }
   request_ = std::move(request);

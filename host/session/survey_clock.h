@@ -6,48 +6,75 @@
 
 namespace pelagrim_host {
 
-/// A survey's time: the wall clock for a live receiver, else a clock that follows the samples, so
-/// that a survey runs as fast as the machine allows and comes out the same every time.
-class ClockPolicy {
- public:
-  static ClockPolicy wallClock() { return ClockPolicy({}); }
+/// The wall clock, Unix milliseconds.
+int64_t wallClockMs();
 
-  /// `start_unix_ms`: when the first sample was received.
-  static ClockPolicy sampleClock(int64_t start_unix_ms) { return ClockPolicy(start_unix_ms); }
+/// Milliseconds since the machine was started, sleep included; nobody sets this clock.
+int64_t steadyClockMs();
 
-  std::optional<int64_t> startUnixMs() const { return start_unix_ms_; }
-
- private:
-  explicit ClockPolicy(std::optional<int64_t> start_unix_ms) : start_unix_ms_(start_unix_ms) {}
-
-  std::optional<int64_t> start_unix_ms_;
+/// The clocks of the system, or those of a test.
+struct SystemClocks {
+  int64_t (*wall_ms)() = wallClockMs;
+  int64_t (*steady_ms)() = steadyClockMs;
 };
 
-/// The clock that the plug-in reads. Not synchronised.
+/// Which time a survey goes by: for a live receiver the system's, else one that follows the
+/// samples, so that a survey runs as fast as the machine can and comes out the same every time.
+class ClockPolicy {
+ public:
+  static ClockPolicy systemClock(SystemClocks clocks = {}) { return {{}, clocks}; }
+
+  /// `start_unix_ms`: when the first sample was received.
+  static ClockPolicy sampleClock(int64_t start_unix_ms) { return {start_unix_ms, {}}; }
+
+  std::optional<int64_t> startUnixMs() const { return start_unix_ms_; }
+  SystemClocks clocks() const { return clocks_; }
+
+ private:
+  ClockPolicy(std::optional<int64_t> start_unix_ms, SystemClocks clocks)
+      : start_unix_ms_(start_unix_ms), clocks_(clocks) {}
+
+  std::optional<int64_t> start_unix_ms_;
+  SystemClocks clocks_;
+};
+
+/// The clock that the plug-in reads. A live one starts at the wall clock's time and then runs
+/// evenly, for dwells would otherwise stop or end early where the wall clock is set. Not
+/// synchronised.
 class SurveyClock {
  public:
   /// `rate_hz`: of the samples, positive.
   SurveyClock(ClockPolicy policy, double rate_hz);
 
-  /// Counts samples that are about to be delivered to the plug-in.
+  bool followsSamples() const { return follows_samples_; }
+
+  /// Counts samples that are about to be delivered.
   void advance(size_t samples) { samples_ += samples; }
 
-  /// Jumps forward to unix_ms, over a gap in a recording. Never goes back; ignored for the wall
-  /// clock.
+  /// Leaps over a gap in a recording to unix_ms. Never back; a live clock takes no notice.
   void leapTo(int64_t unix_ms);
 
-  /// Unix time in whole milliseconds, truncated. It does not drift, because it is computed from the
-  /// count. Never 0, which would mean to the plug-in that the time is unknown.
+  /// How many more samples it takes until the clock reads `unix_ms` or later, at most 2^62. Only of
+  /// a clock that follows the samples.
+  uint64_t samplesUntil(int64_t unix_ms) const;
+
+  /// How far the wall clock is ahead of a live one, milliseconds: it was set. Else 0.
+  int64_t wallLeadMs() const;
+
+  /// Sets a live clock to the wall clock's time.
+  void followWall();
+
+  /// Unix time in whole milliseconds, truncated; without drift, as it is computed from the count.
+  /// Never 0, which to a plug-in means that there is no time.
   int64_t nowMs() const;
 
  private:
-  std::optional<int64_t>
-      start_unix_ms_;  ///< where samples_ counts from; nothing for the wall clock
+  SystemClocks clocks_;
+  bool follows_samples_;
+  int64_t start_unix_ms_ = 0;    ///< where samples_ or the steady clock count from
+  int64_t start_steady_ms_ = 0;  ///< the steady clock at start_unix_ms_
   double rate_hz_;
   uint64_t samples_ = 0;
 };
-
-/// The wall clock, Unix milliseconds.
-int64_t wallClockMs();
 
 }  // namespace pelagrim_host

@@ -1,11 +1,14 @@
 #include "host/session/survey_session.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <exception>
 #include <limits>
 #include <thread>
+#include <utility>
 
 #include "host/text/display_text.h"
 
@@ -13,6 +16,8 @@ namespace pelagrim_host {
 namespace {
 
 constexpr uint64_t kNoLimit = std::numeric_limits<uint64_t>::max();
+constexpr int64_t kMaxDwellMs = int64_t{1} << 52;  // no sum of it and a time overflows
+constexpr double kMaxClockLeadSeconds = 2.0;       // less is nothing to people
 
 /// Short enough that dwells end on time and the display moves, long enough that the call and the
 /// clock cost nothing, and small enough for the processor's cache.
@@ -88,12 +93,21 @@ void SurveySession::play(const std::function<bool()>& stop, const std::function<
 
 SurveySession::Block SurveySession::readBlock() {
   Block block{{}, source_.centreHz(), source_.nextUnixMs()};
-  block.samples = std::span(buffer_).first(source_.read(std::span(buffer_).first(nextBlockSize())));
+  const auto room = std::span(buffer_).first(nextBlockSize(block.unix_ms));
+  block.samples = room.first(source_.read(room));
   return block;
 }
 
-size_t SurveySession::nextBlockSize() const {
-  return static_cast<size_t>(std::min<uint64_t>(buffer_.size(), max_samples_ - samples_));
+/// `unix_ms`: of its first sample, where that is known.
+size_t SurveySession::nextBlockSize(std::optional<int64_t> unix_ms) const {
+  uint64_t samples = std::min<uint64_t>(buffer_.size(), max_samples_ - samples_);
+  if (clock_.followsSamples() && dwell_length_ms_ > 0) {
+    SurveyClock clock = clock_;
+    if (unix_ms) clock.leapTo(*unix_ms);
+    const uint64_t left_in_dwell = clock.samplesUntil(dwell_begun_ms_ + dwell_length_ms_);
+    samples = std::min(samples, std::max<uint64_t>(left_in_dwell, 1));
+  }
+  return static_cast<size_t>(samples);
 }
 
 // ---- the plug-in --------------------------------------------------------------------------------
@@ -102,32 +116,56 @@ SurveySession::News SurveySession::start() {
   if (settings_.before_start) settings_.before_start();
   source_.settle();
   told_centre_hz_ = source_.centreHz();
+  clock_.followWall();
+  told_clock_was_set_ = false;
   handle_ = iq_.create(source_.sampleRateHz(), told_centre_hz_);
   beginDwell();
+  if (settings_.dwell_length_ms) {
+    dwell_length_ms_ = std::clamp<int64_t>(settings_.dwell_length_ms(), 0, kMaxDwellMs);
+  }
   dwells_ = panel_.countDwells();
   return {.started = true, .messages = takeMessages()};
 }
 
 SurveySession::News SurveySession::feed(const Block& block) {
-  // A recording may continue later and at another centre.
+  News news;
+  const auto warn = [&news](std::optional<std::string> line) {
+    if (line) news.warnings.push_back(*std::move(line));
+  };
+  // A recording may go on later and at another centre.
   if (block.unix_ms) clock_.leapTo(*block.unix_ms);
-  if (block.centre_hz != told_centre_hz_) retune(block.centre_hz);
-  // The plug-in must see the clock at the end of the block.
+  if (block.centre_hz != told_centre_hz_) {
+    warn(check_.judge());
+    retune(block.centre_hz);
+  }
+  check_.take(block.samples, block.centre_hz);
+  // The clock stands at the end of the block when the plug-in looks at it.
   clock_.advance(block.samples.size());
   samples_ += block.samples.size();
   const double looked_at_hz = told_centre_hz_;
   iq_.process(handle_, reinterpret_cast<const float*>(block.samples.data()), block.samples.size());
 
-  News news;
   news.tune = services_.takeTuneRequest();
+  news.messages = takeMessages();
+  // Every dwell that is evaluated leaves a line, so without one there is nothing new to count.
+  if (news.tune || !news.messages.empty()) news.dwell_done = countDwells(looked_at_hz);
+  warn(clockNews());
+  const bool dwell_is_over = news.tune || news.dwell_done || dwellLengthIsOver();
+  if (dwell_is_over) {
+    beginDwell();
+    if (told_clock_was_set_) {
+      // The plug-in reads its dwell's start anew when it is told of a centre, the same one too.
+      clock_.followWall();
+      told_clock_was_set_ = false;
+      retune(told_centre_hz_);
+    }
+  }
+  if (dwell_is_over || check_.isDue()) warn(check_.judge());
   if (news.tune && news.tune->answer == kTuneAccepted) {
     source_.settle();
     retune(source_.centreHz());
   }
   news.centre_hz = told_centre_hz_;
-  news.messages = takeMessages();
-  // Every evaluated dwell leaves a message, so without one there is nothing new to count.
-  if (news.tune || !news.messages.empty()) news.dwell_done = countDwells(looked_at_hz);
   return news;
 }
 
@@ -136,7 +174,26 @@ SurveySession::News SurveySession::end() {
   News news;
   news.messages = takeMessages();
   news.dwell_done = countDwells(told_centre_hz_);
+  if (auto line = check_.judge()) news.warnings.push_back(*std::move(line));
   return news;
+}
+
+/// Whether the dwell in progress has had its time. A live clock has gone on since the plug-in read
+/// it, so there nobody knows.
+bool SurveySession::dwellLengthIsOver() const {
+  return clock_.followsSamples() && dwell_length_ms_ > 0 &&
+         clock_.nowMs() - dwell_begun_ms_ >= dwell_length_ms_;
+}
+
+/// Says once that the wall clock was set. What has been received goes by the clock as it was.
+std::optional<std::string> SurveySession::clockNews() {
+  const double lead_seconds = static_cast<double>(clock_.wallLeadMs()) / 1000.0;
+  if (told_clock_was_set_ || std::abs(lead_seconds) <= kMaxClockLeadSeconds) return std::nullopt;
+  told_clock_was_set_ = true;
+  return fmt::format(
+      "the system's clock was set {} by {:.0f} s; times in the list follow it from the next dwell "
+      "on",
+      lead_seconds > 0.0 ? "forward" : "back", std::abs(lead_seconds));
 }
 
 void SurveySession::retune(double centre_hz) {
@@ -161,7 +218,6 @@ std::optional<SurveyProgress> SurveySession::countDwells(double looked_at_hz) {
   if (!dwells_ || dwells_->dwells_done == before) return std::nullopt;
   SurveyProgress done = progress();
   done.centre_hz = looked_at_hz;
-  beginDwell();
   return done;
 }
 
@@ -189,6 +245,7 @@ SurveyProgress SurveySession::progress() const {
 void SurveySession::tell(const News& news) {
   if (news.started) view_.started();
   for (const std::string& line : news.messages) view_.message(line);
+  for (const std::string& line : news.warnings) view_.warning(line);
   if (news.dwell_done) {
     view_.dwellDone(*news.dwell_done);
     if (settings_.after_dwell) settings_.after_dwell();

@@ -13,6 +13,7 @@
 #include "host/session/host_services.h"
 #include "host/session/panel_reader.h"
 #include "host/session/plugin_library.h"
+#include "host/session/sample_check.h"
 #include "host/session/survey_clock.h"
 #include "host/session/survey_view.h"
 #include "host/sources/iq_source.h"
@@ -27,7 +28,11 @@ struct SessionSettings {
   std::optional<double> duration_seconds = {};  ///< of receiver time; unset: no limit
   bool realtime = false;                        ///< no faster than a receiver
   std::function<void()> before_start = {};      ///< called before every create; may be empty
-  std::function<void()> after_dwell = {};       ///< called after each evaluated dwell; may be empty
+  std::function<void()> after_dwell = {};       ///< called when one was evaluated; may be empty
+
+  /// How long a dwell is by what the plug-in has read, milliseconds; asked after each start. Where
+  /// the clock follows the samples, a block then ends where a dwell does. May be empty.
+  std::function<int64_t()> dwell_length_ms = {};
 };
 
 /// The outcome of a run.
@@ -69,6 +74,7 @@ class SurveySession {
   struct News {
     bool started = false;
     std::vector<std::string> messages{};
+    std::vector<std::string> warnings{};  ///< of the session's own
     std::optional<SurveyProgress> dwell_done{};
     std::optional<TuneRequest> tune{};
     double centre_hz = 0.0;  ///< after the request
@@ -85,7 +91,9 @@ class SurveySession {
   void retune(double centre_hz);
   std::vector<std::string> takeMessages();
   std::optional<SurveyProgress> countDwells(double looked_at_hz);
-  size_t nextBlockSize() const;
+  size_t nextBlockSize(std::optional<int64_t> unix_ms) const;
+  bool dwellLengthIsOver() const;
+  std::optional<std::string> clockNews();
   bool passesAreDone() const;
   void beginDwell() { dwell_begun_ms_ = clock_.nowMs(); }
   SurveyProgress progress() const;
@@ -107,6 +115,9 @@ class SurveySession {
   std::chrono::steady_clock::time_point begun_;
   double told_centre_hz_ = 0.0;  ///< the centre that the plug-in was last told
   int64_t dwell_begun_ms_ = 0;
+  int64_t dwell_length_ms_ = 0;  ///< 0: not known, or every block ends one
+  SampleCheck check_;
+  bool told_clock_was_set_ = false;
   std::optional<DwellCount> dwells_;  ///< since the last start
   uint32_t dwells_before_ = 0;        ///< of earlier starts
 };

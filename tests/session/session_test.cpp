@@ -5,9 +5,12 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
+#include <random>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -24,7 +27,7 @@ namespace {
 class ScriptedSource : public IqSource {
  public:
   std::string name() const override { return "script"; }
-  double sampleRateHz() const override { return 100.0; }
+  double sampleRateHz() const override { return rate_hz; }
   uint64_t overflows() const override { return read_ / 10; }
   void settle() override { ++settled; }
   double centreHz() const override { return read_ >= jumps_at ? 777.0 : centre_hz_; }
@@ -32,6 +35,7 @@ class ScriptedSource : public IqSource {
     return read_ == resumes_at ? std::optional(resumes_ms) : std::nullopt;
   }
   size_t read(std::span<std::complex<float>> block) override {
+    if (before_read) before_read(++blocks_);
     const size_t count = std::min(block.size(), length - read_);
     for (auto& sample : block.first(count)) sample = {static_cast<float>(centreHz()), 0.0F};
     read_ += count;
@@ -45,29 +49,33 @@ class ScriptedSource : public IqSource {
     return answer;
   }
 
+  double rate_hz = 100.0;
   size_t length = 1000;
   size_t jumps_at = SIZE_MAX;
   size_t fails_at = SIZE_MAX;
   size_t resumes_at = SIZE_MAX;
   int64_t resumes_ms = 0;
+  std::function<void(size_t)> before_read;  ///< told which, from 1 on
   std::vector<WendleTuneResult> answers;
   size_t tunes = 0;
   size_t settled = 0;
 
  private:
   size_t read_ = 0;
+  size_t blocks_ = 0;
   double centre_hz_ = 50.0;
 };
 
 struct Recorder : SurveyView {
   void note(const std::string&) override {}
-  void warning(const std::string&) override {}
+  void warning(const std::string& line) override { warnings += line + "\n"; }
   void message(const std::string& line) override { messages += line + "\n"; }
   void tuned(const TuneRequest& request, double) override { refusals += request.why_refused; }
   void opened(const SourceFacts&) override {}
   void dwellDone(const SurveyProgress& done) override {
     dwells += fmt::format("{} at {:g} after {}; ", done.dwells->dwells_done, done.centre_hz,
                           done.samples);
+    dwell_times_ms.push_back(done.unix_ms);
   }
   std::optional<size_t> wantsSnapshot() override { return snapshot_rows; }
   void snapshot(const SurveySnapshot& run) override {
@@ -78,7 +86,9 @@ struct Recorder : SurveyView {
   void finished(const Panel& panel) override { panels.push_back(panel); }
   std::string messages;
   std::string refusals;
+  std::string warnings;
   std::string dwells;
+  std::vector<int64_t> dwell_times_ms;
   std::optional<size_t> snapshot_rows;
   std::vector<Panel> panels;  ///< of snapshots, then at the end
   std::vector<double> elapsed_seconds;
@@ -89,11 +99,12 @@ struct Recorder : SurveyView {
 /// Runs `source` through a plug-in; returns what the fake one recorded after attach.
 std::string runThrough(
     const char* plugin_path, ScriptedSource& source, Recorder& view, SessionSettings settings,
-    bool may_tune = true, const std::function<bool()>& rescan = [] { return false; }) {
+    bool may_tune = true, const std::function<bool()>& rescan = [] { return false; },
+    ClockPolicy clock = ClockPolicy::sampleClock(1000)) {
   const PluginLibrary plugin(plugin_path);
   {
     settings.may_tune = may_tune;
-    SurveySession session(plugin, source, ClockPolicy::sampleClock(1000), view, settings);
+    SurveySession session(plugin, source, clock, view, settings);
     try {
       view.result = session.run([] { return false; }, rescan);
     } catch (const SourceError& failure) {
@@ -211,12 +222,125 @@ TEST(SurveyClock, FollowsTheSamplesWithoutDrift) {
   EXPECT_NE(SurveyClock(ClockPolicy::sampleClock(0), 1.0).nowMs(), 0);
 }
 
-TEST(SurveyClock, OfALiveReceiverIsTheTimeOfDay) {
-  SurveyClock clock(ClockPolicy::wallClock(), 1.0);
+TEST(SurveyClock, OfALiveReceiverStartsAtTheTimeOnTheWallAndRunsEvenly) {
   const int64_t before_ms = wallClockMs();
-  clock.advance(1'000'000'000);
-  clock.leapTo(before_ms + 1'000'000'000);
-  EXPECT_TRUE(before_ms <= clock.nowMs() && clock.nowMs() <= wallClockMs());
+  SurveyClock of_the_system(ClockPolicy::systemClock(), 1.0);
+  of_the_system.advance(1'000'000'000);
+  of_the_system.leapTo(before_ms + 1'000'000'000);
+  EXPECT_GE(of_the_system.nowMs(), before_ms);
+  EXPECT_LE(of_the_system.nowMs(), wallClockMs() + 1);
+}
+
+TEST(HostSession, GoesOnWhileTheSystemsClockIsSetAndFollowsItFromTheNextDwellOn) {
+  static int64_t wall_ms, steady_ms;
+  wall_ms = 10'000'000, steady_ms = 70'000;
+  const SystemClocks clocks{[] { return wall_ms + steady_ms; }, [] { return steady_ms; }};
+  const TemporaryDir dir;
+  setenv("ORVANE_SURVEY_DIR", dir.path().c_str(), 1);
+  dir.write("survey.cfg", "sweep = no\ndwell_seconds = 5\n");
+  ScriptedSource source;
+  source.length = 60'000;
+  source.before_read = [](size_t block) {
+    steady_ms += 1000;
+    if (block == 7) wall_ms -= 3'600'000;
+    if (block == 13) wall_ms += 1500;  // too little to be said
+    if (block == 18) wall_ms += 86'400'000;
+  };
+  Recorder view;
+  runThrough(
+      PELAGRIM_PLUGIN_PATH, source, view, {.block_samples = 2000}, false, [] { return false; },
+      ClockPolicy::systemClock(clocks));
+  EXPECT_EQ(view.dwell_times_ms, (std::vector<int64_t>{10'075'000, 10'080'000, 6'485'000, 6'490'000,
+                                                       92'896'500, 92'901'500}));
+  EXPECT_EQ(std::regex_replace(view.warnings, std::regex("all samples at .* are the same.*\n"), ""),
+            "the system's clock was set back by 3600 s; times in the list follow it from the next "
+            "dwell on\nthe system's clock was set forward by 86402 s; times in the list follow it "
+            "from the next dwell on\n");
+}
+
+TEST(SampleCheck, NamesEachFaultOnceForACentreAndNoneOfSoundSamples) {
+  struct Case {
+    const char* words;  ///< of the line; empty: none
+    std::complex<float> constant;
+    float noise;
+    float limit;  ///< of the converter
+  };
+  const float nan = std::nanf("");
+  const Case cases[] = {{"", {0.02F, 0.0F}, 0.3F, 1.0F},
+                        {"", {}, 0.3F, 1.0F},   // 0.2 % at full scale
+                        {"", {}, 30.0F, 1e9F},  // floats without a full scale
+                        {"are at full scale", {}, 0.5F, 1.0F},
+                        {"are at full scale", {}, 0.5F, 0.9921875F},
+                        {"is a constant part", {0.06F, 0.0F}, 0.3F, 1.0F},
+                        {"are the same", {0.5F, 0.25F}, 0.0F, 1.0F},
+                        {"are not numbers", {nan, 0.0F}, 0.3F, 1.0F}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(fmt::format("{} {} {}", c.words, c.noise, c.limit));
+    std::mt19937 random(1);
+    std::normal_distribution<float> normal;
+    SampleCheck check;
+    const auto dwellAt = [&](double centre_hz, int blocks = 8) {
+      std::vector<std::complex<float>> block(512);
+      for (int i = 0; i < blocks; ++i) {
+        for (auto& sample : block) {
+          const auto part = [&](float constant) {
+            const float value = constant + c.noise * normal(random);
+            return std::isnan(value) ? value : std::clamp(value, -c.limit, c.limit);
+          };
+          sample = {part(c.constant.real()), part(c.constant.imag())};
+        }
+        check.take(block, centre_hz);
+      }
+      return check.judge().value_or("");
+    };
+    EXPECT_EQ(dwellAt(100e6, 4), "");  // too few for a judgement
+    const std::string line = dwellAt(100e6, 4);
+    EXPECT_EQ(line.empty(), *c.words == '\0') << line;
+    EXPECT_NE(line.find(c.words), std::string::npos) << line;
+    EXPECT_EQ(dwellAt(100e6), "");
+    EXPECT_EQ(dwellAt(200e6).find("200.000 MHz") == std::string::npos, *c.words == '\0');
+  }
+}
+
+TEST(HostSession, EndsEveryDwellOnItsMillisecondWhereTheClockFollowsTheSamples) {
+  const TemporaryDir dir;
+  setenv("ORVANE_SURVEY_DIR", dir.path().c_str(), 1);
+  dir.write("survey.cfg", "sweep = no\n");
+  struct Case {
+    double rate_hz;
+    int64_t dwell_ms;
+    size_t samples;
+    std::vector<int64_t> dwell_times_ms;  ///< the last one by the end of the samples
+    size_t resumes_at = SIZE_MAX;
+    size_t jumps_at = SIZE_MAX;
+    int rescan_at = 0;
+  };
+  const Case cases[] = {
+      {250e3, 50, 163'750, {50, 100, 150, 200, 250, 300, 350, 400, 450, 500, 550, 600, 650, 655}},
+      {2.4e6, 90, 600'000, {90, 180, 250}},   // blocks of 27.3 ms
+      {333'333.3, 33, 30'000, {33, 66, 90}},  // no whole number of samples to a dwell
+      {1e6, 100, 300'000, {100, 1000, 1100, 1150}, 150'000},    // a gap, to 1000, ends the second
+      {1e6, 100, 300'000, {100, 250, 300}, SIZE_MAX, 150'000},  // what was there before is dropped
+      {1e6, 100, 300'000, {50, 150, 250, 300}, SIZE_MAX, SIZE_MAX, 2},
+      {1e6, 0, 100'000, {50, 100}},  // every block is one
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(fmt::format("{} ms at {} Hz", c.dwell_ms, c.rate_hz));
+    dir.write("survey.cfg",
+              fmt::format("sweep = no\ndwell_seconds = {}\n", 0.001 * double(c.dwell_ms)));
+    ScriptedSource source;
+    source.rate_hz = c.rate_hz;
+    source.length = c.samples;
+    source.jumps_at = c.jumps_at;
+    source.resumes_at = c.resumes_at;
+    source.resumes_ms = 2000;
+    Recorder view;
+    int rescan_at = c.rescan_at;
+    runThrough(PELAGRIM_PLUGIN_PATH, source, view, {.dwell_length_ms = [&] { return c.dwell_ms; }},
+               false, [&] { return --rescan_at == 0; });
+    for (int64_t& unix_ms : view.dwell_times_ms) unix_ms -= 1000;
+    EXPECT_EQ(view.dwell_times_ms, c.dwell_times_ms);
+  }
 }
 
 TEST(HostSession, ShowsRefusalAndRecoveryOfTheRealPlugin) {
