@@ -4,6 +4,7 @@
 #include <unistd.h>
 #include <csignal>
 
+#include <array>
 #include <atomic>
 
 namespace pelagrim_host {
@@ -17,14 +18,41 @@ static_assert(std::atomic<bool>::is_always_lock_free &&
                   std::atomic<void (*)()>::is_always_lock_free,
               "a signal handler may not take a lock");
 
-void onStopSignal(int signal_number) {
+// Sent by people, who send a second one when the first took too long.
+constexpr std::array kLeavingSignals = {SIGINT, SIGTERM};
+
+// All others that end a process and leave no core: limits, timers, other programs. Some come again
+// and again, so a second one is no more than the first.
+constexpr std::array kEndingSignals = {SIGALRM, SIGVTALRM, SIGPROF, SIGXCPU,  SIGUSR1,
+                                       SIGUSR2, SIGPOLL,   SIGPWR,  SIGSTKFLT};
+
+// Those that are no reason to end: what they tell of fails, and that is dealt with where it is
+// done. A file that has reached the size limit is like a full disk.
+constexpr std::array kFailingSignals = {SIGPIPE, SIGXFSZ};
+
+void onLeavingSignal(int signal_number) {
   if (!g_stop_requested.exchange(true)) return;
   if (void (*const tidy)() = g_tidy) tidy();
   _exit(128 + signal_number);
 }
 
+void onEndingSignal(int) {
+  g_stop_requested = true;
+}
+
 void onHangUp(int) {
   g_rescan_requested = true;
+}
+
+/// Unless the process was started with the signal ignored: then it stays so.
+void handle(int signal_number, void (*handler)(int), int flags = 0) {
+  struct sigaction inherited = {};
+  sigaction(signal_number, nullptr, &inherited);
+  if (inherited.sa_handler == SIG_IGN) return;
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  action.sa_flags = flags;
+  sigaction(signal_number, &action, nullptr);
 }
 
 /// Whether the process has a controlling terminal; one that was hung up cannot be opened.
@@ -37,18 +65,11 @@ bool hasTerminal() {
 }  // namespace
 
 void installSignalHandlers() {
-  struct sigaction action = {};
-  action.sa_handler = onStopSignal;
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
-  action.sa_handler = SIG_IGN;
-  sigaction(SIGPIPE, &action, nullptr);
+  for (const int number : kLeavingSignals) handle(number, onLeavingSignal);
+  for (const int number : kEndingSignals) handle(number, onEndingSignal);
+  for (const int number : kFailingSignals) handle(number, SIG_IGN);
   g_had_terminal = hasTerminal();
-  struct sigaction inherited = {};
-  sigaction(SIGHUP, nullptr, &inherited);
-  action.sa_handler = onHangUp;
-  action.sa_flags = SA_RESTART;  // no hurry: it is looked at between blocks
-  if (inherited.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr);  // else: nohup
+  handle(SIGHUP, onHangUp, SA_RESTART);  // no hurry: it is looked at between blocks
 }
 
 bool stopRequested() {

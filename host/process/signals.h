@@ -3,9 +3,11 @@
 namespace pelagrim_host {
 
 /// After this the first SIGINT or SIGTERM asks for an orderly end (stopRequested), and the second
-/// ends the process at once, with status 128 + the signal's number. SIGHUP asks for a rescan,
-/// unless it was ignored before. Writing to a closed pipe fails instead of raising a signal. The
-/// signals that end the run interrupt blocking calls. Call it once, before any other thread starts.
+/// ends the process at once, with status 128 + the signal's number. Every other signal that ends a
+/// process without a core asks for an orderly end, such as SIGUSR1 or SIGXCPU, and SIGHUP for a
+/// rescan. Writing to a closed pipe or beyond the limit of a file's size fails instead of raising
+/// a signal. What was ignored when the process was started stays ignored. The signals that end the
+/// run interrupt blocking calls. Call it once, before any other thread starts.
 void installSignalHandlers();
 
 /// Whether an orderly end has been asked for. Any thread may call it.

@@ -27,7 +27,8 @@ bool g_has_keys = false;
 termios g_line_mode = {};
 termios g_key_mode = {};
 
-constexpr std::array kDeadlySignals = {SIGQUIT, SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL};
+constexpr std::array kDeadlySignals = {SIGQUIT, SIGABRT, SIGSEGV, SIGBUS,
+                                       SIGFPE,  SIGILL,  SIGTRAP, SIGSYS};
 
 /// Safe in a signal handler. A failed write is ignored: the terminal may be gone.
 void writeAll(std::string_view text) {
@@ -71,14 +72,22 @@ void onSuspend(int) {
   errno = kept_errno;
 }
 
-void setSignals(bool ours) {
+/// A signal that the process was started with as ignored stays ignored.
+void handle(int signal_number, void (*handler)(int), int flags) {
+  struct sigaction before = {};
+  sigaction(signal_number, nullptr, &before);
+  if (before.sa_handler == SIG_IGN) return;
   struct sigaction action = {};
-  action.sa_flags = SA_RESTART;
-  action.sa_handler = ours ? onSuspend : SIG_DFL;
-  sigaction(SIGTSTP, &action, nullptr);
-  action.sa_flags = ours ? static_cast<int>(SA_RESETHAND) : 0;
-  action.sa_handler = ours ? onDeadlySignal : SIG_DFL;
-  for (const int signal_number : kDeadlySignals) sigaction(signal_number, &action, nullptr);
+  action.sa_handler = handler;
+  action.sa_flags = flags;
+  sigaction(signal_number, &action, nullptr);
+}
+
+void setSignals(bool ours) {
+  handle(SIGTSTP, ours ? onSuspend : SIG_DFL, SA_RESTART);
+  for (const int signal_number : kDeadlySignals) {
+    handle(signal_number, ours ? onDeadlySignal : SIG_DFL, static_cast<int>(SA_RESETHAND));
+  }
 }
 
 }  // namespace

@@ -106,7 +106,8 @@ bool exited(int status, int with) {
 }
 
 TEST(Terminal, IsGivenBackHoweverTheSurveyEnds) {
-  for (const std::string end : {"q", "Ctrl-C", "SIGTERM", "a crash", "Ctrl-C twice"}) {
+  for (const std::string end : {"q", "Ctrl-C", "SIGTERM", "SIGUSR1", "SIGXCPU twice", "SIGALRM",
+                                "a crash", "SIGSYS", "Ctrl-C twice"}) {
     SCOPED_TRACE(end);
     TerminalRun run;
     run.waitFor(kScreenOpens);
@@ -115,7 +116,11 @@ TEST(Terminal, IsGivenBackHoweverTheSurveyEnds) {
     if (end == "q") run.press('q');
     if (end == "Ctrl-C") run.press('\x03');
     if (end == "SIGTERM") run.send(SIGTERM);
+    if (end == "SIGUSR1") run.send(SIGUSR1);
+    if (end == "SIGALRM") run.send(SIGALRM);
     if (end == "a crash") run.send(SIGSEGV);
+    if (end == "SIGSYS") run.send(SIGSYS);
+    if (end == "SIGXCPU twice") run.send(SIGXCPU), usleep(1000), run.send(SIGXCPU);
     if (end == "Ctrl-C twice") {
       run.send(SIGSTOP);  // so that the second signal finds the program before its orderly end
       ASSERT_TRUE(WIFSTOPPED(run.waitForChange()));
@@ -127,8 +132,9 @@ TEST(Terminal, IsGivenBackHoweverTheSurveyEnds) {
     const int status = run.waitForChange();
     EXPECT_TRUE(run.isAsBefore());
     const bool in_order = run.rest().find("stopped on request") != std::string::npos;
-    if (end == "a crash") {
-      EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGSEGV && !in_order) << status;
+    if (end == "a crash" || end == "SIGSYS") {
+      EXPECT_TRUE(WIFSIGNALED(status) && !in_order) << status;
+      EXPECT_EQ(WTERMSIG(status), end == "SIGSYS" ? SIGSYS : SIGSEGV);
     } else if (end == "Ctrl-C twice") {
       EXPECT_TRUE((exited(status, 130) || exited(status, 143)) && !in_order) << status;
     } else {
@@ -137,7 +143,27 @@ TEST(Terminal, IsGivenBackHoweverTheSurveyEnds) {
   }
 }
 
-TEST(Terminal, KeysRescanAndSuspendAndAWarningIsRepeatedAfterTheScreen) {
+TEST(Terminal, LeavesIgnoredSignalsIgnored) {
+  for (const int ignored : {SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGQUIT, SIGTSTP}) {
+    std::signal(ignored, SIG_IGN);
+  }
+  TerminalRun run;
+  for (const int ignored : {SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGQUIT, SIGTSTP}) {
+    std::signal(ignored, SIG_DFL);
+  }
+  run.waitFor(kScreenOpens);
+  run.waitFor("r rescan");
+  for (const int ignored : {SIGINT, SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGQUIT, SIGTSTP}) {
+    run.send(ignored);
+  }
+  run.waitFor("r rescan");
+  run.press('q');
+  run.waitFor(kScreenCloses);
+  EXPECT_TRUE(exited(run.waitForChange(), 0));
+  EXPECT_EQ(run.rest().find("resumed"), std::string::npos);
+}
+
+TEST(Terminal, KeysRescanAndSuspendAndAWarningIsKeptForAfterTheScreen) {
   TerminalRun run;
   run.waitFor(kScreenOpens);
   run.waitFor("known after ");
