@@ -156,7 +156,7 @@ TEST(Terminal, LeavesIgnoredSignalsIgnored) {
   for (const int ignored : {SIGINT, SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGQUIT, SIGTSTP}) {
     run.send(ignored);
   }
-  run.waitFor("r rescan");
+  for (int frame = 0; frame < 3; ++frame) run.waitFor("r rescan");
   run.press('q');
   run.waitFor(kScreenCloses);
   EXPECT_TRUE(exited(run.waitForChange(), 0));
