@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 
 #include "host/commands/command_table.h"
 #include "host/process/text_output.h"
@@ -27,6 +28,9 @@ int main(int argc, char** argv) {
     return kTryAgain;
   } catch (const std::exception& failure) {
     complain(failure);
+    return kFailed;
+  } catch (...) {  // drivers of receivers may throw anything
+    complain(std::runtime_error("failed without a reason given"));
     return kFailed;
   }
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "host/text/letter_case.h"
 #include "host/text/quantity_text.h"
@@ -17,31 +18,77 @@ using nlohmann::json;
 constexpr int kMaxDepth = 32;
 constexpr size_t kMaxValues = 1'000'000;
 
-/// Parses only global and captures, and drops the rest while reading, because there may be many
-/// annotations.
+/// Builds what matters of a text, global and captures, and drops the rest while it is read, as
+/// annotations may be many. (The library's own filter goes through all of a list again at the end
+/// of each of its members.)
+class WantedMembers final : public nlohmann::json_sax<json> {
+ public:
+  json takeRoot() { return std::move(root_); }
+
+  bool null() override { return put(nullptr); }
+  bool boolean(bool value) override { return put(value); }
+  bool number_integer(number_integer_t value) override { return put(value); }
+  bool number_unsigned(number_unsigned_t value) override { return put(value); }
+  bool number_float(number_float_t value, const string_t&) override { return put(value); }
+  bool string(string_t& value) override { return put(std::move(value)); }
+  bool binary(binary_t&) override { return false; }  // not of text
+  bool key(string_t& name) override {
+    if (depth_ == 1) wanted_ = name == "global" || name == "captures";
+    if (wanted_) key_ = std::move(name);
+    return true;
+  }
+  bool start_object(size_t) override { return open(json::object()); }
+  bool start_array(size_t) override { return open(json::array()); }
+  bool end_object() override { return close(); }
+  bool end_array() override { return close(); }
+  bool parse_error(size_t byte, const std::string&, const json::exception& error) override {
+    if (dynamic_cast<const json::parse_error*>(&error) == nullptr) {  // a number out of range
+      throw SigmfError("its metadata are not JSON that can be read");
+    }
+    throw SigmfError(fmt::format("its metadata are not JSON (at byte {})", byte));
+  }
+
+ private:
+  /// Where the value is now; null for one that is dropped.
+  json* place(json value) {
+    if (depth_ == 0) return &(root_ = std::move(value));
+    if (!wanted_) return nullptr;
+    if (++values_ > kMaxValues) throw SigmfError("its metadata hold too many values");
+    json& parent = *open_.back();
+    if (parent.is_object()) return &(parent[key_] = std::move(value));
+    return &parent.emplace_back(std::move(value));
+  }
+  bool put(json value) { return place(std::move(value)), true; }
+  bool open(json value) {
+    if (depth_ == kMaxDepth) throw SigmfError("its metadata are nested too deeply");
+    json* const opened = place(std::move(value));
+    if (opened != nullptr) open_.push_back(opened);
+    // A list at the top has no members that are wanted.
+    if (depth_++ == 0) wanted_ = false;
+    return true;
+  }
+  bool close() {
+    if (--depth_ == 0 || wanted_) open_.pop_back();
+    // The member of the outermost object is over with what it holds.
+    if (depth_ == 1) wanted_ = false;
+    return true;
+  }
+
+  json root_;
+  std::vector<json*> open_;  ///< from root_ on, each in the one before; none that is dropped
+  std::string key_;
+  size_t values_ = 0;
+  int depth_ = 0;
+  bool wanted_ = false;
+};
+
 json parseJson(std::string_view text) {
   if (text.size() > kMaxSigmfMetaBytes) {
     throw SigmfError(fmt::format("its metadata are longer than {} bytes", kMaxSigmfMetaBytes));
   }
-  bool wanted = true;
-  size_t values = 0;
-  const auto keep = [&](int depth, json::parse_event_t event, const json& value) {
-    if (depth > kMaxDepth) throw SigmfError("its metadata are nested too deeply");
-    if (depth == 1 && event == json::parse_event_t::key) {
-      wanted = value == "global" || value == "captures";
-    }
-    if (depth > 0 && wanted && ++values > kMaxValues) {
-      throw SigmfError("its metadata hold too many values");
-    }
-    return wanted || depth == 0;
-  };
-  try {
-    return json::parse(text.begin(), text.end(), keep);
-  } catch (const json::parse_error& error) {
-    throw SigmfError(fmt::format("its metadata are not JSON (at byte {})", error.byte));
-  } catch (const json::exception&) {  // a number out of range
-    throw SigmfError("its metadata are not JSON that can be read");
-  }
+  WantedMembers members;
+  json::sax_parse(text.begin(), text.end(), &members);
+  return members.takeRoot();
 }
 
 /// The member of `object`, or null if it is missing.

@@ -26,7 +26,7 @@ void quietDrivers() {
 void UnmakeSoapyDevice::operator()(SoapySDR::Device* device) const noexcept {
   try {
     SoapySDR::Device::unmake(device);
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): it is gone either way
+  } catch (...) {  // NOLINT(bugprone-empty-catch): it is gone either way
   }
 }
 
@@ -42,7 +42,9 @@ SoapyDevice openSoapyDevice(const ReceiverConfig& config) {
   if (device == nullptr) {
     fail(config, "cannot open the receiver; --list-devices shows what there is");
   }
-  if (device->getNumChannels(kRx) == 0) fail(config, "the device cannot receive");
+  attempt(config, "cannot open the receiver", [&] {
+    if (device->getNumChannels(kRx) == 0) fail(config, "the device cannot receive");
+  });
   return device;
 }
 

@@ -15,7 +15,9 @@ namespace pelagrim_host {
 constexpr int kRx = SOAPY_SDR_RX;
 constexpr size_t kChannel = 0;
 
-constexpr double kSlackHz = 0.5;  // because limits and read-backs are rounded
+constexpr const char* kNoReason = "the driver failed without saying why";
+
+constexpr double kSlackHz = 0.5;  // of a rate or frequency: limits and read-backs are rounded
 
 struct UnmakeSoapyDevice {
   void operator()(SoapySDR::Device* device) const noexcept;
@@ -37,6 +39,8 @@ auto attempt(const ReceiverConfig& config, const char* what, Call call) {
     throw;
   } catch (const std::exception& failure) {
     fail(config, fmt::format("{}: {}", what, failure.what()));
+  } catch (...) {  // a driver may throw anything
+    fail(config, fmt::format("{}: {}", what, kNoReason));
   }
 }
 

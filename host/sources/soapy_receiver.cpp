@@ -83,6 +83,8 @@ WendleTuneResult SoapyReceiver::tune(double hz) {
     centre_hz_ = readBackCentre(hz);
   } catch (const std::exception& failure) {
     refusal = failure.what();
+  } catch (...) {
+    refusal = kNoReason;
   }
   // Synthesisers move in steps, but one that is far off has not obeyed.
   if (refusal.empty() && std::abs(centre_hz_ - hz) > 0.1 * rate_hz_) {

@@ -8,6 +8,8 @@
 namespace pelagrim_host {
 namespace {
 
+constexpr double kMaxRateError = 10.0;  // as a ratio; the nearest rate that a device has is nearer
+
 using RangeText = std::string (*)(double);
 
 /// "225 kS/s to 300 kS/s, 2.4 MS/s"
@@ -73,7 +75,14 @@ double setSampleRate(SoapySDR::Device& device, const ReceiverConfig& config) {
             "--sample-rate", formatSampleRate);
     device.setSampleRate(kRx, kChannel, config.sample_rate_hz);
     const double actual_hz = device.getSampleRate(kRx, kChannel);
-    return std::isfinite(actual_hz) && actual_hz > 0.0 ? actual_hz : config.sample_rate_hz;
+    if (!std::isfinite(actual_hz) || actual_hz <= 0.0) return config.sample_rate_hz;  // not said
+    if (actual_hz > kMaxRateError * config.sample_rate_hz ||
+        config.sample_rate_hz > kMaxRateError * actual_hz) {
+      fail(config, fmt::format("--sample-rate: the driver says that it set {:g} S/s where {:g} S/s "
+                               "were asked for",
+                               actual_hz, config.sample_rate_hz));
+    }
+    return actual_hz;
   });
 }
 

@@ -5,16 +5,22 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <thread>
 
 #include "host/text/letter_case.h"
 
 namespace pelagrim_host {
+namespace {
+
+constexpr size_t kMaxMtuSamples = size_t{1} << 24;
+
+}  // namespace
 
 void SoapyStream::CloseStream::operator()(SoapySDR::Stream* stream) const noexcept {
   try {
     device->closeStream(stream);
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): an unplugged device may object
+  } catch (...) {  // NOLINT(bugprone-empty-catch): an unplugged device may object
   }
 }
 
@@ -23,6 +29,10 @@ SoapyStream::SoapyStream(SoapySDR::Device& device, const ReceiverConfig& config)
   stream_.reset(device.setupStream(kRx, format_.name, {kChannel}));
   if (stream_ == nullptr) fail(config, "cannot start the stream");
   mtu_samples_ = std::max<size_t>(device.getStreamMTU(stream_.get()), 1);
+  if (mtu_samples_ > kMaxMtuSamples) {
+    fail(config, fmt::format("the driver says that it delivers {} samples at once, which cannot be",
+                             mtu_samples_));
+  }
   const int status = device.activateStream(stream_.get());
   if (status != 0) {
     fail(config, fmt::format("cannot start the stream: {}", SoapySDR::errToStr(status)));
@@ -32,7 +42,7 @@ SoapyStream::SoapyStream(SoapySDR::Device& device, const ReceiverConfig& config)
 SoapyStream::~SoapyStream() {
   try {
     device_.deactivateStream(stream_.get());
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): an unplugged device may object
+  } catch (...) {  // NOLINT(bugprone-empty-catch): an unplugged device may object
   }
 }
 
@@ -68,21 +78,29 @@ SoapyStream::Format SoapyStream::chooseFormat() const {
 int SoapyStream::readOnce(std::span<std::complex<float>> block, std::chrono::microseconds timeout) {
   return attempt(config_, "the stream broke off", [&] {
     const size_t wanted = std::min(block.size(), mtu_samples_);
-    void* into = block.data();
-    if (format_.convert != nullptr) {
-      raw_.resize(wanted * format_.convert->sampleBytes());
-      into = raw_.data();
-    }
+    // Room for one transfer more, for a driver that delivers more than it is asked for.
+    const size_t sample_bytes =
+        format_.convert != nullptr ? format_.convert->sampleBytes() : sizeof(std::complex<float>);
+    raw_.resize(std::max(raw_.size(), (block.size() + mtu_samples_) * sample_bytes));
     int flags = 0;
     long long time_ns = 0;
-    const std::array<void*, 1> buffers = {into};
+    const std::array<void*, 1> buffers = {raw_.data()};
     const int got = device_.readStream(stream_.get(), buffers.data(), wanted, flags, time_ns,
                                        static_cast<long>(timeout.count()));
     if (got == SOAPY_SDR_OVERFLOW || (flags & SOAPY_SDR_END_ABRUPT) != 0) ++overflows_;
     if (got <= 0) return got;
+    if (static_cast<size_t>(got) > wanted) {
+      fail(config_, fmt::format("the driver delivered {} samples where {} were asked for; an error "
+                                "of the driver's",
+                                got, wanted));
+    }
     const auto components = 2 * static_cast<size_t>(got);
     auto* const out = reinterpret_cast<float*>(block.data());
-    if (format_.convert != nullptr) format_.convert->convert(raw_.data(), components, out);
+    if (format_.convert != nullptr) {
+      format_.convert->convert(raw_.data(), components, out);
+    } else {
+      std::memcpy(out, raw_.data(), components * sizeof(float));
+    }
     if (format_.scale != 1.0F) {
       std::for_each_n(out, components, [this](float& component) { component *= format_.scale; });
     }
@@ -112,8 +130,11 @@ size_t SoapyStream::read(std::span<std::complex<float>> block) {
 }
 
 void SoapyStream::drain(size_t max_samples) {
-  const size_t buffers = device_.getNumDirectAccessBuffers(stream_.get());
-  size_t left = buffers > 0 ? buffers * mtu_samples_ : max_samples;
+  const size_t buffers = attempt(config_, "the stream broke off", [this] {
+    return device_.getNumDirectAccessBuffers(stream_.get());
+  });
+  const bool says_how_many = buffers > 0 && buffers <= kMaxMtuSamples;
+  size_t left = says_how_many ? buffers * mtu_samples_ : max_samples;
   const auto gives_up = stallsAt();
   std::vector<std::complex<float>> dropped(mtu_samples_);
   while (left > 0 && !config_.stop() && Clock::now() < gives_up) {

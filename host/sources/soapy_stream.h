@@ -49,7 +49,7 @@ class SoapyStream {
   /// How the stream's samples become floats.
   struct Format {
     std::string name;             ///< as SoapySDR spells it
-    const SampleFormat* convert;  ///< null: complex floats, read in place
+    const SampleFormat* convert;  ///< null: complex floats
     float scale;                  ///< brings the device's full scale to 1.0 after the conversion
   };
 
@@ -61,7 +61,7 @@ class SoapyStream {
   const ReceiverConfig& config_;
   Format format_;
   std::unique_ptr<SoapySDR::Stream, CloseStream> stream_;
-  std::vector<std::byte> raw_;
+  std::vector<std::byte> raw_;  ///< as the driver delivers them
   size_t mtu_samples_ = 0;
   uint64_t overflows_ = 0;
 };

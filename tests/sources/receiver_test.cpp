@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 
 #include "host/sources/soapy_receiver.h"
 #include "tests/sources/scripted_device.h"
@@ -93,6 +94,46 @@ TEST_F(LiveReceiver, SurvivesOverflowsAndErrorsButNotALostDevice) {
   script = {};
   config.stop = [] { return true; };
   EXPECT_EQ(openReceiver(config)->read(block), 0U);
+}
+
+TEST_F(LiveReceiver, EndsInOneLineWhateverTheDriverThrowsOrReports) {
+  const std::string no_reason = "the driver failed without saying why";
+  script.throws_an_int = true;
+  EXPECT_NE(failureOf([&] { openReceiver(config); }).find(no_reason), std::string::npos);
+  script.throws_an_int = false;
+  auto receiver = openReceiver(config);
+  EXPECT_EQ(receiver->read(block), 64U);
+  script.throws_an_int = true;
+  for (const auto& call : std::vector<std::function<void()>>{[&] { receiver->tune(300e6); },
+                                                             [&] { receiver->read(block); },
+                                                             [&] { receiver->settle(); }}) {
+    EXPECT_TRUE(failureOf(call).ends_with(no_reason));
+    script.throws_an_int = false;
+    receiver->tune(200e6);  // so that there is something to settle
+    script.throws_an_int = true;
+  }
+  receiver.reset();
+  EXPECT_TRUE(script.calls.ends_with("off closed"));
+
+  for (const char* format : {SOAPY_SDR_CS16, SOAPY_SDR_CF32}) {
+    script = {};
+    script.format = format;
+    receiver = openReceiver(config);
+    EXPECT_EQ(receiver->read(block), 64U);
+    script.too_many = script.mtu;
+    EXPECT_EQ(failureOf([&] { receiver->read(block); }),
+              "driver=scripted: the driver delivered 164 samples where 64 were asked for; an error "
+              "of the driver's");
+  }
+  for (const double rate_hz : {1e300, 1e-300, 11e6, 0.09e6}) {
+    script = {};
+    script.rate_hz = rate_hz;
+    EXPECT_NE(failureOf([&] { openReceiver(config); }).find("the driver says that it set"),
+              std::string::npos);
+  }
+  script = {};
+  script.mtu = SIZE_MAX;
+  EXPECT_NE(failureOf([&] { openReceiver(config); }).find("which cannot be"), std::string::npos);
 }
 
 TEST_F(LiveReceiver, SetsWhatIsAskedForAndNamesTheDevicesRangesOtherwise) {

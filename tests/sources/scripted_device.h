@@ -19,8 +19,11 @@ struct Script {
   std::deque<int> codes;                   // returned by readStream before samples come again
   bool unplugged = false, throws = false;  // readStream times out forever; everything throws
   bool overflows = false;                  // readStream reports nothing else
-  int flags = 0;                           // that readStream sets
-  double rate_hz = 0.0;  // the device's real rate, whatever was asked; 0: as asked
+  bool throws_an_int = false;              // every call that may
+  size_t too_many = 0;                     // that readStream delivers and reports beyond `count`
+  size_t mtu = 100;
+  int flags = 0;         // that readStream sets
+  double rate_hz = 0.0;  // that the device has, whatever was asked; 0: not said
   bool has_filter = false;
   double step_hz = 1.0;    // of the synthesiser
   bool takes_ppm = false;  // whole ones
@@ -31,7 +34,7 @@ struct Script {
 };
 inline Script script;
 
-/// Buffers of 100 samples of MHz tuned to + 512 j, of full scale 2048.
+/// Buffers of 100 samples, if not told otherwise, of MHz tuned to + 512 j, of full scale 2048.
 class ScriptedDevice : public SoapySDR::Device {
   using Kwargs = SoapySDR::Kwargs;
   using Ranges = SoapySDR::RangeList;
@@ -49,13 +52,19 @@ class ScriptedDevice : public SoapySDR::Device {
   }
   int deactivateStream(SoapySDR::Stream*, int, long long) override {
     script.calls += "off ";
+    throwIfToldTo();
     return script.throws ? throw std::runtime_error("usb gone") : 0;
   }
-  void closeStream(SoapySDR::Stream*) override { script.calls += "closed"; }
-  size_t getStreamMTU(SoapySDR::Stream*) const override { return 100; }
+  void closeStream(SoapySDR::Stream*) override {
+    script.calls += "closed";
+    throwIfToldTo();
+  }
+  size_t getStreamMTU(SoapySDR::Stream*) const override { return script.mtu; }
+  size_t getNumDirectAccessBuffers(SoapySDR::Stream*) override { return throwIfToldTo(), 0; }
   int readStream(SoapySDR::Stream*, void* const* buffers, size_t count, int& flags, long long&,
                  long timeout_us) override {
     if (script.throws) throw std::runtime_error("usb gone");
+    throwIfToldTo();
     flags = script.flags;
     if (!script.codes.empty()) {
       const int code = script.codes.front();
@@ -63,6 +72,7 @@ class ScriptedDevice : public SoapySDR::Device {
     }
     if (script.overflows) return SOAPY_SDR_OVERFLOW;
     if (script.unplugged || (timeout_us == 0 && script.waiting == 0)) return SOAPY_SDR_TIMEOUT;
+    count += script.too_many;
     for (size_t i = 0; i < 2 * count; i += 2, ++script.delivered) {
       const double mhz = (script.delivered < script.stale ? old_hz_ : hz_) / 1e6;
       const auto put = [=](auto* out) {
@@ -93,6 +103,7 @@ class ScriptedDevice : public SoapySDR::Device {
   void setFrequency(int, size_t, double hz, const Kwargs&) override {
     script.sent_hz = hz;
     if (script.throws) throw std::runtime_error("no lock");
+    throwIfToldTo();
     old_hz_ = std::exchange(hz_, std::round(hz / script.step_hz) * script.step_hz);
     script.delivered = 0;
   }
@@ -106,12 +117,18 @@ class ScriptedDevice : public SoapySDR::Device {
   void setBandwidth(int, size_t, double hz) override {
     script.calls += std::to_string(static_cast<int>(hz)) + " ";
   }
+  static void throwIfToldTo() {
+    if (script.throws_an_int) throw 42;
+  }
   double hz_ = 100e6, old_hz_ = 0.0, ppm_ = 0.0;
 };
 
 inline const SoapySDR::Registry kDriver(
     "scripted", [](const SoapySDR::Kwargs& device) { return SoapySDR::KwargsList{device}; },
-    [](const SoapySDR::Kwargs&) -> SoapySDR::Device* { return new ScriptedDevice; },
+    [](const SoapySDR::Kwargs&) -> SoapySDR::Device* {
+      if (script.throws_an_int) throw 42;
+      return new ScriptedDevice;
+    },
     SOAPY_SDR_ABI_VERSION);
 
 }  // namespace pelagrim_host
