@@ -200,7 +200,7 @@ waiting=$!
 "$program" --dir c --duration 1e9 > run.txt &
 survey=$!
 for _ in $(seq 100); do grep -q "1 dwell" run.txt && break; sleep 0.1; done
-kill -INT $survey $waiting
+kill -TERM $survey $waiting
 wait $survey
 check [ $? = 0 ]
 wait $waiting
