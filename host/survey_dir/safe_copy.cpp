@@ -112,7 +112,12 @@ void SafeCopy::run() {
 
 void SafeCopy::copyNow(bool run_ended) {
   last_copy_ = std::chrono::steady_clock::now();
-  auto results = readSteadily(results_path_, list_may_shrink_ ? 0 : min_rows_);
+  std::optional<std::string> results;
+  try {
+    results = readSteadily(results_path_, list_may_shrink_ ? 0 : min_rows_);
+  } catch (const std::exception&) {
+    return;  // a directory in its place, say; that it cannot be written is said at every dwell
+  }
   if (!results) return;
   keep({sequence_ + 1, run_ended, *std::move(results)});
   list_may_shrink_ = false;
