@@ -252,7 +252,7 @@ void addRunOptions(CLI::App& app, CommandLine& line) {
       ->excludes(app.get_option("--device"));
   addParsed(app, "--block", countBetween<uint32_t>(1, kMaxBlockSamples), options.block_samples,
             "a whole number from 1 to 16777216",
-            "Samples to hand over at once, at most (usually a twentieth of a\nsecond)")
+            "Samples to pass to the plug-in at once, at most (usually a\ntwentieth of a second)")
       ->type_name("N");
   auto* const quiet = app.add_flag("--quiet", options.quiet, "Show only errors and warnings");
   app.add_flag("--json", options.json, "Write one JSON object per line")->excludes(quiet);

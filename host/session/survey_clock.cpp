@@ -16,7 +16,7 @@ SurveyClock::SurveyClock(ClockPolicy policy, double rate_hz)
 }
 
 void SurveyClock::leapTo(int64_t unix_ms) {
-  constexpr int64_t kRoundingMs = 1;  // no gap: both times are cut to whole milliseconds
+  constexpr int64_t kRoundingMs = 1;  // not a gap: both times are truncated to whole milliseconds
   if (!follows_samples_ || unix_ms <= nowMs() + kRoundingMs) return;
   start_unix_ms_ = unix_ms;
   samples_ = 0;
@@ -43,7 +43,7 @@ int64_t SurveyClock::nowMs() const {
   int64_t now_ms = start_unix_ms_;
   if (follows_samples_) {
     // The 64-bit mantissa of a long double holds samples * 1000 exactly for thousands of years, and
-    // then the quotient truncates as whole numbers would; a rate with a fraction works as well.
+    // so the quotient truncates as whole numbers would; a rate with a fraction works, too.
     now_ms += static_cast<int64_t>(static_cast<long double>(samples_) * 1000.0L /
                                    static_cast<long double>(rate_hz_));
   } else {

@@ -18,8 +18,8 @@ struct SystemClocks {
   int64_t (*steady_ms)() = steadyClockMs;
 };
 
-/// Which time a survey goes by: for a live receiver the system's, else one that follows the
-/// samples, so that a survey runs as fast as the machine can and comes out the same every time.
+/// A survey's time: the system's for a live receiver, else a clock that follows the samples, so
+/// that a survey runs as fast as the machine allows and comes out the same every time.
 class ClockPolicy {
  public:
   static ClockPolicy systemClock(SystemClocks clocks = {}) { return {{}, clocks}; }
@@ -48,10 +48,11 @@ class SurveyClock {
 
   bool followsSamples() const { return follows_samples_; }
 
-  /// Counts samples that are about to be delivered.
+  /// Counts samples that are about to be delivered to the plug-in.
   void advance(size_t samples) { samples_ += samples; }
 
-  /// Leaps over a gap in a recording to unix_ms. Never back; a live clock takes no notice.
+  /// Jumps forward to unix_ms, over a gap in a recording. Never goes back; ignored for a live
+  /// clock.
   void leapTo(int64_t unix_ms);
 
   /// How many more samples it takes until the clock reads `unix_ms` or later, at most 2^62. Only of
@@ -64,8 +65,8 @@ class SurveyClock {
   /// Sets a live clock to the wall clock's time.
   void followWall();
 
-  /// Unix time in whole milliseconds, truncated; without drift, as it is computed from the count.
-  /// Never 0, which to a plug-in means that there is no time.
+  /// Unix time in whole milliseconds, truncated. It does not drift, because it is computed from the
+  /// count. Never 0, which would mean to the plug-in that the time is unknown.
   int64_t nowMs() const;
 
  private:

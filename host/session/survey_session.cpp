@@ -132,14 +132,14 @@ SurveySession::News SurveySession::feed(const Block& block) {
   const auto warn = [&news](std::optional<std::string> line) {
     if (line) news.warnings.push_back(*std::move(line));
   };
-  // A recording may go on later and at another centre.
+  // A recording may continue later and at another centre.
   if (block.unix_ms) clock_.leapTo(*block.unix_ms);
   if (block.centre_hz != told_centre_hz_) {
     warn(check_.judge());
     retune(block.centre_hz);
   }
   check_.take(block.samples, block.centre_hz);
-  // The clock stands at the end of the block when the plug-in looks at it.
+  // The plug-in must see the clock at the end of the block.
   clock_.advance(block.samples.size());
   samples_ += block.samples.size();
   const double looked_at_hz = told_centre_hz_;
@@ -147,7 +147,7 @@ SurveySession::News SurveySession::feed(const Block& block) {
 
   news.tune = services_.takeTuneRequest();
   news.messages = takeMessages();
-  // Every dwell that is evaluated leaves a line, so without one there is nothing new to count.
+  // Every evaluated dwell leaves a message, so without one there is nothing new to count.
   if (news.tune || !news.messages.empty()) news.dwell_done = countDwells(looked_at_hz);
   warn(clockNews());
   const bool dwell_is_over = news.tune || news.dwell_done || dwellLengthIsOver();

@@ -28,7 +28,7 @@ struct SessionSettings {
   std::optional<double> duration_seconds = {};  ///< of receiver time; unset: no limit
   bool realtime = false;                        ///< no faster than a receiver
   std::function<void()> before_start = {};      ///< called before every create; may be empty
-  std::function<void()> after_dwell = {};       ///< called when one was evaluated; may be empty
+  std::function<void()> after_dwell = {};       ///< called after each evaluated dwell; may be empty
 
   /// How long a dwell is by what the plug-in has read, milliseconds; asked after each start. Where
   /// the clock follows the samples, a block then ends where a dwell does. May be empty.

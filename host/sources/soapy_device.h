@@ -17,7 +17,7 @@ constexpr size_t kChannel = 0;
 
 constexpr const char* kNoReason = "the driver failed without saying why";
 
-constexpr double kSlackHz = 0.5;  // of a rate or frequency: limits and read-backs are rounded
+constexpr double kSlackHz = 0.5;  // because limits and read-backs are rounded
 
 struct UnmakeSoapyDevice {
   void operator()(SoapySDR::Device* device) const noexcept;

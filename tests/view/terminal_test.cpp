@@ -163,7 +163,7 @@ TEST(Terminal, LeavesIgnoredSignalsIgnored) {
   EXPECT_EQ(run.rest().find("resumed"), std::string::npos);
 }
 
-TEST(Terminal, KeysRescanAndSuspendAndAWarningIsKeptForAfterTheScreen) {
+TEST(Terminal, KeysRescanAndSuspendAndAWarningIsRepeatedAfterTheScreen) {
   TerminalRun run;
   run.waitFor(kScreenOpens);
   run.waitFor("known after ");
