@@ -10,8 +10,8 @@ namespace pelagrim_host {
 /// Surveys a source until it ends or the user stops it.
 void runSurvey(const Options& options);
 
-/// Says what the source is and where each fact comes from. If too little is known for a survey, says
-/// what there is and throws UsageError, which names the rest.
+/// Says what the source is and where each fact comes from. If too little is known for a survey,
+/// says what there is and throws UsageError, which names the rest.
 void runInfo(const Options& options);
 
 /// Lists the stations of the simulated band.

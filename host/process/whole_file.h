@@ -13,11 +13,11 @@ struct FileError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Longer files are not read whole: many times the longest survey, and it fits into a small computer.
+/// Longer files are refused: many times the longest survey, and a small computer can hold it.
 constexpr size_t kMaxWholeFileBytes = 400'000'000;
 
-/// The whole content of a file. Reads a pipe to its end. Throws FileError, also for a device, which may
-/// have no end, and beyond kMaxWholeFileBytes.
+/// The whole content of a file. Reads a pipe to its end. Throws FileError, also for a device, which
+/// may have no end, and beyond kMaxWholeFileBytes.
 std::string readWholeFile(const std::filesystem::path& path);
 
 /// Creates a file, and returns once the text is on the disk. Returns false and does nothing if the
