@@ -107,6 +107,8 @@ expect 0 "repeater" --info --list-stations
 # The old page is kept beside it, but never replaces something else.
 expect 0 "band.html: 0 channels" report noise.survey -o band.html
 check [ ! -e band.html~ ]
+said=$("$program" report noise.survey -o band.html 2>/dev/null)
+check grep -qE "^band.html: 0 channels, [1-9][0-9]{0,2} kB$" <<< "$said"
 echo mine > band.html
 expect 0 "the old file is now band.html~" report noise.survey -o band.html
 check grep -q mine band.html~
