@@ -7,6 +7,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "host/commands/claimed_directory.h"
 #include "host/commands/commands.h"
@@ -25,6 +26,7 @@
 #include "host/view/source_text.h"
 #include "host/view/terminal_kind.h"
 #include "survey/dwell_timer.h"
+#include "survey/slice_plan.h"
 
 namespace pelagrim_host {
 namespace {
@@ -42,16 +44,21 @@ struct PreparedSurvey {
   std::optional<std::string> dwell_mismatch;
 };
 
-/// Finds out how long a dwell is, each time the plug-in has read survey.cfg.
-std::function<std::optional<double>()> dwellLengthIn(const std::filesystem::path& directory) {
+/// Reads the settings in force, each time that the plug-in has read survey.cfg.
+std::function<pelagrim::Settings()> settingsIn(const std::filesystem::path& directory) {
   // As in the plug-in, a key that is not in the file keeps its value, at first the default.
   return [directory, in_force = pelagrim::Settings{}]() mutable {
     try {
       in_force = readSettings(directory).value_or(SurveySettings{}).inForce(in_force);
     } catch (const std::runtime_error&) {  // the plug-in goes on without the file, too
     }
-    return std::optional(in_force.dwell_seconds);
+    return in_force;
   };
+}
+
+std::vector<double> slicesSwept(const pelagrim::Settings& settings, double rate_hz) {
+  if (!settings.sweep) return {};
+  return pelagrim::planSlices(settings.start_hz, settings.stop_hz, rate_hz);
 }
 
 std::unique_ptr<SurveyView> makeView(const Options& options,
@@ -61,9 +68,15 @@ std::unique_ptr<SurveyView> makeView(const Options& options,
   if (options.quiet || !terminal.redraws) return std::make_unique<ConsoleView>(options.quiet);
   return std::make_unique<LiveView>(
       FrameStyle{terminal.colours, terminal.unicode},
-      LiveViewHooks{.rescan = requestRescan,
-                    .end = requestStop,
-                    .dwell_length_seconds = dwellLengthIn(directory)});
+      LiveViewHooks{
+          .rescan = requestRescan,
+          .end = requestStop,
+          .dwell_length_seconds =
+              [settings = settingsIn(directory)] {
+                return std::optional(settings().dwell_seconds);
+              },
+          .slice_centres_hz = [settings = settingsIn(directory)](
+                                  double rate_hz) { return slicesSwept(settings(), rate_hz); }});
 }
 
 /// What the directory will remember about this run.
@@ -115,8 +128,8 @@ SessionSettings sessionSettings(const Options& options, PreparedSurvey& survey,
   session.passes = options.passes;
   session.duration_seconds = options.duration_seconds;
   session.realtime = options.realtime;
-  session.dwell_length_ms = [length_seconds = dwellLengthIn(survey.setup.directory)]() mutable {
-    return pelagrim::dwellLengthMs(length_seconds().value_or(0.0));
+  session.dwell_length_ms = [settings = settingsIn(survey.setup.directory)] {
+    return pelagrim::dwellLengthMs(settings().dwell_seconds);
   };
   session.before_start = [&directory = *survey.directory] { directory.surveyStarts(); };
   session.after_dwell = [&results, &survey] {

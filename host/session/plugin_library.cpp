@@ -153,7 +153,7 @@ std::filesystem::path findDefaultPlugin(const std::filesystem::path& program) {
   const auto folder = program.parent_path();
   for (const auto& place : {folder, folder.parent_path() / "lib" / "pelagrim"}) {
     std::error_code error;
-    const auto plugin = fs::canonical(place / kDefaultPluginName, error);
+    auto plugin = fs::canonical(place / kDefaultPluginName, error);
     if (error) continue;
     if (isTrusted(plugin, program)) return plugin;
     throw PluginError(

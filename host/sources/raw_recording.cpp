@@ -43,7 +43,13 @@ size_t RawRecording::read(std::span<std::complex<float>> block) {
   const size_t got = stream_->read(bytes_);
   const size_t samples = got / format_->sampleBytes();
   const size_t left_over = got % format_->sampleBytes();
-  if (left_over != 0 && !stop_()) setLeftOver(left_over, format_->name);
+  taken_bytes_ += got;
+  if (got < bytes_.size() && !stop_()) {
+    if (left_over != 0) setLeftOver(left_over, format_->name);
+    if (taken_bytes_ < stream_->size().value_or(0)) {
+      setDamage("it became shorter while it was read; the samples before were surveyed");
+    }
+  }
   // An array of complex numbers is an array of their parts.
   format_->convert(bytes_.data(), 2 * samples, reinterpret_cast<float*>(block.data()));
   return samples;
@@ -51,7 +57,9 @@ size_t RawRecording::read(std::span<std::complex<float>> block) {
 
 uint64_t RawRecording::skip(uint64_t samples) {
   const uint64_t max = std::numeric_limits<uint64_t>::max() / format_->sampleBytes();
-  return stream_->skip(std::min(samples, max) * format_->sampleBytes()) / format_->sampleBytes();
+  const uint64_t skipped = stream_->skip(std::min(samples, max) * format_->sampleBytes());
+  taken_bytes_ += skipped;
+  return skipped / format_->sampleBytes();
 }
 
 std::optional<uint64_t> RawRecording::lengthSamples() const {

@@ -30,6 +30,7 @@ class RawRecording final : public Recording {
   const SampleFormat* format_ = nullptr;
   std::unique_ptr<ByteStream> stream_;
   std::vector<std::byte> bytes_;
+  uint64_t taken_bytes_ = 0;  ///< read or skipped so far
 };
 
 }  // namespace pelagrim_host

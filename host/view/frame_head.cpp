@@ -65,13 +65,28 @@ void addDwell(Frame& frame, const LiveState& state) {
   }
 }
 
+/// Which of the band's slices the receiver is on, counted from 0. Dwells tell that as well, but not
+/// after a rescan, which starts on whatever slice was in progress.
+uint32_t sliceNow(const LiveState& state, uint32_t by_dwells) {
+  const auto& centres_hz = state.slice_centres_hz;
+  const auto distance_hz = [&state](double centre_hz) {
+    return std::abs(centre_hz - state.run.progress.centre_hz);
+  };
+  const auto nearest = std::min_element(
+      centres_hz.begin(), centres_hz.end(),
+      [&](double one, double other) { return distance_hz(one) < distance_hz(other); });
+  if (nearest == centres_hz.end()) return by_dwells;
+  return static_cast<uint32_t>(nearest - centres_hz.begin());
+}
+
 void addPass(Frame& frame, const LiveState& state) {
   const SurveyProgress& progress = state.run.progress;
   if (!progress.dwells) return;
   const uint32_t per_pass = progress.dwells->dwellsPerPass();
   const uint32_t passes_done = progress.dwells->dwells_done / per_pass;
   const uint32_t here = progress.dwells->dwells_done % per_pass;
-  std::string text = fmt::format("slice {} of {}, pass {}", here + 1, per_pass, passes_done + 1);
+  std::string text =
+      fmt::format("slice {} of {}, pass {}", sliceNow(state, here) + 1, per_pass, passes_done + 1);
   if (progress.wanted_passes) text += fmt::format(" of {}", *progress.wanted_passes);
   addBar(frame, "Pass", (here + dwellPart(state)) / per_pass, text);
 }

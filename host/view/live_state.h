@@ -20,6 +20,7 @@ struct LiveState {
   std::string in_force{};  ///< the settings, in one line
   SurveySnapshot run{};
   std::optional<double> dwell_length_seconds{};  ///< if it is known
+  std::vector<double> slice_centres_hz{};        ///< of the band, if it is swept and they are known
   double wall_seconds = 0.0;                     ///< since the start
   std::vector<SaidLine> said{};                  ///< oldest first
   bool offers_keys = false;

@@ -36,6 +36,7 @@ void LiveView::opened(const SourceFacts& source) {
 
 void LiveView::started() {
   state_.dwell_length_seconds = hooks_.dwell_length_seconds();
+  state_.slice_centres_hz = hooks_.slice_centres_hz(state_.source.rate_hz);
 }
 
 void LiveView::inForce(const std::string& line) {

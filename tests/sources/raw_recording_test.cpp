@@ -40,6 +40,17 @@ TEST_F(Recordings, ScaleEveryRawFormatToOne) {
   EXPECT_NE(refusal("d_100M_48k.cu8").find("is a directory"), std::string::npos);
 }
 
+TEST_F(Recordings, ThatShrinkWhileTheyAreReadAreDamaged) {
+  dir_.write("x_100M_48k.cu8", std::string(4000, '\x80'));
+  const auto source = open("x_100M_48k.cu8");
+  Samples half(1000);
+  EXPECT_EQ(source->read(half), 1000u);
+  EXPECT_FALSE(source->damage());
+  std::filesystem::resize_file(dir_.path() / "x_100M_48k.cu8", 3000);
+  EXPECT_EQ(readAll(*source).size(), 500u);
+  EXPECT_NE(source->damage().value_or("").find("it became shorter"), std::string::npos);
+}
+
 /// A pipe with a name, and a thread that writes to it.
 struct PipedRecordings : Recordings {
   PipedRecordings() { EXPECT_EQ(mkfifo(path.c_str(), 0600), 0); }

@@ -71,6 +71,9 @@ TEST(LiveFrame, KeepsTheMostImportantRowsInSmallWindowsAndFillsLargeOnes) {
   EXPECT_TRUE(has({80, 24}, "..  2.5 of 5 s"));
   EXPECT_TRUE(has({80, 24}, ("Pass   " + std::string(22, '#') + ".").c_str()));  // 1.5 slices of 3
   EXPECT_TRUE(has({80, 24}, "slice 2 of 3, pass 2 "));
+  state.slice_centres_hz = {144.5e6, 145.4e6, state.run.progress.centre_hz + 1e3};
+  EXPECT_TRUE(has({80, 24}, "slice 3 of 3, pass 2 ")) << "a rescan starts where the receiver is";
+  state.slice_centres_hz.clear();
   EXPECT_TRUE(has({80, 24}, "Heard  3.0 s, 1.5x   1 overflow "));
   state.run.progress.wanted_passes = 9;
   state.run.progress.wanted_seconds = 60;
