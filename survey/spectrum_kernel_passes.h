@@ -42,6 +42,9 @@
 // Arrays stay in registers only where every index is a constant; -O2 alone does not unroll.
 #define PELAGRIM_UNROLL _Pragma("GCC unroll 16")
 
+// Every form has its own copy of all that follows, compiled for its own processor.
+// NOLINTBEGIN(cert-dcl59-cpp,misc-definitions-in-headers)
+
 namespace pelagrim {
 
 namespace {
@@ -326,3 +329,5 @@ PELAGRIM_INLINE void addFrame(const float* iq, const float* window, double* powe
 }  // namespace
 
 }  // namespace pelagrim
+
+// NOLINTEND(cert-dcl59-cpp,misc-definitions-in-headers)

@@ -22,11 +22,12 @@ FrameTable::FrameTable(const Panel& panel, size_t frame_columns)
 
 void FrameTable::fitColumns() {
   if (width() > frame_columns_) gap_ = 1;
-  for (auto column = columns_.rbegin(); column != columns_.rend(); ++column) {
+  for (size_t i = columns_.size(); i-- > 0;) {
+    TableColumn& column = columns_[i];
     const size_t full = width();
-    if (full <= frame_columns_ || column->numeric) continue;
-    const size_t cut = std::min(full - frame_columns_, column->width);
-    column->width = std::max(column->width - cut, std::min(column->width, kMinTextColumns));
+    if (full <= frame_columns_ || column.numeric) continue;
+    const size_t cut = std::min(full - frame_columns_, column.width);
+    column.width = std::max(column.width - cut, std::min(column.width, kMinTextColumns));
   }
   while (columns_.size() > 1 && width() > frame_columns_) columns_.pop_back();
 }
