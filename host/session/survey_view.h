@@ -21,13 +21,16 @@ struct SourceFacts {
 struct SurveyProgress {
   double centre_hz = 0.0;
   double rate_hz = 0.0;
-  int64_t unix_ms = 0;                      ///< the survey's clock
-  uint64_t samples = 0;                     ///< delivered so far
-  uint64_t overflows = 0;                   ///< of the receiver, so far
-  double dwell_elapsed_seconds = 0.0;       ///< in the current dwell, by the survey's clock
-  std::optional<DwellCount> dwells{};       ///< nothing if the plug-in does not count them
-  std::optional<uint32_t> wanted_passes{};  ///< after which the run ends, if limited
-  std::optional<double> wanted_seconds{};   ///< of receiver time, likewise
+  int64_t unix_ms = 0;                       ///< the survey's clock
+  uint64_t samples = 0;                      ///< delivered so far
+  uint64_t overflows = 0;                    ///< of the receiver, so far
+  double dwell_elapsed_seconds = 0.0;        ///< in the current dwell, by the survey's clock
+  std::optional<DwellCount> dwells{};        ///< nothing if the plug-in does not count them
+  std::optional<uint32_t> wanted_passes{};   ///< after which the run ends, if limited
+  std::optional<double> wanted_seconds{};    ///< of receiver time, likewise
+  std::optional<uint64_t> wanted_samples{};  ///< that the source delivers in all, if that is known
+  uint64_t dropped_samples = 0;  ///< by this program, because the survey was too slow, so far
+  double stalled_seconds = 0.0;  ///< since the last samples came, where none came in time
 };
 
 /// The state of a run at one moment.
