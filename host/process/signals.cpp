@@ -30,6 +30,9 @@ constexpr std::array kEndingSignals = {SIGALRM, SIGVTALRM, SIGPROF, SIGXCPU,  SI
 // done. A file that has reached the size limit is like a full disk.
 constexpr std::array kFailingSignals = {SIGPIPE, SIGXFSZ};
 
+// Raised by what a thread does itself. While blocked they end the process without their handlers.
+constexpr std::array kCrashes = {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP};
+
 void onLeavingSignal(int signal_number) {
   if (!g_stop_requested.exchange(true)) return;
   if (void (*const tidy)() = g_tidy) tidy();
@@ -89,6 +92,13 @@ bool takeRescanRequest() {
   if (!g_had_terminal || hasTerminal()) return true;
   requestStop();
   return false;
+}
+
+void leaveSignalsToOtherThreads() {
+  sigset_t others = {};
+  sigfillset(&others);
+  for (const int number : kCrashes) sigdelset(&others, number);
+  pthread_sigmask(SIG_BLOCK, &others, nullptr);
 }
 
 void setTidyBeforeExit(void (*tidy)()) {

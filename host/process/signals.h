@@ -21,8 +21,12 @@ void requestRescan();
 /// closed asks for an orderly end instead, as nobody is left to stop the survey.
 bool takeRescanRequest();
 
+/// From now on signals that are sent to the process go to its other threads, so that they interrupt
+/// what those wait for. Crashes of the calling thread are still its own.
+void leaveSignalsToOtherThreads();
+
 /// `tidy` runs before a second signal ends the process. It runs in the signal handler, so it may
-/// call only async-signal-safe functions. Null: nothing runs.
+/// call only async-signal-safe functions, and it must not wait for anybody. Null: nothing runs.
 void setTidyBeforeExit(void (*tidy)());
 
 }  // namespace pelagrim_host
