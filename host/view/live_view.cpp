@@ -72,11 +72,13 @@ std::optional<size_t> LiveView::wantsSnapshot() {
   if (now < next_draw_) return std::nullopt;
   next_draw_ = now + kRedrawInterval;
   takeKeys();
+  if (!screen_->sendRest()) return std::nullopt;
   window_ = screen_->size();
   return channelRoom(window_);
 }
 
 void LiveView::snapshot(const SurveySnapshot& run) {
+  if (!screen_) return;
   state_.run = run;
   state_.wall_seconds = std::chrono::duration<double>(Clock::now() - *begun_).count();
   state_.offers_keys = screen_->hasKeys();

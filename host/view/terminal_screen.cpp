@@ -7,38 +7,60 @@
 #include <unistd.h>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 
 #include <array>
 #include <atomic>
 #include <string_view>
 
 #include "host/process/signals.h"
+#include "host/process/text_output.h"
+#include "host/view/unwaiting_terminal.h"
 
 namespace pelagrim_host {
 namespace {
 
-// The alternate screen, no cursor, no wrap at the right edge; and back.
+// The alternate screen, no cursor, no wrap at the right edge; and back. What comes before it may be
+// half a sequence, which its escape character ends, and may have set attributes.
 constexpr std::string_view kTakeOver = "\x1b[?1049h\x1b[?25l\x1b[?7l\x1b[2J";
-constexpr std::string_view kGiveBack = "\x1b[?7h\x1b[?25h\x1b[?1049l";
+constexpr std::string_view kGiveBack = "\x1b[0m\x1b[?7h\x1b[?25h\x1b[?1049l";
 
 // For the signal handlers; written only while none of them is installed.
-std::atomic<bool> g_taken = false;
+UnwaitingTerminal g_terminal;
 bool g_has_keys = false;
 termios g_line_mode = {};
 termios g_key_mode = {};
 
+// Of whoever holds the terminal.
+std::atomic<bool> g_taken = false;
+std::atomic<size_t> g_take_over_sent = 0;  ///< bytes of kTakeOver
+std::atomic<unsigned int> g_times_taken = 0;
+
+std::atomic<bool> g_held = false;
+std::atomic<bool> g_must_suspend = false;  ///< once it is no longer held
+
 constexpr std::array kDeadlySignals = {SIGQUIT, SIGABRT, SIGSEGV, SIGBUS,
                                        SIGFPE,  SIGILL,  SIGTRAP, SIGSYS};
 
-/// Safe in a signal handler. A failed write is ignored: the terminal may be gone.
-void writeAll(std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;
-    text.remove_prefix(static_cast<size_t>(written));
+/// Held while pictures are sent and while the terminal changes hands, on whatever thread: a signal
+/// handler must not come in between.
+class Hold {
+ public:
+  Hold() : holds_(!g_held.exchange(true)) {}
+  ~Hold() {
+    if (!holds_) return;
+    g_held = false;
+    // To the process: this thread may leave signals to others.
+    if (g_must_suspend.exchange(false)) kill(getpid(), SIGTSTP);
   }
-}
+  Hold(const Hold&) = delete;
+  Hold& operator=(const Hold&) = delete;
+
+  explicit operator bool() const { return holds_; }
+
+ private:
+  bool holds_;
+};
 
 /// In the background the terminal belongs to another job; setting it up from there would stop the
 /// survey.
@@ -46,29 +68,53 @@ bool isInForeground() {
   return tcgetpgrp(STDOUT_FILENO) == getpgrp();
 }
 
+/// Returns whether the terminal has all of it.
+bool sendTakeOver() {
+  g_take_over_sent += g_terminal.send(kTakeOver.substr(g_take_over_sent));
+  return g_take_over_sent == kTakeOver.size();
+}
+
 void takeOver() {
   if (!isInForeground()) return;
   if (g_has_keys) tcsetattr(STDIN_FILENO, TCSANOW, &g_key_mode);
-  writeAll(kTakeOver);
   g_taken = true;
+  ++g_times_taken;
+  sendTakeOver();
 }
 
+/// Waits for nothing: a terminal that is full first loses what it has not shown yet.
 void giveBack() {
   if (!g_taken.exchange(false)) return;
-  writeAll(kGiveBack);
+  const bool took_any = g_take_over_sent.exchange(0) > 0;
+  if (took_any && g_terminal.send(kGiveBack) < kGiveBack.size()) {
+    if (isInForeground()) tcflush(STDOUT_FILENO, TCOFLUSH);
+    g_terminal.send(kGiveBack);
+  }
   if (g_has_keys) tcsetattr(STDIN_FILENO, TCSANOW, &g_line_mode);
 }
 
-void onDeadlySignal(int signal_number) {
+/// For good. Another thread may be sending a picture, which takes no time worth mentioning; if it
+/// is this one, it never ends.
+void leave() {
+  for (int i = 0; i < 10 && g_held.exchange(true); ++i) poll(nullptr, 0, 5);
   giveBack();
+}
+
+void onDeadlySignal(int signal_number) {
+  leave();
   raise(signal_number);  // the default action is restored and happens on return
 }
 
 void onSuspend(int) {
   const int kept_errno = errno;
-  giveBack();
-  raise(SIGSTOP);
-  takeOver();
+  if (g_held.exchange(true)) {
+    g_must_suspend = true;
+  } else {
+    giveBack();
+    raise(SIGSTOP);
+    takeOver();
+    g_held = false;
+  }
   errno = kept_errno;
 }
 
@@ -95,20 +141,25 @@ void setSignals(bool ours) {
 TerminalScreen::TerminalScreen() {
   g_has_keys = isatty(STDIN_FILENO) == 1 && tcgetattr(STDIN_FILENO, &g_line_mode) == 0;
   g_key_mode = g_line_mode;
-  // Keys arrive one by one, and Ctrl-S must not hold up the survey.
+  // Keys arrive one by one, and Ctrl-S must not hold up the picture.
   g_key_mode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
   g_key_mode.c_iflag &= ~static_cast<tcflag_t>(IXON);
   g_key_mode.c_cc[VMIN] = 0;
   g_key_mode.c_cc[VTIME] = 0;
+  g_terminal.open();
   takeOver();
-  setTidyBeforeExit(giveBack);
+  setTidyBeforeExit(leave);
   setSignals(true);
 }
 
 TerminalScreen::~TerminalScreen() {
+  TextOutput(stdout).waitForRoom();
   setSignals(false);
   setTidyBeforeExit(nullptr);
+  while (g_held.exchange(true)) poll(nullptr, 0, 1);  // until a handler on another thread is done
   giveBack();
+  g_terminal.close();
+  g_held = false;
 }
 
 WindowSize TerminalScreen::size() const {
@@ -120,14 +171,29 @@ WindowSize TerminalScreen::size() const {
 }
 
 void TerminalScreen::draw(const std::vector<std::string>& lines) {
+  const Hold hold;
   // It was continued in the background and may now be in the foreground.
-  if (!isInForeground()) return;
+  if (!hold || !isInForeground()) return;
   if (!g_taken) takeOver();
-  pollfd terminal = {STDOUT_FILENO, POLLOUT, 0};
-  if (poll(&terminal, 1, 0) != 1) return;
-  std::string frame;
-  for (size_t i = 0; i < lines.size(); ++i) frame += fmt::format("\x1b[{};1H{}", i + 1, lines[i]);
-  writeAll(frame);
+  if (!sendHeld()) return;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    unsent_ += fmt::format("\x1b[{};1H{}", i + 1, lines[i]);
+  }
+  sent_after_ = g_times_taken;
+  sendHeld();
+}
+
+bool TerminalScreen::sendRest() {
+  const Hold hold;
+  return hold && (!g_taken || !isInForeground() || sendHeld());
+}
+
+bool TerminalScreen::sendHeld() {
+  // The screen has been given back in between and is empty.
+  if (sent_after_ != g_times_taken) unsent_.clear();
+  if (!sendTakeOver()) return false;
+  unsent_.erase(0, g_terminal.send(unsent_));
+  return unsent_.empty();
 }
 
 std::optional<char> TerminalScreen::readKey() {
