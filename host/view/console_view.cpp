@@ -32,6 +32,11 @@ void ConsoleView::dwellDone(const SurveyProgress& progress) {
     warning(fmt::format("the receiver has lost samples {} times so far", progress.overflows));
   }
   overflows_ = progress.overflows;
+  if (progress.dropped_samples > dropped_samples_) {
+    warning(fmt::format("the survey is too slow for the receiver: {} samples left out so far",
+                        progress.dropped_samples));
+  }
+  dropped_samples_ = progress.dropped_samples;
 }
 
 void ConsoleView::tuned(const TuneRequest& request, double) {

@@ -32,7 +32,8 @@ class ConsoleView final : public SurveyView {
   TextOutput output_;
   TextOutput errors_;
   RefusalWords refusals_;
-  uint64_t overflows_ = 0;  ///< that the user has been told about
+  uint64_t overflows_ = 0;        ///< that the user has been told about
+  uint64_t dropped_samples_ = 0;  ///< likewise
 };
 
 }  // namespace pelagrim_host

@@ -7,9 +7,11 @@
 #include <string>
 #include <string_view>
 
+#include "host/text/counted_text.h"
 #include "host/text/quantity_text.h"
 #include "host/text/text_width.h"
 #include "host/view/panel_text.h"
+#include "host/view/run_pace.h"
 
 namespace pelagrim_host {
 namespace {
@@ -91,18 +93,36 @@ void addPass(Frame& frame, const LiveState& state) {
   addBar(frame, "Pass", (here + dwellPart(state)) / per_pass, text);
 }
 
-void addSamples(Frame& frame, const LiveState& state) {
+std::string heardText(const LiveState& state) {
   const SurveyProgress& progress = state.run.progress;
+  if (const auto pace = paceOf(progress, state.wall_seconds)) {
+    return paceText(*pace, progress.samples, progress.rate_hz);
+  }
   const double seconds = static_cast<double>(progress.samples) / progress.rate_hz;
   std::string text = fmt::format("{:.1f}", seconds);
   if (progress.wanted_seconds) text += fmt::format(" of {:g}", *progress.wanted_seconds);
   text += " s";
   if (state.wall_seconds > 0.0) text += fmt::format(", {:.3g}x", seconds / state.wall_seconds);
+  return text;
+}
+
+void addSamples(Frame& frame, const LiveState& state) {
+  constexpr double kLongStall = 1.0;  // seconds
+  const SurveyProgress& progress = state.run.progress;
   FrameLine line = frame.line();
-  line.add("Heard").padTo(kLabelColumns).add(text).add("   ");
-  const auto ink = progress.overflows > 0 ? Ink::kWarning : Ink::kPlain;
-  frame.add(line.add(
-      fmt::format("{} overflow{}", progress.overflows, progress.overflows == 1 ? "" : "s"), ink));
+  line.add("Heard").padTo(kLabelColumns).add(heardText(state)).add("   ");
+  if (progress.stalled_seconds >= kLongStall) {
+    line.add(fmt::format("no samples for {:.0f} s", std::floor(progress.stalled_seconds)),
+             Ink::kWarning);
+    line.add("   ");
+  }
+  if (progress.dropped_samples > 0) {
+    line.add(countedText(progress.dropped_samples, "sample") + " dropped", Ink::kWarning);
+    line.add("   ");
+  }
+  line.add(countedText(progress.overflows, "overflow"),
+           progress.overflows > 0 ? Ink::kWarning : Ink::kPlain);
+  frame.add(line);
 }
 
 void addPanelHeads(Frame& frame, const Panel& panel) {

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/view/run_pace.h"
 #include "host/view/tune_text.h"
 
 namespace pelagrim_host {
@@ -51,7 +52,8 @@ void JsonView::dwellDone(const SurveyProgress& progress) {
                           {"dwells_done", progress.dwells->dwells_done},
                           {"dwells_per_pass", progress.dwells->dwellsPerPass()},
                           {"samples", progress.samples},
-                          {"overflows", progress.overflows}}));
+                          {"overflows", progress.overflows},
+                          {"dropped_samples", progress.dropped_samples}}));
 }
 
 void JsonView::tuned(const TuneRequest& request, double centre_hz) {
@@ -60,6 +62,35 @@ void JsonView::tuned(const TuneRequest& request, double centre_hz) {
                {"answer", tuneAnswerText(request.answer)},
                {"centre_hz", centre_hz}};
   if (!request.why_refused.empty()) line["reason"] = request.why_refused;
+  output_.write(jsonLine(line));
+}
+
+std::optional<size_t> JsonView::wantsSnapshot() {
+  const auto now = Clock::now();
+  if (!begun_) {
+    begun_ = now;
+    next_progress_ = now + progress_interval_;
+  }
+  if (now < next_progress_) return std::nullopt;
+  next_progress_ = now + progress_interval_;
+  return 0;
+}
+
+void JsonView::snapshot(const SurveySnapshot& run) {
+  const SurveyProgress& progress = run.progress;
+  const std::chrono::duration<double> wall_time = Clock::now() - *begun_;
+  Json line = {{"event", "progress"},
+               {"unix_ms", progress.unix_ms},
+               {"centre_hz", progress.centre_hz},
+               {"samples", progress.samples},
+               {"overflows", progress.overflows},
+               {"dropped_samples", progress.dropped_samples},
+               {"stalled_seconds", progress.stalled_seconds}};
+  if (const auto pace = paceOf(progress, wall_time.count())) {
+    line["wanted_samples"] = pace->wanted_samples;
+    line["samples_per_second"] = pace->samples_per_second;
+    line["seconds_left"] = pace->seconds_left;
+  }
   output_.write(jsonLine(line));
 }
 
