@@ -20,6 +20,7 @@
 #include "host/survey_dir/results_watch.h"
 #include "host/survey_dir/survey_memory.h"
 #include "host/survey_dir/survey_place.h"
+#include "host/view/background_view.h"
 #include "host/view/console_view.h"
 #include "host/view/json_view.h"
 #include "host/view/live_view.h"
@@ -104,7 +105,10 @@ SurveyMemory memoryOf(const Options& options, const IqSource& source, const Star
 
 PreparedSurvey prepare(const Options& options) {
   SurveySetup setup = setUpSurvey(options);
-  auto view = makeView(options, setup.directory);
+  std::unique_ptr<SurveyView> view =
+      std::make_unique<BackgroundView>(makeView(options, setup.directory),
+                                       options.device.empty() ? BackgroundView::Overflowing::kWait
+                                                              : BackgroundView::Overflowing::kDrop);
   auto source = openSource(options, setup.inForce(),
                            [&view](const std::string& line) { view->warning(line); });
   fitToSource(setup, options, *source);
