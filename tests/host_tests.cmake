@@ -19,6 +19,7 @@ add_executable(host_test
   survey_dir/saved_survey_test.cpp
   survey_dir/survey_dir_test.cpp
   text/text_test.cpp
+  view/background_view_test.cpp
   view/view_test.cpp)
 if(PELAGRIM_SOAPY)
   target_sources(host_test PRIVATE sources/receiver_test.cpp)
