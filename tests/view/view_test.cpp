@@ -1,12 +1,17 @@
 // What a user and a script see: the live view's frames, the JSON lines, and a rescan.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <regex>
+#include <thread>
 
 #include "host/text/text_width.h"
+#include "host/view/console_view.h"
 #include "host/view/json_view.h"
 #include "host/view/live_frame.h"
+#include "host/view/live_view.h"
+#include "host/view/panel_text.h"
 #include "host/view/tune_text.h"
 
 namespace pelagrim_host {
@@ -90,6 +95,89 @@ TEST(LiveFrame, KeepsTheMostImportantRowsInSmallWindowsAndFillsLargeOnes) {
   EXPECT_TRUE(coloured({true, false}) && !coloured({false, false}));
 }
 
+TEST(LiveFrame, HasRoomForTheNewestMessagesAndBarsOfTheirLength) {
+  LiveState state{.source = {"band", 0, 0}, .run = {{}, panelOf(90)}};
+  for (int i = 0; i < 60; ++i) state.said.push_back({"line " + std::to_string(i) + "."});
+  state.run.progress = {.rate_hz = 1e6, .dwell_elapsed_seconds = 7.0};
+  state.dwell_length_seconds = 5.0;
+  const auto lines_in = [&](WindowSize window) {
+    const std::string text = frameText(composeFrame(state, window, {}));
+    std::vector<int> lines;
+    const std::regex line("line ([0-9]+)\\.");
+    for (std::sregex_iterator found(text.begin(), text.end(), line), end; found != end; ++found) {
+      lines.push_back(std::stoi((*found)[1]));
+    }
+    return lines;
+  };
+  EXPECT_EQ(lines_in({40, 24}), (std::vector{56, 57, 58, 59}));
+  EXPECT_EQ(lines_in({40, 15}), (std::vector{58, 59}));
+  const std::string text = frameText(composeFrame(state, {80, 24}, {}));
+  EXPECT_NE(text.find("Dwell  " + std::string(43, '#') + "  7.0 of 5 s"), std::string::npos)
+      << text;
+  EXPECT_NE(text.find("Ctrl-C end"), std::string::npos) << text;
+  state.run.panel = panelOf(3);
+  const auto beside = lines_in({120, 24});
+  ASSERT_GT(beside.size(), 10u);
+  EXPECT_EQ(beside.back(), 59);
+}
+
+TEST(LiveFrame, SaysHowARecordingGetsOnAndThatSamplesAreMissing) {
+  LiveState state{.source = {"band", 0, 0}, .wall_seconds = 2.0};
+  state.run.progress = {.rate_hz = 1e6, .samples = 3'000'000, .wanted_samples = 60'000'000};
+  const auto heard = [&] {
+    const std::string text = frameText(composeFrame(state, {120, 24}, {}));
+    const size_t begin = text.find("Heard  ") + 7;
+    return text.substr(begin, text.find("   ", text.find("overflow")) - begin);
+  };
+  SurveyProgress& progress = state.run.progress;
+  EXPECT_EQ(heard(), "3.0 of 60.0 s (5 %), 1.5 MS/s, 38 s left   0 overflows");
+  progress.wanted_seconds = 1e300;
+  progress.wanted_samples = 60'000'000'000;
+  EXPECT_EQ(heard(), "3.0 of 60000.0 s (0 %), 1.5 MS/s, 11.1 h left   0 overflows");
+  progress.wanted_seconds = 600.0;
+  EXPECT_EQ(heard(), "3.0 of 600.0 s (0 %), 1.5 MS/s, 7 min left   0 overflows");
+  progress = {.rate_hz = 1e6, .samples = 3'000'000, .overflows = 1, .dropped_samples = 2};
+  EXPECT_EQ(heard(), "3.0 s, 1.5x   2 samples dropped   1 overflow");
+  progress.stalled_seconds = 3.9;
+  EXPECT_EQ(heard(), "3.0 s, 1.5x   no samples for 3 s   2 samples dropped   1 overflow");
+  progress.stalled_seconds = 0.9;
+  EXPECT_EQ(heard(), "3.0 s, 1.5x   2 samples dropped   1 overflow");
+}
+
+TEST(LiveView, RepeatsTheLastLinesOnceItsScreenHasClosed) {
+  testing::internal::CaptureStdout();
+  LiveView view({}, {.rescan = {}, .end = {}, .dwell_length_seconds = {}});
+  while (!view.wantsSnapshot()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  for (int i = 0; i < 22; ++i) view.message(std::to_string(i));
+  view.finished({});
+  std::string expected = "(2 earlier lines left out)\n";
+  for (int i = 2; i < 22; ++i) expected += std::to_string(i) + "\n";
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
+}
+
+TEST(ConsoleView, TellsOfLossesOnceEach) {
+  testing::internal::CaptureStderr();
+  ConsoleView view(true);
+  for (const SurveyProgress& progress :
+       {SurveyProgress{}, SurveyProgress{.overflows = 1}, SurveyProgress{.overflows = 1},
+        SurveyProgress{.overflows = 3, .dropped_samples = 5},
+        SurveyProgress{.overflows = 3, .dropped_samples = 5}}) {
+    view.dwellDone(progress);
+  }
+  EXPECT_EQ(
+      testing::internal::GetCapturedStderr(),
+      "pelagrim-survey: the receiver has lost samples 1 times so far\n"
+      "pelagrim-survey: the receiver has lost samples 3 times so far\n"
+      "pelagrim-survey: the survey is too slow for the receiver: 5 samples left out so far\n");
+}
+
+TEST(PanelText, SetsNumbersRightAndTextLeft) {
+  Panel panel{"Pelagrim", {"Hits", "Kind"}, {}};
+  panel.rows.push_back({kRowPlain, {"5", "AM"}});
+  panel.rows.push_back({kRowPlain, {"1200.5", "7"}});
+  EXPECT_EQ(formatPanel(panel), "\n  Hits  Kind\n     5  AM\n1200.5  7\n");
+}
+
 TEST(RefusalWords, AreShownOnceUntilTheyChange) {
   RefusalWords words;
   EXPECT_EQ(words.news({145e6, kTuneRefused, "stuck"}), "tuning to 145.000 MHz: stuck");
@@ -100,11 +188,14 @@ TEST(RefusalWords, AreShownOnceUntilTheyChange) {
 
 TEST(JsonView, WritesOneObjectPerLineForEveryEventWhateverTheTextHolds) {
   std::FILE* const stream = std::tmpfile();
-  JsonView view(stream);
+  JsonView view(stream, std::chrono::milliseconds(0));
   view.opened({"caf\xE9.cu8", 433e6, 1e6});
   view.message("two\nlines \"quoted\"");
   view.dwellDone({.centre_hz = 433e6, .dwells = DwellCount{4, 3, true}});
   view.tuned({434e6, kTuneRefused, "stuck"}, 433e6);
+  EXPECT_EQ(view.wantsSnapshot(), 0u);
+  view.snapshot(
+      {{.samples = 3, .wanted_samples = 7, .dropped_samples = 5, .stalled_seconds = 2}, {}});
   view.finished(panelOf(2));
   std::rewind(stream);
   std::string events;
@@ -114,7 +205,7 @@ TEST(JsonView, WritesOneObjectPerLineForEveryEventWhateverTheTextHolds) {
         objects.emplace_back(nlohmann::json::parse(line)).at("event").get<std::string>() + " ";
   }
   std::fclose(stream);
-  ASSERT_EQ(events, "source message dwell tune panel ");
+  ASSERT_EQ(events, "source message dwell tune progress panel ");
   EXPECT_EQ(objects[1]["text"], "two\nlines \"quoted\"");
   EXPECT_EQ(objects[2]["dwells_done"], 4);
   EXPECT_EQ(objects[0]["name"], "caf\uFFFD.cu8");
@@ -123,10 +214,14 @@ TEST(JsonView, WritesOneObjectPerLineForEveryEventWhateverTheTextHolds) {
   EXPECT_EQ(objects[3]["asked_hz"], 434e6);
   EXPECT_EQ(objects[3]["centre_hz"], 433e6);
   EXPECT_EQ(objects[3]["reason"], "stuck");
-  EXPECT_EQ(objects[4]["columns"][1], "Guess");
-  EXPECT_EQ(objects[4]["rows"][0]["kind"], "summary");
-  EXPECT_EQ(objects[4]["rows"][1]["kind"], "warning");
-  EXPECT_EQ(objects[4]["rows"][2]["cells"][0], "0.5 MHz");
+  EXPECT_EQ(objects[4]["samples"], 3);
+  EXPECT_EQ(objects[4]["wanted_samples"], 7);
+  EXPECT_EQ(objects[4]["dropped_samples"], 5);
+  EXPECT_EQ(objects[4]["stalled_seconds"], 2);
+  EXPECT_EQ(objects[5]["columns"][1], "Guess");
+  EXPECT_EQ(objects[5]["rows"][0]["kind"], "summary");
+  EXPECT_EQ(objects[5]["rows"][1]["kind"], "warning");
+  EXPECT_EQ(objects[5]["rows"][2]["cells"][0], "0.5 MHz");
 }
 
 }  // namespace
