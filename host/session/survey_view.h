@@ -72,8 +72,8 @@ class SurveyView {
   /// The plug-in asked to tune. `centre_hz`: where the receiver is now.
   virtual void tuned(const TuneRequest& request, double centre_hz) = 0;
 
-  /// Asked after every block of samples: how many rows of the panel a snapshot should have now;
-  /// nothing for no snapshot.
+  /// Asked after every block of samples, and now and then while none come: how many rows of the
+  /// panel a snapshot should have now; nothing for no snapshot.
   virtual std::optional<size_t> wantsSnapshot() { return std::nullopt; }
 
   /// The snapshot that was asked for.

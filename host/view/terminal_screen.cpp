@@ -139,6 +139,7 @@ void setSignals(bool ours) {
 }  // namespace
 
 TerminalScreen::TerminalScreen() {
+  const Hold hold;
   g_has_keys = isatty(STDIN_FILENO) == 1 && tcgetattr(STDIN_FILENO, &g_line_mode) == 0;
   g_key_mode = g_line_mode;
   // Keys arrive one by one, and Ctrl-S must not hold up the picture.
