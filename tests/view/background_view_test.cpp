@@ -2,11 +2,13 @@
 #include "host/view/background_view.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -15,7 +17,9 @@
 #include <thread>
 #include <vector>
 
+#include "host/process/signals.h"
 #include "host/process/text_output.h"
+#include "host/view/console_view.h"
 
 namespace pelagrim_host {
 namespace {
@@ -183,6 +187,27 @@ TEST(BackgroundView, GoesOnAfterAFailureAndHasItReported) {
   } catch (const std::runtime_error& failure) {
     EXPECT_NE(std::string(failure.what()).find("no first"), std::string::npos) << failure.what();
   }
+}
+
+/// In a process of its own: shows more than an unread pipe holds, after a request to end.
+void showToNobody() {
+  int ends[2] = {};
+  if (pipe(ends) != 0 || dup2(ends[1], STDOUT_FILENO) < 0) std::_Exit(2);
+  requestStop();
+  {
+    BackgroundView view(std::make_unique<ConsoleView>(false), Overflowing::kWait, 1000);
+    for (int i = 0; i < 2000; ++i) view.message(std::string(100, 'x'));
+  }
+  try {
+    requireOutput();
+  } catch (const std::runtime_error&) {
+    std::_Exit(0);
+  }
+  std::_Exit(1);
+}
+
+TEST(BackgroundView, LetsACallerThatWaitsForRoomEndOnRequest) {
+  EXPECT_EXIT(showToNobody(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
