@@ -13,6 +13,7 @@ SurveyClock::SurveyClock(ClockPolicy policy, double rate_hz)
       start_unix_ms_(policy.startUnixMs().value_or(0)),
       rate_hz_(rate_hz) {
   followWall();
+  received_steady_ms_ = start_steady_ms_;
 }
 
 void SurveyClock::leapTo(int64_t unix_ms) {
@@ -30,7 +31,8 @@ uint64_t SurveyClock::samplesUntil(int64_t unix_ms) const {
 }
 
 int64_t SurveyClock::wallLeadMs() const {
-  return follows_samples_ ? 0 : clocks_.wall_ms() - nowMs();
+  if (follows_samples_) return 0;
+  return clocks_.wall_ms() - start_unix_ms_ - (clocks_.steady_ms() - start_steady_ms_);
 }
 
 void SurveyClock::followWall() {
@@ -47,7 +49,7 @@ int64_t SurveyClock::nowMs() const {
     now_ms += static_cast<int64_t>(static_cast<long double>(samples_) * 1000.0L /
                                    static_cast<long double>(rate_hz_));
   } else {
-    now_ms += clocks_.steady_ms() - start_steady_ms_;
+    now_ms += received_steady_ms_ - start_steady_ms_;
   }
   return now_ms == 0 ? 1 : now_ms;
 }

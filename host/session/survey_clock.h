@@ -38,9 +38,10 @@ class ClockPolicy {
   SystemClocks clocks_;
 };
 
-/// The clock that the plug-in reads. A live one starts at the wall clock's time and then runs
-/// evenly, for dwells would otherwise stop or end early where the wall clock is set. Not
-/// synchronised.
+/// The clock that the plug-in reads: the time of the samples that it is given, not of the moment,
+/// so that a backlog neither stretches nor shortens a dwell. A live one starts at the wall clock's
+/// time and then runs evenly, for dwells would otherwise stop or end early where the wall clock is
+/// set. Not synchronised.
 class SurveyClock {
  public:
   /// `rate_hz`: of the samples, positive.
@@ -51,6 +52,9 @@ class SurveyClock {
   /// Counts samples that are about to be delivered to the plug-in.
   void advance(size_t samples) { samples_ += samples; }
 
+  /// Sets a live clock to a time by the steady clock, at which samples were received.
+  void receivedAt(int64_t steady_ms) { received_steady_ms_ = steady_ms; }
+
   /// Jumps forward to unix_ms, over a gap in a recording. Never goes back; ignored for a live
   /// clock.
   void leapTo(int64_t unix_ms);
@@ -59,10 +63,11 @@ class SurveyClock {
   /// a clock that follows the samples.
   uint64_t samplesUntil(int64_t unix_ms) const;
 
-  /// How far the wall clock is ahead of a live one, milliseconds: it was set. Else 0.
+  /// How far the wall clock has gone ahead of the steady one since a live clock was set to it,
+  /// milliseconds: somebody set it. Else 0.
   int64_t wallLeadMs() const;
 
-  /// Sets a live clock to the wall clock's time.
+  /// Lets a live clock go by the wall clock as it is set now.
   void followWall();
 
   /// Unix time in whole milliseconds, truncated. It does not drift, because it is computed from the
@@ -74,6 +79,7 @@ class SurveyClock {
   bool follows_samples_;
   int64_t start_unix_ms_ = 0;    ///< where samples_ or the steady clock count from
   int64_t start_steady_ms_ = 0;  ///< the steady clock at start_unix_ms_
+  int64_t received_steady_ms_ = 0;
   double rate_hz_;
   uint64_t samples_ = 0;
 };

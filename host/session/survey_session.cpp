@@ -36,16 +36,27 @@ SurveySession::SurveySession(const PluginLibrary& plugin, IqSource& source, Cloc
                              SurveyView& view, const SessionSettings& settings)
     : iq_(plugin.iq()),
       host_client_(plugin.hostClient()),
-      source_(source),
       view_(view),
       settings_(settings),
       clock_(clock, source.sampleRateHz()),
-      services_(source_, clock_, settings.may_tune),
+      rate_hz_(source.sampleRateHz()),
+      layout_(source.layout()),
+      source_samples_(source.lengthSamples()),
+      // What a receiver that waits for us has sent before a tune would be thrown away.
+      may_read_ahead_(source.isLive() || !source.canTune()),
+      chunk_samples_(settings.block_samples > 0 ? settings.block_samples
+                                                : usualBlockSamples(source.sampleRateHz())),
       panel_(plugin.panel()),
-      buffer_(settings.block_samples > 0 ? settings.block_samples
-                                         : usualBlockSamples(source.sampleRateHz())),
       max_samples_(samplesOf(settings.duration_seconds, source.sampleRateHz())) {
-  if (host_client_ != nullptr) host_client_->attach(services_.table());
+  ChunkReader reader(source, chunk_samples_, clock.clocks().steady_ms);
+  begun_steady_ms_ = reader.settle();
+  told_centre_hz_ = source.centreHz();
+  feed_ = settings.has_reader_thread
+              ? feedWithReaderThread(std::move(reader), source.isLive(), settings.buffer_bytes,
+                                     settings.end_reading)
+              : feedOnThisThread(std::move(reader));
+  services_ = std::make_unique<HostServices>(*feed_, clock_, settings.may_tune);
+  if (host_client_ != nullptr) host_client_->attach(services_->table());
 }
 
 SurveySession::~SurveySession() {
@@ -54,7 +65,8 @@ SurveySession::~SurveySession() {
 
 SessionResult SurveySession::run(const std::function<bool()>& stop,
                                  const std::function<bool()>& rescan) {
-  begun_ = std::chrono::steady_clock::now();
+  begun_ = samples_came_ = std::chrono::steady_clock::now();
+  clock_.receivedAt(begun_steady_ms_);
   tell(start());
   if (settings_.passes && !dwells_) {
     iq_.destroy(handle_);
@@ -68,10 +80,13 @@ SessionResult SurveySession::run(const std::function<bool()>& stop,
   } catch (...) {
     failure = std::current_exception();  // whatever failed, the survey is saved first
   }
+  feed_->end();
   tell(end());
   view_.finished(panel_.read());
   if (failure) std::rethrow_exception(failure);
-  return {samples_, dwells_ ? std::optional(dwells_before_ + dwells_->dwells_done) : std::nullopt};
+  SessionResult result{samples_, feed_->droppedSamples(), damage_, std::nullopt};
+  if (dwells_) result.dwells_done = dwells_before_ + dwells_->dwells_done;
+  return result;
 }
 
 void SurveySession::play(const std::function<bool()>& stop, const std::function<bool()>& rescan) {
@@ -81,44 +96,81 @@ void SurveySession::play(const std::function<bool()>& stop, const std::function<
       dwells_before_ += dwells_ ? dwells_->dwells_done : 0;
       tell(start());
     }
-    const Block block = readBlock();
-    if (block.samples.empty()) break;
-    tell(feed(block));
+    const SampleChunk* const chunk = nextChunk();
+    if (chunk != nullptr && chunk->failure) std::rethrow_exception(chunk->failure);
+    if (chunk != nullptr && chunk->samples == 0) {
+      damage_ = chunk->damage;
+      break;
+    }
+    if (chunk != nullptr) tell(feed(nextBlock(*chunk)));
     showSnapshot();
     if (settings_.realtime) waitForSamples(stop);
   }
 }
 
-// ---- reading ------------------------------------------------------------------------------------
+// ---- samples ------------------------------------------------------------------------------------
 
-SurveySession::Block SurveySession::readBlock() {
-  Block block{{}, source_.centreHz(), source_.nextUnixMs()};
-  const auto room = std::span(buffer_).first(nextBlockSize(block.unix_ms));
-  block.samples = room.first(source_.read(room));
+/// The chunk that the next block is part of; null where no samples have come for a moment.
+const SampleChunk* SurveySession::nextChunk() {
+  const SampleChunk* chunk = feed_->front(readLimit());
+  const auto is_passed = [this](const SampleChunk& front) {
+    return front.samples > 0 && (taken_ == front.samples || front.tunes != tunes_);
+  };
+  while (chunk != nullptr && is_passed(*chunk)) {
+    feed_->release();
+    taken_ = 0;
+    chunk = feed_->front(readLimit());
+  }
+  return chunk;
+}
+
+SurveySession::Block SurveySession::nextBlock(const SampleChunk& chunk) {
+  Block block{{}, chunk.centre_hz, std::nullopt, chunk.begun_steady_ms, chunk.received_steady_ms};
+  if (taken_ == 0) block.unix_ms = chunk.unix_ms;
+  const uint64_t wanted = std::min(max_samples_ - samples_, leftInDwell(block.unix_ms));
+  const size_t count = std::min<uint64_t>(wanted, chunk.samples - taken_);
+  const std::byte* const bytes = chunk.bytes.data() + taken_ * layout_.sampleBytes();
+  if (layout_.isReady()) {
+    block.samples = {reinterpret_cast<const std::complex<float>*>(bytes), count};
+  } else {
+    floats_.resize(std::max(floats_.size(), count));
+    layout_.toFloats(bytes, count, floats_.data());
+    block.samples = std::span(floats_).first(count);
+  }
+  taken_ += count;
+  position_ = chunk.first_sample + taken_;
+  overflows_ = chunk.overflows;
+  samples_came_ = std::chrono::steady_clock::now();
   return block;
 }
 
-/// `unix_ms`: of its first sample, where that is known.
-size_t SurveySession::nextBlockSize(std::optional<int64_t> unix_ms) const {
-  uint64_t samples = std::min<uint64_t>(buffer_.size(), max_samples_ - samples_);
-  if (clock_.followsSamples() && dwell_length_ms_ > 0) {
-    SurveyClock clock = clock_;
-    if (unix_ms) clock.leapTo(*unix_ms);
-    const uint64_t left_in_dwell = clock.samplesUntil(dwell_begun_ms_ + dwell_length_ms_);
-    samples = std::min(samples, std::max<uint64_t>(left_in_dwell, 1));
+/// How many samples the dwell in progress still takes, at least 1, where the clock follows the
+/// samples. `unix_ms`: of the first of them, where that is known.
+uint64_t SurveySession::leftInDwell(std::optional<int64_t> unix_ms) const {
+  if (!clock_.followsSamples() || dwell_length_ms_ == 0) return kNoLimit;
+  SurveyClock clock = clock_;
+  if (unix_ms) clock.leapTo(*unix_ms);
+  return std::max<uint64_t>(clock.samplesUntil(dwell_begun_ms_ + dwell_length_ms_), 1);
+}
+
+/// How many samples may be read in all by now.
+uint64_t SurveySession::readLimit() const {
+  if (!clock_.followsSamples()) return kNoLimit;
+  uint64_t ahead = max_samples_ - samples_;
+  if (!may_read_ahead_) {
+    const bool knows_dwells = dwell_length_ms_ > 0;
+    ahead = std::min<uint64_t>(ahead, knows_dwells ? leftInDwell({}) : chunk_samples_);
   }
-  return static_cast<size_t>(samples);
+  return ahead < kNoLimit - position_ ? position_ + ahead : kNoLimit;
 }
 
 // ---- the plug-in --------------------------------------------------------------------------------
 
 SurveySession::News SurveySession::start() {
   if (settings_.before_start) settings_.before_start();
-  source_.settle();
-  told_centre_hz_ = source_.centreHz();
   clock_.followWall();
   told_clock_was_set_ = false;
-  handle_ = iq_.create(source_.sampleRateHz(), told_centre_hz_);
+  handle_ = iq_.create(rate_hz_, told_centre_hz_);
   beginDwell();
   if (settings_.dwell_length_ms) {
     dwell_length_ms_ = std::clamp<int64_t>(settings_.dwell_length_ms(), 0, kMaxDwellMs);
@@ -134,18 +186,22 @@ SurveySession::News SurveySession::feed(const Block& block) {
   };
   // A recording may continue later and at another centre.
   if (block.unix_ms) clock_.leapTo(*block.unix_ms);
-  if (block.centre_hz != told_centre_hz_) {
+  if (centre_to_tell_hz_ || block.centre_hz != told_centre_hz_) {
     warn(check_.judge());
+    clock_.receivedAt(block.begun_steady_ms);
     retune(block.centre_hz);
   }
   check_.take(block.samples, block.centre_hz);
   // The plug-in must see the clock at the end of the block.
   clock_.advance(block.samples.size());
+  clock_.receivedAt(block.received_steady_ms);
   samples_ += block.samples.size();
   const double looked_at_hz = told_centre_hz_;
   iq_.process(handle_, reinterpret_cast<const float*>(block.samples.data()), block.samples.size());
 
-  news.tune = services_.takeTuneRequest();
+  auto tuned = services_->takeTuneRequest();
+  const bool has_moved = tuned && tuned->request.answer == kTuneAccepted;
+  if (tuned) news.tune = std::move(tuned->request);
   news.messages = takeMessages();
   // Every evaluated dwell leaves a message, so without one there is nothing new to count.
   if (news.tune || !news.messages.empty()) news.dwell_done = countDwells(looked_at_hz);
@@ -157,19 +213,21 @@ SurveySession::News SurveySession::feed(const Block& block) {
       // The plug-in reads its dwell's start anew when it is told of a centre, the same one too.
       clock_.followWall();
       told_clock_was_set_ = false;
-      retune(told_centre_hz_);
+      if (!has_moved) retune(told_centre_hz_);
     }
   }
   if (dwell_is_over || check_.isDue()) warn(check_.judge());
-  if (news.tune && news.tune->answer == kTuneAccepted) {
-    source_.settle();
-    retune(source_.centreHz());
+  if (has_moved) {
+    ++tunes_;
+    position_ = tuned->outcome.next_sample;
+    centre_to_tell_hz_ = tuned->outcome.centre_hz;
   }
-  news.centre_hz = told_centre_hz_;
+  news.centre_hz = centreHz();
   return news;
 }
 
 SurveySession::News SurveySession::end() {
+  if (centre_to_tell_hz_) retune(*centre_to_tell_hz_);
   iq_.destroy(handle_);
   News news;
   news.messages = takeMessages();
@@ -198,6 +256,7 @@ std::optional<std::string> SurveySession::clockNews() {
 
 void SurveySession::retune(double centre_hz) {
   told_centre_hz_ = centre_hz;
+  centre_to_tell_hz_.reset();
   iq_.retune(handle_, centre_hz);
   beginDwell();
 }
@@ -228,15 +287,19 @@ bool SurveySession::passesAreDone() const {
 
 SurveyProgress SurveySession::progress() const {
   SurveyProgress progress;
-  progress.centre_hz = told_centre_hz_;
-  progress.rate_hz = source_.sampleRateHz();
+  progress.centre_hz = centreHz();
+  progress.rate_hz = rate_hz_;
   progress.unix_ms = clock_.nowMs();
   progress.samples = samples_;
-  progress.overflows = source_.overflows();
+  progress.overflows = overflows_;
+  progress.dropped_samples = feed_->droppedSamples();
+  const std::chrono::duration<double> stalled = std::chrono::steady_clock::now() - samples_came_;
+  progress.stalled_seconds = stalled.count();
   progress.dwell_elapsed_seconds = static_cast<double>(progress.unix_ms - dwell_begun_ms_) / 1000.0;
   progress.dwells = dwells_;
   progress.wanted_passes = settings_.passes;
   progress.wanted_seconds = settings_.duration_seconds;
+  progress.wanted_samples = source_samples_;
   return progress;
 }
 
@@ -263,7 +326,7 @@ void SurveySession::showSnapshot() {
 /// `stop`.
 void SurveySession::waitForSamples(const std::function<bool()>& stop) const {
   constexpr std::chrono::duration<double> kNap(0.1);
-  const std::chrono::duration<double> due(static_cast<double>(samples_) / source_.sampleRateHz());
+  const std::chrono::duration<double> due(static_cast<double>(samples_) / rate_hz_);
   while (!stop()) {
     const auto wait = due - (std::chrono::steady_clock::now() - begun_);
     if (wait.count() <= 0.0) return;

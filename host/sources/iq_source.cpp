@@ -5,6 +5,19 @@
 
 namespace pelagrim_host {
 
+size_t IqSource::readNative(std::span<std::byte> bytes) {
+  return read({reinterpret_cast<std::complex<float>*>(bytes.data()),
+               bytes.size() / sizeof(std::complex<float>)});
+}
+
+size_t IqSource::readConverted(std::span<std::complex<float>> block,
+                               std::vector<std::byte>& native) {
+  native.resize(block.size() * layout().sampleBytes());
+  const size_t samples = readNative(native);
+  layout().toFloats(native.data(), samples, block.data());
+  return samples;
+}
+
 uint64_t IqSource::skip(uint64_t samples) {
   std::vector<std::complex<float>> block(1 << 16);
   uint64_t skipped = 0;

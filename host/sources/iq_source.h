@@ -7,8 +7,10 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "host/sources/recording_facts.h"
+#include "host/sources/sample_format.h"
 #include "wendle_plugin.h"
 
 namespace pelagrim_host {
@@ -66,6 +68,13 @@ class IqSource {
   /// 0 at the end, else at least 1.
   virtual size_t read(std::span<std::complex<float>> block) = 0;
 
+  /// How the samples of readNative lie in memory, the same for the source's whole life.
+  virtual SampleLayout layout() const { return {}; }
+
+  /// Does what read does, but leaves the samples as the file or device has them. `bytes` has room
+  /// for a whole number of samples and is aligned for complex floats.
+  virtual size_t readNative(std::span<std::byte> bytes);
+
   /// Skips the next `samples` samples as if they had been read, and returns how many there were:
   /// fewer at the end.
   virtual uint64_t skip(uint64_t samples);
@@ -85,6 +94,10 @@ class IqSource {
   /// Drops the samples that were in flight at an accepted tune and waits for those from the new
   /// centre. For callers that want to wait before the new centre is reported.
   virtual void settle() {}
+
+ protected:
+  /// What read does, for sources that have samples of their own layout. `native`: room to use.
+  size_t readConverted(std::span<std::complex<float>> block, std::vector<std::byte>& native);
 };
 
 /// A source that cannot be opened or that fails while it is read.

@@ -38,21 +38,17 @@ RawRecording::RawRecording(const RecordingRequest& request)
   stream_ = openFileBytes(request.source, stop_);
 }
 
-size_t RawRecording::read(std::span<std::complex<float>> block) {
-  bytes_.resize(block.size() * format_->sampleBytes());
-  const size_t got = stream_->read(bytes_);
-  const size_t samples = got / format_->sampleBytes();
+size_t RawRecording::readNative(std::span<std::byte> bytes) {
+  const size_t got = stream_->read(bytes);
   const size_t left_over = got % format_->sampleBytes();
   taken_bytes_ += got;
-  if (got < bytes_.size() && !stop_()) {
+  if (got < bytes.size() && !stop_()) {
     if (left_over != 0) setLeftOver(left_over, format_->name);
     if (taken_bytes_ < stream_->size().value_or(0)) {
       setDamage("it became shorter while it was read; the samples before were surveyed");
     }
   }
-  // An array of complex numbers is an array of their parts.
-  format_->convert(bytes_.data(), 2 * samples, reinterpret_cast<float*>(block.data()));
-  return samples;
+  return got / format_->sampleBytes();
 }
 
 uint64_t RawRecording::skip(uint64_t samples) {

@@ -21,7 +21,11 @@ class RawRecording final : public Recording {
 
   /// All blocks but the last are full, however the bytes arrive, so a survey of a pipe is cut into
   /// dwells like one of a file. Waiting for a pipe ends when the request's `stop` says so.
-  size_t read(std::span<std::complex<float>> block) override;
+  size_t readNative(std::span<std::byte> bytes) override;
+  size_t read(std::span<std::complex<float>> block) override {
+    return readConverted(block, bytes_);
+  }
+  SampleLayout layout() const override { return {.format = format_}; }
   std::optional<uint64_t> lengthSamples() const override;
   uint64_t skip(uint64_t samples) override;
 

@@ -68,6 +68,25 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 9> kAliases 
 
 }  // namespace
 
+size_t SampleLayout::sampleBytes() const {
+  return format != nullptr ? format->sampleBytes() : sizeof(std::complex<float>);
+}
+
+bool SampleLayout::isReady() const {
+  return (format == nullptr || format->convert == convertFloating<float>) && scale == 1.0F;
+}
+
+void SampleLayout::toFloats(const std::byte* in, size_t samples, std::complex<float>* out) const {
+  auto* const components = reinterpret_cast<float*>(out);  // an array of parts, as it is defined
+  if (format != nullptr) {
+    format->convert(in, 2 * samples, components);
+  } else {
+    convertFloating<float>(in, 2 * samples, components);
+  }
+  if (scale == 1.0F) return;
+  std::for_each_n(components, 2 * samples, [this](float& component) { component *= scale; });
+}
+
 const SampleFormat* findSampleFormat(std::string_view name) {
   for (const SampleFormat& format : kFormats) {
     if (format.name == name) return &format;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <complex>
 #include <cstddef>
 #include <span>
 #include <string>
@@ -19,6 +20,20 @@ struct SampleFormat {
   void (*convert)(const std::byte* in, size_t count, float* out);
 
   size_t sampleBytes() const { return 2 * component_bytes; }
+};
+
+/// How the samples of a source lie in memory, and how they become complex floats.
+struct SampleLayout {
+  const SampleFormat* format = nullptr;  ///< null: complex floats
+  float scale = 1.0F;                    ///< brings full scale to 1.0 after the conversion
+
+  size_t sampleBytes() const;
+
+  /// Whether the samples can be used as they lie there.
+  bool isReady() const;
+
+  /// Converts `samples` samples (any alignment).
+  void toFloats(const std::byte* in, size_t samples, std::complex<float>* out) const;
 };
 
 /// The format with that name ("cs16"), or null.

@@ -117,22 +117,23 @@ std::optional<int64_t> SigmfRecording::nextUnixMs() const {
   return *segments_[segment_].start_unix_ms + static_cast<int64_t>(before_ms);
 }
 
-size_t SigmfRecording::read(std::span<std::complex<float>> block) {
+size_t SigmfRecording::readNative(std::span<std::byte> bytes) {
   if (segment_ == segments_.size()) return 0;
   const uint64_t first_byte =
       segments_[segment_].first_byte +
       (segments_[segment_].samples - left_in_segment_) * meta_.format->sampleBytes();
   position_bytes_ += data_->skip(first_byte - position_bytes_);
-  const auto wanted = static_cast<size_t>(std::min<uint64_t>(block.size(), left_in_segment_));
-  bytes_.resize(wanted * meta_.format->sampleBytes());
-  const size_t got = data_->read(bytes_);
+  const size_t sample_bytes = meta_.format->sampleBytes();
+  const auto wanted =
+      static_cast<size_t>(std::min<uint64_t>(bytes.size() / sample_bytes, left_in_segment_));
+  const auto taken = bytes.first(wanted * sample_bytes);
+  const size_t got = data_->read(taken);
   position_bytes_ += got;
-  const size_t samples = got / meta_.format->sampleBytes();
+  const size_t samples = got / sample_bytes;
   if (samples < wanted && !stop_()) {
     throw SourceError(fmt::format("{}: its samples end early: the file has changed", name()));
   }
-  if (meta_.big_endian) reverseComponents(bytes_, meta_.format->component_bytes);
-  meta_.format->convert(bytes_.data(), 2 * samples, reinterpret_cast<float*>(block.data()));
+  if (meta_.big_endian) reverseComponents(taken, meta_.format->component_bytes);
   left_in_segment_ -= samples;
   if (left_in_segment_ == 0) enterNextSegment();
   return samples;

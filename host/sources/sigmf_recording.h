@@ -24,7 +24,11 @@ class SigmfRecording final : public Recording {
   std::optional<RecordingFacts> facts() const override;
   std::optional<double> shortestStaySeconds() const override;
   std::optional<uint64_t> lengthSamples() const override;
-  size_t read(std::span<std::complex<float>> block) override;
+  size_t readNative(std::span<std::byte> bytes) override;
+  size_t read(std::span<std::complex<float>> block) override {
+    return readConverted(block, bytes_);
+  }
+  SampleLayout layout() const override { return {.format = meta_.format}; }
   uint64_t skip(uint64_t samples) override;
 
  private:

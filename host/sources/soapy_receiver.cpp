@@ -24,7 +24,11 @@ class SoapyReceiver final : public IqSource {
   bool isLive() const override { return true; }
   bool canTune() const override { return true; }
   uint64_t overflows() const override { return stream_->overflows(); }
-  size_t read(std::span<std::complex<float>> block) override;
+  SampleLayout layout() const override { return stream_->layout(); }
+  size_t readNative(std::span<std::byte> bytes) override;
+  size_t read(std::span<std::complex<float>> block) override {
+    return readConverted(block, native_);
+  }
   void settle() override;
   WendleTuneResult tune(double hz) override;
 
@@ -41,6 +45,7 @@ class SoapyReceiver final : public IqSource {
   double correction_ = 1.0;  ///< true frequency over the device's: what it cannot correct
   SoapySDR::RangeList tuning_ranges_;
   bool needs_settling_ = true;
+  std::vector<std::byte> native_;
 };
 
 SoapyReceiver::SoapyReceiver(const ReceiverConfig& config)
@@ -105,18 +110,20 @@ void SoapyReceiver::settle() {
   stream_->drain(static_cast<size_t>(rate_hz_));
   // The buffer that was being filled when the device moved holds samples from before.
   auto left = stream_->bufferSamples() + static_cast<size_t>(config_.settle_seconds * rate_hz_);
-  std::vector<std::complex<float>> dropped(stream_->bufferSamples());
+  const size_t sample_bytes = layout().sampleBytes();
+  std::vector<std::byte> dropped(stream_->bufferSamples() * sample_bytes);
   while (left > 0) {
-    const size_t got = stream_->read(std::span(dropped).first(std::min(left, dropped.size())));
+    const auto room = std::min(left * sample_bytes, dropped.size());
+    const size_t got = stream_->read(std::span(dropped).first(room));
     if (got == 0) return;
     left -= got;
   }
   needs_settling_ = false;
 }
 
-size_t SoapyReceiver::read(std::span<std::complex<float>> block) {
+size_t SoapyReceiver::readNative(std::span<std::byte> bytes) {
   settle();
-  return stream_->read(block);
+  return stream_->read(bytes);
 }
 
 }  // namespace

@@ -54,10 +54,11 @@ SoapyStream::Format SoapyStream::chooseFormat() const {
   const bool offers_floats =
       std::find(formats.begin(), formats.end(), SOAPY_SDR_CF32) != formats.end();
   if (native == SOAPY_SDR_CF32) {
-    return {SOAPY_SDR_CF32, nullptr, static_cast<float>(full_scale > 0.0 ? 1.0 / full_scale : 1.0)};
+    const double scale = full_scale > 0.0 ? 1.0 / full_scale : 1.0;
+    return {SOAPY_SDR_CF32, {.scale = static_cast<float>(scale)}};
   }
   // A driver that converts to floats scales them to 1.0 itself.
-  if (offers_floats || native.empty()) return {SOAPY_SDR_CF32, nullptr, 1.0F};
+  if (offers_floats || native.empty()) return {SOAPY_SDR_CF32, {}};
 
   const std::string name = lowerCase(native);
   const SampleFormat* const convert = findSampleFormat(name);
@@ -71,20 +72,19 @@ SoapyStream::Format SoapyStream::chooseFormat() const {
   const double bits = 8.0 * static_cast<double>(convert->component_bytes);
   const double converted_scale = is_floating ? 1.0 : std::exp2(bits - 1.0);
   const double scale = full_scale > 0.0 ? converted_scale / full_scale : 1.0;
-  return {native, convert, static_cast<float>(scale)};
+  return {native, {convert, static_cast<float>(scale)}};
 }
 
 /// One driver call: the number of samples, or one of SoapySDR's negative codes.
-int SoapyStream::readOnce(std::span<std::complex<float>> block, std::chrono::microseconds timeout) {
+int SoapyStream::readOnce(std::span<std::byte> bytes, std::chrono::microseconds timeout) {
   return attempt(config_, "the stream broke off", [&] {
-    const size_t wanted = std::min(block.size(), mtu_samples_);
+    const size_t sample_bytes = format_.layout.sampleBytes();
+    const size_t wanted = std::min(bytes.size() / sample_bytes, mtu_samples_);
     // Room for one transfer more, for a driver that delivers more than it is asked for.
-    const size_t sample_bytes =
-        format_.convert != nullptr ? format_.convert->sampleBytes() : sizeof(std::complex<float>);
-    raw_.resize(std::max(raw_.size(), (block.size() + mtu_samples_) * sample_bytes));
+    transfer_.resize(std::max(transfer_.size(), (wanted + mtu_samples_) * sample_bytes));
     int flags = 0;
     long long time_ns = 0;
-    const std::array<void*, 1> buffers = {raw_.data()};
+    const std::array<void*, 1> buffers = {transfer_.data()};
     const int got = device_.readStream(stream_.get(), buffers.data(), wanted, flags, time_ns,
                                        static_cast<long>(timeout.count()));
     if (got == SOAPY_SDR_OVERFLOW || (flags & SOAPY_SDR_END_ABRUPT) != 0) ++overflows_;
@@ -94,16 +94,7 @@ int SoapyStream::readOnce(std::span<std::complex<float>> block, std::chrono::mic
                                 "of the driver's",
                                 got, wanted));
     }
-    const auto components = 2 * static_cast<size_t>(got);
-    auto* const out = reinterpret_cast<float*>(block.data());
-    if (format_.convert != nullptr) {
-      format_.convert->convert(raw_.data(), components, out);
-    } else {
-      std::memcpy(out, raw_.data(), components * sizeof(float));
-    }
-    if (format_.scale != 1.0F) {
-      std::for_each_n(out, components, [this](float& component) { component *= format_.scale; });
-    }
+    std::memcpy(bytes.data(), transfer_.data(), static_cast<size_t>(got) * sample_bytes);
     return got;
   });
 }
@@ -113,11 +104,11 @@ SoapyStream::Clock::time_point SoapyStream::stallsAt() const {
                             std::chrono::duration<double>(config_.stall_timeout_seconds));
 }
 
-size_t SoapyStream::read(std::span<std::complex<float>> block) {
+size_t SoapyStream::read(std::span<std::byte> bytes) {
   constexpr std::chrono::milliseconds kPatience(100);
   const auto gives_up = stallsAt();
   while (!config_.stop()) {
-    const int got = readOnce(block, kPatience);
+    const int got = readOnce(bytes, kPatience);
     if (got > 0) return static_cast<size_t>(got);
     if (Clock::now() >= gives_up) {
       fail(config_, fmt::format("no samples for {:g} s ({}); check that the receiver is plugged in",
@@ -136,7 +127,7 @@ void SoapyStream::drain(size_t max_samples) {
   const bool says_how_many = buffers > 0 && buffers <= kMaxMtuSamples;
   size_t left = says_how_many ? buffers * mtu_samples_ : max_samples;
   const auto gives_up = stallsAt();
-  std::vector<std::complex<float>> dropped(mtu_samples_);
+  std::vector<std::byte> dropped(mtu_samples_ * format_.layout.sampleBytes());
   while (left > 0 && !config_.stop() && Clock::now() < gives_up) {
     const int got = readOnce(dropped, std::chrono::microseconds(0));
     if (got == SOAPY_SDR_OVERFLOW) continue;  // the samples after the gap may be waiting as well

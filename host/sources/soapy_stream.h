@@ -2,7 +2,6 @@
 
 #include <SoapySDR/Device.hpp>
 #include <chrono>
-#include <complex>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -31,8 +30,11 @@ class SoapyStream {
   /// How often the driver has dropped samples.
   uint64_t overflows() const { return overflows_; }
 
+  /// How the device's samples lie in memory.
+  const SampleLayout& layout() const { return format_.layout; }
+
   /// At least one sample; 0 if config.stop says so.
-  size_t read(std::span<std::complex<float>> block);
+  size_t read(std::span<std::byte> bytes);
 
   /// Drops what the driver has waiting: at most all its buffers, or `max_samples` if it does not
   /// say how many. Without a limit, a machine that is too slow would never find it empty, nor with
@@ -46,22 +48,20 @@ class SoapyStream {
     SoapySDR::Device* device;
     void operator()(SoapySDR::Stream* stream) const noexcept;
   };
-  /// How the stream's samples become floats.
   struct Format {
-    std::string name;             ///< as SoapySDR spells it
-    const SampleFormat* convert;  ///< null: complex floats
-    float scale;                  ///< brings the device's full scale to 1.0 after the conversion
+    std::string name;  ///< as SoapySDR spells it
+    SampleLayout layout;
   };
 
   Format chooseFormat() const;
-  int readOnce(std::span<std::complex<float>> block, std::chrono::microseconds timeout);
+  int readOnce(std::span<std::byte> bytes, std::chrono::microseconds timeout);
   Clock::time_point stallsAt() const;
 
   SoapySDR::Device& device_;
   const ReceiverConfig& config_;
   Format format_;
   std::unique_ptr<SoapySDR::Stream, CloseStream> stream_;
-  std::vector<std::byte> raw_;  ///< as the driver delivers them
+  std::vector<std::byte> transfer_;  ///< with room for more than was asked for
   size_t mtu_samples_ = 0;
   uint64_t overflows_ = 0;
 };

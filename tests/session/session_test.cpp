@@ -22,12 +22,15 @@
 namespace pelagrim_host {
 namespace {
 
+bool g_has_reader_thread = false;
+
 /// 100 samples per second, each holding the centre that it comes from. Answers to tune as told to,
 /// throwing on kTuneRefused.
 class ScriptedSource : public IqSource {
  public:
   std::string name() const override { return "script"; }
   double sampleRateHz() const override { return rate_hz; }
+  bool canTune() const override { return true; }
   uint64_t overflows() const override { return read_ / 10; }
   void settle() override { ++settled; }
   double centreHz() const override { return read_ >= jumps_at ? 777.0 : centre_hz_; }
@@ -96,6 +99,16 @@ struct Recorder : SurveyView {
   SessionResult result;
 };
 
+/// Samples are read on a thread of its own, or not.
+class HostSession : public testing::TestWithParam<bool> {
+ protected:
+  void SetUp() override { g_has_reader_thread = GetParam(); }
+  void TearDown() override { g_has_reader_thread = false; }
+};
+INSTANTIATE_TEST_SUITE_P(, HostSession, testing::Bool(), [](const auto& has_reader_thread) {
+  return has_reader_thread.param ? "WithAReaderThread" : "OnOneThread";
+});
+
 /// Runs `source` through a plug-in; returns what the fake one recorded after attach.
 std::string runThrough(
     const char* plugin_path, ScriptedSource& source, Recorder& view, SessionSettings settings,
@@ -104,6 +117,7 @@ std::string runThrough(
   const PluginLibrary plugin(plugin_path);
   {
     settings.may_tune = may_tune;
+    settings.has_reader_thread = g_has_reader_thread;
     SurveySession session(plugin, source, clock, view, settings);
     try {
       view.result = session.run([] { return false; }, rescan);
@@ -119,7 +133,7 @@ std::string runThrough(
   return text;
 }
 
-TEST(HostSession, ReportsAnAcceptedTuneAfterTheCallAndBeforeTheNextBlock) {
+TEST_P(HostSession, ReportsAnAcceptedTuneAfterTheCallAndBeforeTheNextBlock) {
   ScriptedSource source;
   source.length = 45;
   source.answers = {kTuneAccepted, kTuneOutOfRange, kTuneRefused};
@@ -131,7 +145,7 @@ TEST(HostSession, ReportsAnAcceptedTuneAfterTheCallAndBeforeTheNextBlock) {
   EXPECT_EQ(source.settled, 2u);  // at the start and when it moved
 }
 
-TEST(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
+TEST_P(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
   ScriptedSource moving;  // a recording that continues elsewhere and later, cut short
   moving.jumps_at = moving.resumes_at = 10;
   moving.resumes_ms = 60000;
@@ -153,7 +167,7 @@ TEST(HostSession, EndsInOrderHoweverTheSourceAndTheUserBehave) {
   EXPECT_THROW(runThrough(FAKE_PLUGIN_PATH, passes, view, {.passes = 1}), PluginError);
 }
 
-TEST(HostSession, SavesAndStartsAfreshOnARescan) {
+TEST_P(HostSession, SavesAndStartsAfreshOnARescan) {
   ScriptedSource source;
   source.length = 30;
   Recorder view;
@@ -164,7 +178,7 @@ TEST(HostSession, SavesAndStartsAfreshOnARescan) {
             "process 10 from 50 at 1200\ntune -1\nprocess 10 from 50 at 1300\ndestroy\ndetach\n");
 }
 
-TEST(HostSession, CountsDwellsWhereTheyWereLookedAtUntilThePassesAreDone) {
+TEST_P(HostSession, CountsDwellsWhereTheyWereLookedAtUntilThePassesAreDone) {
   const auto dwellsOf = [](const char* panel, SessionSettings settings, Recorder& view,
                            int rescan_at = 0) {
     setenv("FAKE_PLUGIN_PANEL", panel, 1);
@@ -201,7 +215,7 @@ TEST(HostSession, CountsDwellsWhereTheyWereLookedAtUntilThePassesAreDone) {
   EXPECT_EQ(rows[1000].cells.size(), 5u);
 }
 
-TEST(HostSession, KeepsThePaceOfTheReceiverWhereThatIsWanted) {
+TEST_P(HostSession, KeepsThePaceOfTheReceiverWhereThatIsWanted) {
   ScriptedSource source;
   source.length = 20;
   Recorder view;
@@ -231,7 +245,7 @@ TEST(SurveyClock, OfALiveReceiverStartsAtTheTimeOnTheWallAndRunsEvenly) {
   EXPECT_LE(of_the_system.nowMs(), wallClockMs() + 1);
 }
 
-TEST(HostSession, GoesOnWhileTheSystemsClockIsSetAndFollowsItFromTheNextDwellOn) {
+TEST(SurveyClock, GoesOnWhileTheSystemsClockIsSetAndFollowsItFromTheNextDwellOn) {
   static int64_t wall_ms, steady_ms;
   wall_ms = 10'000'000, steady_ms = 70'000;
   const SystemClocks clocks{[] { return wall_ms + steady_ms; }, [] { return steady_ms; }};
@@ -302,7 +316,7 @@ TEST(SampleCheck, NamesEachFaultOnceForACentreAndNoneOfSoundSamples) {
   }
 }
 
-TEST(HostSession, EndsEveryDwellOnItsMillisecondWhereTheClockFollowsTheSamples) {
+TEST_P(HostSession, EndsEveryDwellOnItsMillisecondWhereTheClockFollowsTheSamples) {
   const TemporaryDir dir;
   setenv("ORVANE_SURVEY_DIR", dir.path().c_str(), 1);
   dir.write("survey.cfg", "sweep = no\n");
@@ -343,7 +357,7 @@ TEST(HostSession, EndsEveryDwellOnItsMillisecondWhereTheClockFollowsTheSamples) 
   }
 }
 
-TEST(HostSession, ShowsRefusalAndRecoveryOfTheRealPlugin) {
+TEST_P(HostSession, ShowsRefusalAndRecoveryOfTheRealPlugin) {
   const TemporaryDir dir;
   setenv("ORVANE_SURVEY_DIR", dir.path().c_str(), 1);
   dir.write("survey.cfg", "start = 0\nstop = 250\ndwell_seconds = 20\n");

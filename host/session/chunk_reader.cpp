@@ -1,0 +1,89 @@
+#include "host/session/chunk_reader.h"
+
+#include <algorithm>
+#include <span>
+#include <utility>
+
+namespace pelagrim_host {
+namespace {
+
+// Samples of a receiver are not kept waiting for longer than this: dwells end by the clock.
+constexpr int64_t kMaxFillMs = 50;
+
+}  // namespace
+
+ChunkReader::ChunkReader(IqSource& source, size_t chunk_samples, int64_t (*steady_ms)())
+    : source_(source),
+      chunk_samples_(chunk_samples),
+      sample_bytes_(source.layout().sampleBytes()),
+      is_live_(source.isLive()),
+      steady_ms_(steady_ms) {}
+
+int64_t ChunkReader::settle() {
+  if (needs_settling_) {
+    source_.settle();
+    needs_settling_ = false;
+    last_received_ms_ = steady_ms_();
+  }
+  return last_received_ms_;
+}
+
+void ChunkReader::fill(SampleChunk& chunk, uint64_t max_samples,
+                       const std::function<bool()>& hurry) {
+  chunk.samples = 0;
+  chunk.first_sample = next_sample_;
+  chunk.tunes = tunes_;
+  chunk.failure = nullptr;
+  chunk.damage.reset();
+  try {
+    if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
+    settle();
+    chunk.centre_hz = source_.centreHz();
+    chunk.unix_ms = source_.nextUnixMs();
+    chunk.bytes.resize(chunkBytes());
+    chunk.begun_steady_ms = last_received_ms_;
+    readInto(chunk, std::min<uint64_t>(max_samples, chunk_samples_), hurry);
+    if (chunk.samples == 0) chunk.damage = source_.damage();
+  } catch (...) {
+    // What was read before the failure is delivered first.
+    (chunk.samples > 0 ? failure_ : chunk.failure) = std::current_exception();
+  }
+  chunk.overflows = source_.overflows();
+  chunk.received_steady_ms = last_received_ms_ = steady_ms_();
+  next_sample_ += chunk.samples;
+}
+
+void ChunkReader::readInto(SampleChunk& chunk, uint64_t max_samples,
+                           const std::function<bool()>& hurry) {
+  const auto room = std::span(chunk.bytes).first(max_samples * sample_bytes_);
+  chunk.samples = source_.readNative(room);
+  // A recording fills its chunks by itself, as far as its centre and its times allow.
+  while (is_live_ && chunk.samples > 0 && chunk.samples < max_samples && !hurry() &&
+         steady_ms_() - chunk.begun_steady_ms < kMaxFillMs) {
+    const size_t more = source_.readNative(room.subspan(chunk.samples * sample_bytes_));
+    if (more == 0) break;
+    chunk.samples += more;
+  }
+}
+
+TuneOutcome ChunkReader::tune(double hz) noexcept {
+  TuneOutcome outcome;
+  try {
+    outcome.answer = source_.tune(hz);
+  } catch (const std::exception& failure) {
+    outcome.answer = kTuneRefused;
+    outcome.why_refused = failure.what();
+  } catch (...) {
+    outcome.answer = kTuneRefused;
+    outcome.why_refused = "the receiver failed without saying why";
+  }
+  if (outcome.answer == kTuneAccepted) {
+    ++tunes_;
+    needs_settling_ = true;
+  }
+  outcome.centre_hz = source_.centreHz();
+  outcome.next_sample = next_sample_;
+  return outcome;
+}
+
+}  // namespace pelagrim_host
