@@ -9,7 +9,6 @@
 #include <cstring>
 #include <utility>
 
-#include "host/process/signals.h"
 #include "host/process/usage_error.h"
 #include "host/session/survey_clock.h"
 #include "host/sources/offset_tuned_source.h"
@@ -24,11 +23,16 @@ namespace {
 constexpr double kSimulatedRateHz = 1e6;
 constexpr double kLiveRateHz = 2.4e6;  // most receivers can do it, and it suits a survey
 
+constexpr double kReceiverStallSeconds = 5.0;
+
 constexpr const char* kCommandLine = "the command line";
 
-RecordingRequest recordingAsked(const Options& options) {
-  RecordingRequest request{
-      .source = options.source, .told = {}, .verify = options.verify, .stop = stopRequested};
+RecordingRequest recordingAsked(const Options& options, const StopFunction& stop) {
+  RecordingRequest request{.source = options.source,
+                           .told = {},
+                           .verify = options.verify,
+                           .stop = stop,
+                           .stall_seconds = options.stall_timeout_seconds};
   RecordingFacts& told = request.told;
   if (!options.format.empty()) told.format = {options.format, kCommandLine};
   if (options.sample_rate_hz) told.rate_hz = {*options.sample_rate_hz, kCommandLine};
@@ -58,32 +62,37 @@ std::unique_ptr<IqSource> openSimulatedBand(const Options& options,
       options.verify) {
     throw UsageError("--format, --loop, --offset and --verify are for a recording; name one");
   }
+  if (options.stall_timeout_seconds) {
+    throw UsageError("--stall-timeout is for a receiver or a pipe; the simulated band never waits");
+  }
   refuseBandElsewhere(options, settings);
   return std::make_unique<SimulatedBand>(simulatedBandConfig(options, settings));
 }
 
 /// A live receiver starts where a sweep does, else in the middle of the band, unless told
 /// otherwise.
-std::unique_ptr<IqSource> openLive(const Options& options, const pelagrim::Settings& settings) {
+std::unique_ptr<IqSource> openLive(const Options& options, const pelagrim::Settings& settings,
+                                   const StopFunction& stop) {
   const double rate_hz = options.sample_rate_hz.value_or(kLiveRateHz);
   const double first_centre_hz = settings.sweep ? settings.start_hz + 0.5 * rate_hz
                                                 : 0.5 * (settings.start_hz + settings.stop_hz);
-  return openReceiver({.device = options.device,
-                       .sample_rate_hz = rate_hz,
-                       .centre_hz = options.frequency_hz.value_or(first_centre_hz),
-                       .gain = options.gain,
-                       .antenna = options.antenna,
-                       .ppm = options.ppm,
-                       .bandwidth_hz = options.bandwidth_hz,
-                       .settle_seconds = options.settle_seconds,
-                       .stall_timeout_seconds = options.stall_timeout_seconds,
-                       .stop = stopRequested});
+  return openReceiver(
+      {.device = options.device,
+       .sample_rate_hz = rate_hz,
+       .centre_hz = options.frequency_hz.value_or(first_centre_hz),
+       .gain = options.gain,
+       .antenna = options.antenna,
+       .ppm = options.ppm,
+       .bandwidth_hz = options.bandwidth_hz,
+       .settle_seconds = options.settle_seconds,
+       .stall_timeout_seconds = options.stall_timeout_seconds.value_or(kReceiverStallSeconds),
+       .stop = stop});
 }
 
 std::unique_ptr<IqSource> openTunable(const Options& options, const pelagrim::Settings& settings,
-                                      const RemarkSink& remark) {
-  auto source =
-      options.isSimulated() ? openSimulatedBand(options, settings) : openLive(options, settings);
+                                      const RemarkSink& remark, const StopFunction& stop) {
+  auto source = options.isSimulated() ? openSimulatedBand(options, settings)
+                                      : openLive(options, settings, stop);
   if (options.lo_offset_hz == 0.0) return source;
   const bool is_above = options.lo_offset_hz > 0.0;
   remark(fmt::format(
@@ -128,25 +137,25 @@ SimulatedBandConfig simulatedBandConfig(const Options& options,
 }
 
 std::unique_ptr<IqSource> openSource(const Options& options, const pelagrim::Settings& settings,
-                                     const RemarkSink& remark) {
-  if (options.source.empty()) return openTunable(options, settings, remark);
+                                     const RemarkSink& remark, const StopFunction& stop) {
+  if (options.source.empty()) return openTunable(options, settings, remark, stop);
   if (!isStandardInput(options)) requireRecording(options.source);
   if (options.lo_offset_hz != 0.0) {
     throw UsageError("--lo-offset: a recording cannot be tuned; leave the option out");
   }
   if (options.plays == 1 && options.offset_seconds == 0.0)
-    return openRecording(recordingAsked(options), remark);
+    return openRecording(recordingAsked(options, stop), remark);
   if (options.plays != 1 && isStandardInput(options)) {
     throw UsageError("--loop: standard input cannot be played again; name a file");
   }
   return std::make_unique<ReplayedSource>(
-      [request = recordingAsked(options), remark = RemarkSink(remark)]() mutable {
+      [request = recordingAsked(options, stop), remark = RemarkSink(remark)]() mutable {
         auto source = openRecording(request, remark);
         request.verify = false;  // once is enough, for remarks as well
         remark = [](const std::string&) {};
         return source;
       },
-      options.plays, options.offset_seconds, stopRequested);
+      options.plays, options.offset_seconds, stop);
 }
 
 StartTime startTime(const Options& options, const IqSource& source) {

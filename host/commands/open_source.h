@@ -20,9 +20,9 @@ SimulatedBandConfig simulatedBandConfig(const Options& options, const pelagrim::
 
 /// Opens what the command line names. Throws UsageError if the command line has to say more,
 /// SourceError if the source cannot be opened. `remark` gets lines about it for the user, before
-/// this returns.
+/// this returns; `stop` makes everything return that waits for samples, now and later.
 std::unique_ptr<IqSource> openSource(const Options& options, const pelagrim::Settings& settings,
-                                     const RemarkSink& remark);
+                                     const RemarkSink& remark, const StopFunction& stop);
 
 /// When the source's first sample was received: from the command line, else from the source, else
 /// from a recording's length and its file's time stamp, else now.

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -39,6 +40,8 @@ constexpr uint32_t kSimulatedPasses = 2;
 struct PreparedSurvey {
   SurveySetup setup;
   std::unique_ptr<SurveyView> view;
+  /// Set when the survey needs no more samples, so that the source does not wait for any.
+  std::shared_ptr<std::atomic<bool>> reading_is_over;
   std::unique_ptr<IqSource> source;
   StartTime start;
   std::unique_ptr<ClaimedDirectory> directory;
@@ -80,6 +83,16 @@ std::unique_ptr<SurveyView> makeView(const Options& options,
                                   double rate_hz) { return slicesSwept(settings(), rate_hz); }});
 }
 
+/// The view on a thread of its own, unless everything has to be done on one.
+std::unique_ptr<SurveyView> viewInTheBackground(const Options& options,
+                                                std::unique_ptr<SurveyView> view) {
+  if (options.threads == 1) return view;
+  const bool is_live = !options.device.empty();
+  return std::make_unique<BackgroundView>(std::move(view),
+                                          is_live ? BackgroundView::Overflowing::kDrop
+                                                  : BackgroundView::Overflowing::kWait);
+}
+
 /// What the directory will remember about this run.
 SurveyMemory memoryOf(const Options& options, const IqSource& source, const StartTime& start) {
   SurveyMemory memory{.kind = SourceKind::kRecording,
@@ -105,12 +118,11 @@ SurveyMemory memoryOf(const Options& options, const IqSource& source, const Star
 
 PreparedSurvey prepare(const Options& options) {
   SurveySetup setup = setUpSurvey(options);
-  std::unique_ptr<SurveyView> view =
-      std::make_unique<BackgroundView>(makeView(options, setup.directory),
-                                       options.device.empty() ? BackgroundView::Overflowing::kWait
-                                                              : BackgroundView::Overflowing::kDrop);
-  auto source = openSource(options, setup.inForce(),
-                           [&view](const std::string& line) { view->warning(line); });
+  auto view = viewInTheBackground(options, makeView(options, setup.directory));
+  auto reading_is_over = std::make_shared<std::atomic<bool>>(false);
+  auto source = openSource(
+      options, setup.inForce(), [&view](const std::string& line) { view->warning(line); },
+      [reading_is_over] { return stopRequested() || *reading_is_over; });
   fitToSource(setup, options, *source);
   const StartTime start = startTime(options, *source);
   view->opened({source->name(), source->centreHz(), source->sampleRateHz()});
@@ -120,8 +132,9 @@ PreparedSurvey prepare(const Options& options) {
   if (const auto mismatch = bandMismatch(setup.inForce(), *source)) view->warning(*mismatch);
   const auto dwell_mismatch = dwellMismatch(setup.inForce(), *source);
   if (dwell_mismatch) view->warning(*dwell_mismatch);
-  return {std::move(setup),     std::move(view), std::move(source), start,
-          std::move(directory), dwell_mismatch};
+  return {std::move(setup),  std::move(view), std::move(reading_is_over),
+          std::move(source), start,           std::move(directory),
+          dwell_mismatch};
 }
 
 SessionSettings sessionSettings(const Options& options, PreparedSurvey& survey,
@@ -132,6 +145,9 @@ SessionSettings sessionSettings(const Options& options, PreparedSurvey& survey,
   session.passes = options.passes;
   session.duration_seconds = options.duration_seconds;
   session.realtime = options.realtime;
+  session.has_reader_thread = options.threads > 1;
+  session.buffer_bytes = options.buffer_mib << 20U;
+  session.end_reading = [over = survey.reading_is_over] { *over = true; };
   session.dwell_length_ms = [settings = settingsIn(survey.setup.directory)] {
     return pelagrim::dwellLengthMs(settings().dwell_seconds);
   };
@@ -176,6 +192,13 @@ void sumUp(const PreparedSurvey& survey, const SessionResult& result, const Resu
                     "--sample-rate",
                     lost));
   }
+  if (result.dropped_samples > 0) {
+    view.warning(fmt::format(
+        "the survey could not keep up and dropped {} samples ({:.1f} s); lower --sample-rate or "
+        "give it more --buffer",
+        result.dropped_samples,
+        static_cast<double>(result.dropped_samples) / source.sampleRateHz()));
+  }
   if (stopRequested()) view.note("stopped on request");
   if (result.samples == 0 && !stopRequested()) {
     throw SourceError(
@@ -189,7 +212,7 @@ void sumUp(const PreparedSurvey& survey, const SessionResult& result, const Resu
   } else {
     throw std::runtime_error(results.advice());
   }
-  if (const auto damage = source.damage()) throw SourceError(*damage);
+  if (result.damage) throw SourceError(*result.damage);
 }
 
 }  // namespace

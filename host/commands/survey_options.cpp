@@ -196,9 +196,9 @@ void addReceiverOptions(CLI::App& app, CommandLine& line) {
       ->needs(device);
   addParsed(app, "--stall-timeout", parsePositiveSeconds, options.stall_timeout_seconds,
             "a time in seconds such as 5",
-            "How long without samples before the receiver counts as gone (usually 5)")
-      ->type_name("SECONDS")
-      ->needs(device);
+            "How long without samples before the receiver counts as gone (usually 5),\n"
+            "or a pipe (usually never)")
+      ->type_name("SECONDS");
 }
 
 void addSurveyOptions(CLI::App& app, CommandLine& line) {
@@ -240,6 +240,8 @@ void addSurveyOptions(CLI::App& app, CommandLine& line) {
 void addRunOptions(CLI::App& app, CommandLine& line) {
   Options& options = line.options;
   constexpr uint32_t kMaxBlockSamples = 1 << 24;
+  constexpr uint32_t kMaxThreads = 64;
+  constexpr size_t kMaxBufferMib = 65536;
   addParsed(app, "--passes", countBetween<uint32_t>(1, UINT32_MAX), options.passes,
             "a whole number from 1 on", "End after N passes over the band")
       ->type_name("N");
@@ -254,6 +256,16 @@ void addRunOptions(CLI::App& app, CommandLine& line) {
             "a whole number from 1 to 16777216",
             "Samples to pass to the plug-in at once, at most (usually a\ntwentieth of a second)")
       ->type_name("N");
+  addParsed(app, "--threads", countBetween<uint32_t>(1, kMaxThreads), options.threads,
+            "a whole number from 1 to 64",
+            "1 does everything on one thread, for jobs that fill the processor's\n"
+            "cores themselves; else reading and showing have their own")
+      ->type_name("N");
+  addParsed(app, "--buffer", countBetween<size_t>(1, kMaxBufferMib), options.buffer_mib,
+            "a size in MiB from 1 to 65536",
+            "Memory for a receiver's samples that wait to be surveyed (usually 256)")
+      ->type_name("MIB")
+      ->needs(app.get_option("--device"));
   auto* const quiet = app.add_flag("--quiet", options.quiet, "Show only errors and warnings");
   app.add_flag("--json", options.json, "Write one JSON object per line")->excludes(quiet);
 }

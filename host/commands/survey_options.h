@@ -33,7 +33,9 @@ struct Options {
   std::optional<double> bandwidth_hz;
   double lo_offset_hz = 0.0;
   double settle_seconds = 0.05;
-  double stall_timeout_seconds = 5.0;
+
+  /// How long to wait for samples; unset: 5 s for a receiver, for ever for a pipe.
+  std::optional<double> stall_timeout_seconds;
 
   // Where and how to survey; written into survey.cfg.
   std::string survey_dir;  ///< empty: chosen by the source
@@ -52,6 +54,8 @@ struct Options {
   bool quiet = false;
   bool json = false;
   uint32_t block_samples = 0;  ///< 0: the usual
+  uint32_t threads = 3;        ///< 1: reads, surveys and shows by turns
+  size_t buffer_mib = 256;     ///< of samples read and not surveyed
 
   // The program.
   std::string plugin;  ///< empty: where it usually is

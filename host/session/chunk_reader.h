@@ -14,9 +14,9 @@ namespace pelagrim_host {
 /// What became of a request to tune.
 struct TuneOutcome {
   WendleTuneResult answer = kTuneNoRadio;
-  std::string why_refused{};   ///< if the source failed: in its words
-  double centre_hz = 0.0;      ///< where the source is now
-  uint64_t next_sample = 0;    ///< the number of the first one that comes from there
+  std::string why_refused{};  ///< if the source failed: in its words
+  double centre_hz = 0.0;     ///< where the source is now
+  uint64_t next_sample = 0;   ///< the number of the first one that comes from there
 };
 
 /// Fills chunks from a source. After this nobody else reads or tunes the source as long as the

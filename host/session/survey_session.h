@@ -131,17 +131,17 @@ class SurveySession {
   PanelReader panel_;
 
   void* handle_ = nullptr;
-  size_t taken_ = 0;                           ///< samples of the chunk at the front of the feed
-  uint64_t position_ = 0;                      ///< number of the next sample to take
-  uint32_t tunes_ = 0;                         ///< accepted
-  std::vector<std::complex<float>> floats_;    ///< one block, converted
+  size_t taken_ = 0;                         ///< samples of the chunk at the front of the feed
+  uint64_t position_ = 0;                    ///< number of the next sample to take
+  uint32_t tunes_ = 0;                       ///< accepted
+  std::vector<std::complex<float>> floats_;  ///< one block, converted
   uint64_t max_samples_;
-  uint64_t samples_ = 0;                       ///< delivered
+  uint64_t samples_ = 0;  ///< delivered
   uint64_t overflows_ = 0;
   std::optional<std::string> damage_;
   std::chrono::steady_clock::time_point begun_;
   std::chrono::steady_clock::time_point samples_came_;  ///< the last ones
-  double told_centre_hz_ = 0.0;  ///< the centre that the plug-in was last told
+  double told_centre_hz_ = 0.0;              ///< the centre that the plug-in was last told
   std::optional<double> centre_to_tell_hz_;  ///< after a tune, with the first samples from there
   int64_t dwell_begun_ms_ = 0;
   int64_t dwell_length_ms_ = 0;  ///< 0: not known, or every block ends one

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <utility>
 #include <vector>
@@ -17,25 +18,16 @@
 namespace pelagrim_host {
 namespace {
 
-/// Waits for something to read. False if it has to stop first. The wait is short because a signal
-/// that arrives just before it does not interrupt it.
-bool waitForBytes(int file, const StopFunction& stop) {
-  constexpr int kWaitMs = 100;
-  pollfd waiting = {file, POLLIN, 0};
-  while (!stop()) {
-    if (poll(&waiting, 1, kWaitMs) > 0) return true;
-  }
-  return false;
-}
-
 constexpr int kPipeBytes = 1 << 20;  // the maximum for ordinary users
 
 // Opened without blocking: opening a named pipe that nobody writes to yet would block the program
 // where it could not be asked to end. Reads do their own waiting.
 class FileBytes final : public ByteStream {
  public:
-  FileBytes(const std::filesystem::path& path, StopFunction stop)
+  FileBytes(const std::filesystem::path& path, StopFunction stop,
+            std::optional<double> stall_seconds)
       : stop_(std::move(stop)),
+        stall_seconds_(stall_seconds),
         name_(path == "-" ? "standard input" : path.string()),
         file_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
     if (file_ < 0) {
@@ -57,7 +49,7 @@ class FileBytes final : public ByteStream {
   size_t read(std::span<std::byte> bytes) override {
     size_t got = 0;
     while (got < bytes.size()) {
-      if (!seekable_ && !waitForBytes(file_, stop_)) break;
+      if (!seekable_ && !waitForBytes()) break;
       const ssize_t count = ::read(file_, bytes.data() + got, bytes.size() - got);
       if (count == 0) break;
       if (count > 0) {
@@ -81,11 +73,29 @@ class FileBytes final : public ByteStream {
   std::optional<uint64_t> size() const override { return size_; }
 
  private:
+  /// Waits for something to read. False if it has to stop first. The wait is short because a signal
+  /// that arrives just before it does not interrupt it.
+  bool waitForBytes() const {
+    using Clock = std::chrono::steady_clock;
+    constexpr int kWaitMs = 100;
+    const auto begun = Clock::now();
+    pollfd waiting = {file_, POLLIN, 0};
+    while (!stop_()) {
+      if (poll(&waiting, 1, kWaitMs) > 0) return true;
+      const std::chrono::duration<double> waited = Clock::now() - begun;
+      if (stall_seconds_ && waited.count() >= *stall_seconds_) {
+        throw SourceError(fmt::format("{}: nothing has come for {:g} s", name_, *stall_seconds_));
+      }
+    }
+    return false;
+  }
+
   void closeFile() {
     if (file_ != STDIN_FILENO) close(file_);
   }
 
   StopFunction stop_;
+  std::optional<double> stall_seconds_;
   std::string name_;
   int file_;
   bool seekable_ = false;
@@ -106,8 +116,9 @@ uint64_t ByteStream::skip(uint64_t count) {
   return skipped;
 }
 
-std::unique_ptr<ByteStream> openFileBytes(const std::filesystem::path& path, StopFunction stop) {
-  return std::make_unique<FileBytes>(path, std::move(stop));
+std::unique_ptr<ByteStream> openFileBytes(const std::filesystem::path& path, StopFunction stop,
+                                          std::optional<double> stall_seconds) {
+  return std::make_unique<FileBytes>(path, std::move(stop), stall_seconds);
 }
 
 }  // namespace pelagrim_host

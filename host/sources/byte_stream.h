@@ -31,7 +31,8 @@ class ByteStream {
 };
 
 /// Opens a file, a named pipe, or standard input for "-". When `stop` says so, waiting for a pipe
-/// ends as if the pipe had ended.
-std::unique_ptr<ByteStream> openFileBytes(const std::filesystem::path& path, StopFunction stop);
+/// ends as if the pipe had ended; waiting for longer than `stall_seconds` is a failure.
+std::unique_ptr<ByteStream> openFileBytes(const std::filesystem::path& path, StopFunction stop,
+                                          std::optional<double> stall_seconds = {});
 
 }  // namespace pelagrim_host

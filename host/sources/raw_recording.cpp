@@ -35,7 +35,7 @@ RawRecording::RawRecording(const RecordingRequest& request)
   }
   facts.format->value = format_->name;
   setFacts(std::move(facts));
-  stream_ = openFileBytes(request.source, stop_);
+  stream_ = openFileBytes(request.source, stop_, request.stall_seconds);
 }
 
 size_t RawRecording::readNative(std::span<std::byte> bytes) {

@@ -21,6 +21,7 @@ struct RecordingRequest {
   RecordingFacts told;  ///< outranks everything else; with a format the file is read as raw samples
   bool verify = false;  ///< check a SigMF recording against its checksum first
   StopFunction stop = neverStop;
+  std::optional<double> stall_seconds{};  ///< how long to wait for a pipe; unset: for ever
 };
 
 /// A recording, and what is known about it.

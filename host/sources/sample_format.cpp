@@ -73,7 +73,7 @@ size_t SampleLayout::sampleBytes() const {
 }
 
 bool SampleLayout::isReady() const {
-  return (format == nullptr || format->convert == convertFloating<float>) && scale == 1.0F;
+  return (format == nullptr || format->convert == convertFloating<float>)&&scale == 1.0F;
 }
 
 void SampleLayout::toFloats(const std::byte* in, size_t samples, std::complex<float>* out) const {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -11,10 +12,13 @@
 #include <optional>
 #include <random>
 #include <regex>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/session/plugin_library.h"
+#include "host/session/sample_feed.h"
 #include "host/session/survey_session.h"
 #include "host/view/panel_text.h"
 #include "tests/support/temporary_dir.h"
@@ -31,6 +35,7 @@ class ScriptedSource : public IqSource {
   std::string name() const override { return "script"; }
   double sampleRateHz() const override { return rate_hz; }
   bool canTune() const override { return true; }
+  bool isLive() const override { return is_live; }
   uint64_t overflows() const override { return read_ / 10; }
   void settle() override { ++settled; }
   double centreHz() const override { return read_ >= jumps_at ? 777.0 : centre_hz_; }
@@ -52,6 +57,7 @@ class ScriptedSource : public IqSource {
     return answer;
   }
 
+  bool is_live = false;
   double rate_hz = 100.0;
   size_t length = 1000;
   size_t jumps_at = SIZE_MAX;
@@ -213,6 +219,85 @@ TEST_P(HostSession, CountsDwellsWhereTheyWereLookedAtUntilThePassesAreDone) {
   ASSERT_EQ(rows.size(), 1001u);
   EXPECT_EQ(rows[1000].cells[0], "1000␊");
   EXPECT_EQ(rows[1000].cells.size(), 5u);
+}
+
+/// A receiver whose blocks of ten samples each take a second by a clock of the test's own.
+struct ScriptedReceiver : ScriptedSource {
+  static inline std::atomic<int64_t> steady_ms;
+  ScriptedReceiver() {
+    is_live = true;
+    steady_ms = 0;
+    before_read = [](size_t) { steady_ms += 1000; };
+  }
+  static ClockPolicy clock() {
+    return ClockPolicy::systemClock(
+        {[]() -> int64_t { return 5'000'000 + steady_ms; }, []() -> int64_t { return steady_ms; }});
+  }
+};
+
+TEST_P(HostSession, StampsTheSamplesOfAReceiverWithTheTimeAtWhichTheyCame) {
+  struct SlowView : Recorder {
+    std::optional<size_t> wantsSnapshot() override {
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));  // the reader is far ahead
+      return std::nullopt;
+    }
+  };
+  ScriptedReceiver source;
+  source.length = 40;
+  SlowView view;
+  const std::string calls = runThrough(
+      FAKE_PLUGIN_PATH, source, view, {.block_samples = 10}, false, [] { return false; },
+      ScriptedReceiver::clock());
+  EXPECT_EQ(calls,
+            "attach\ncreate 50\nprocess 10 from 50 at 5001000\nprocess 10 from 50 at 5002000\n"
+            "tune -1\nprocess 10 from 50 at 5003000\nprocess 10 from 50 at 5004000\ntune -1\n"
+            "destroy\ndetach\n");
+  EXPECT_EQ(view.result.dropped_samples, 0u);
+}
+
+TEST_P(HostSession, NeverCallsSamplesFromBeforeATuneThoseOfTheNewCentre) {
+  ScriptedReceiver source;
+  source.length = 400;
+  Recorder view;
+  const std::string calls = runThrough(
+      FAKE_PLUGIN_PATH, source, view, {.block_samples = 10}, true, [] { return false; },
+      ScriptedReceiver::clock());
+  std::istringstream lines(calls);
+  std::string line, centre = "50";
+  int tunes = 0;
+  while (std::getline(lines, line)) {
+    if (line.starts_with("retune ")) centre = line.substr(7), ++tunes;
+    if (line.starts_with("process ")) {
+      EXPECT_NE(line.find(" from " + centre + " at "), std::string::npos) << calls;
+    }
+  }
+  EXPECT_GE(tunes, 1);
+  // What was dropped at a tune was read in vain, not lost.
+  EXPECT_EQ(view.result.dropped_samples, 0u);
+}
+
+TEST(SampleFeed, DropsTheOldestChunksOfAReceiverWhenItsBufferIsFull) {
+  ScriptedReceiver source;
+  source.length = 200;
+  std::atomic<bool> is_read = false;
+  source.before_read = [&](size_t block) { is_read = block == 21; };  // the last one is empty
+  const auto feed =
+      feedWithReaderThread(ChunkReader(source, 10, steadyClockMs), true, 5 * 80, [] {});
+  feed->front(UINT64_MAX);  // from now on they come, 8 bytes each, while nobody takes any
+  while (!is_read) std::this_thread::yield();
+  uint64_t samples = 0, next = 0;
+  for (const SampleChunk* chunk = feed->front(UINT64_MAX); chunk == nullptr || chunk->samples > 0;
+       chunk = feed->front(UINT64_MAX)) {
+    if (chunk == nullptr) continue;
+    EXPECT_GE(chunk->first_sample, next) << "the order is kept";
+    next = chunk->first_sample + chunk->samples;
+    samples += chunk->samples;
+    feed->release();
+  }
+  EXPECT_EQ(next, 200u) << "the newest are there";
+  EXPECT_EQ(samples + feed->droppedSamples(), 200u);
+  EXPECT_GE(feed->droppedSamples(), 100u);
+  EXPECT_LE(samples, 70u);
 }
 
 TEST_P(HostSession, KeepsThePaceOfTheReceiverWhereThatIsWanted) {
