@@ -186,11 +186,11 @@ SessionResult run(const Options& options, const PluginLibrary& plugin, PreparedS
 void sumUp(const PreparedSurvey& survey, const SessionResult& result, const ResultsWatch& results) {
   SurveyView& view = *survey.view;
   const IqSource& source = *survey.source;
-  if (const uint64_t lost = source.overflows(); lost > 0) {
+  if (result.overflows > 0) {
     view.warning(
         fmt::format("the receiver lost samples {} times, because they were not read in time; lower "
                     "--sample-rate",
-                    lost));
+                    result.overflows));
   }
   if (result.dropped_samples > 0) {
     view.warning(fmt::format(

@@ -23,6 +23,8 @@ int64_t ChunkReader::settle() {
   if (needs_settling_) {
     source_.settle();
     needs_settling_ = false;
+    // What the receiver lost before anybody wanted its samples is no loss.
+    if (!overflows_before_) overflows_before_ = source_.overflows();
     last_received_ms_ = steady_ms_();
   }
   return last_received_ms_;
@@ -48,7 +50,7 @@ void ChunkReader::fill(SampleChunk& chunk, uint64_t max_samples,
     // What was read before the failure is delivered first.
     (chunk.samples > 0 ? failure_ : chunk.failure) = std::current_exception();
   }
-  chunk.overflows = source_.overflows();
+  chunk.overflows = source_.overflows() - overflows_before_.value_or(0);
   chunk.received_steady_ms = last_received_ms_ = steady_ms_();
   next_sample_ += chunk.samples;
 }

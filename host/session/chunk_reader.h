@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "host/session/sample_chunk.h"
@@ -55,6 +56,7 @@ class ChunkReader {
   uint32_t tunes_ = 0;
   bool needs_settling_ = true;
   int64_t last_received_ms_ = 0;
+  std::optional<uint64_t> overflows_before_;  ///< the first chunk
   std::exception_ptr failure_;  ///< for the next chunk
 };
 

@@ -19,7 +19,7 @@ struct SampleChunk {
   std::optional<int64_t> unix_ms{};     ///< of the first sample, if a recording says so
   int64_t begun_steady_ms = 0;          ///< when the first one was received
   int64_t received_steady_ms = 0;       ///< when all of them were
-  uint64_t overflows = 0;               ///< of the receiver, so far
+  uint64_t overflows = 0;               ///< of the receiver, since the first chunk
   uint32_t tunes = 0;                   ///< accepted before they were received
   std::exception_ptr failure{};         ///< at the end: why the source ended, if it failed
   std::optional<std::string> damage{};  ///< at the end: what was wrong with a recording

@@ -84,7 +84,7 @@ SessionResult SurveySession::run(const std::function<bool()>& stop,
   tell(end());
   view_.finished(panel_.read());
   if (failure) std::rethrow_exception(failure);
-  SessionResult result{samples_, feed_->droppedSamples(), damage_, std::nullopt};
+  SessionResult result{samples_, overflows_, feed_->droppedSamples(), damage_, std::nullopt};
   if (dwells_) result.dwells_done = dwells_before_ + dwells_->dwells_done;
   return result;
 }

@@ -43,6 +43,7 @@ struct SessionSettings {
 /// The outcome of a run.
 struct SessionResult {
   uint64_t samples = 0;                 ///< delivered
+  uint64_t overflows = 0;               ///< of the receiver
   uint64_t dropped_samples = 0;         ///< because the survey was too slow
   std::optional<std::string> damage;    ///< of a recording that was read to its end
   std::optional<uint32_t> dwells_done;  ///< evaluated; nothing if the plug-in does not count them
