@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/process/signals.h"
 #include "host/session/sample_feed.h"
 
 namespace pelagrim_host {
@@ -89,6 +90,7 @@ class ThreadedFeed final : public SampleFeed {
 
  private:
   void run() {
+    leaveSignalsToOtherThreads();
     std::unique_lock lock(mutex_);
     while (!is_over_) {
       if (has_request_) {

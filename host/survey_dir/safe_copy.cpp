@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "host/process/signals.h"
 #include "host/process/whole_file.h"
 #include "host/survey_dir/survey_place.h"
 
@@ -98,6 +99,7 @@ void SafeCopy::end() {
 }
 
 void SafeCopy::run() {
+  leaveSignalsToOtherThreads();
   std::unique_lock lock(mutex_);
   while (!stops_) {
     changed_.wait(lock, [this] { return has_news_ || stops_; });
