@@ -5,8 +5,8 @@
 #include <stdexcept>
 
 #include "host/commands/command_table.h"
+#include "host/process/command_errors.h"
 #include "host/process/text_output.h"
-#include "host/process/usage_error.h"
 #include "host/text/display_text.h"
 
 int main(int argc, char** argv) {

@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "host/commands/commands.h"
+#include "host/process/command_errors.h"
 #include "host/process/signals.h"
 #include "host/process/text_output.h"
-#include "host/process/usage_error.h"
 #include "host/text/letter_case.h"
 
 namespace pelagrim_host {

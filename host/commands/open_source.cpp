@@ -9,7 +9,7 @@
 #include <cstring>
 #include <utility>
 
-#include "host/process/usage_error.h"
+#include "host/process/command_errors.h"
 #include "host/session/survey_clock.h"
 #include "host/sources/offset_tuned_source.h"
 #include "host/sources/open_recording.h"

@@ -9,7 +9,7 @@
 #include "host/commands/argument_checks.h"
 #include "host/commands/commands.h"
 #include "host/commands/saved_survey_arguments.h"
-#include "host/process/usage_error.h"
+#include "host/process/command_errors.h"
 #include "host/report/band_svg.h"
 #include "host/report/report_data.h"
 #include "host/report/report_page.h"

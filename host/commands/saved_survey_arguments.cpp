@@ -10,8 +10,8 @@
 #include <system_error>
 
 #include "host/commands/argument_checks.h"
+#include "host/process/command_errors.h"
 #include "host/process/text_output.h"
-#include "host/process/usage_error.h"
 #include "host/process/whole_file.h"
 #include "host/survey_dir/survey_place.h"
 #include "host/text/display_text.h"

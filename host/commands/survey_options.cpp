@@ -12,7 +12,7 @@
 
 #include "host/commands/argument_checks.h"
 #include "host/commands/command_table.h"
-#include "host/process/usage_error.h"
+#include "host/process/command_errors.h"
 #include "host/sources/sample_format.h"
 
 namespace pelagrim_host {

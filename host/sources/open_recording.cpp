@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "host/process/usage_error.h"
+#include "host/process/command_errors.h"
 #include "host/sources/raw_recording.h"
 #include "host/sources/recording_kind.h"
 #include "host/sources/sigmf_recording.h"

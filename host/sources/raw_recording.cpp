@@ -7,7 +7,7 @@
 #include <limits>
 #include <utility>
 
-#include "host/process/usage_error.h"
+#include "host/process/command_errors.h"
 #include "host/text/letter_case.h"
 
 namespace pelagrim_host {

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/process/usage_error.h"
+#include "host/process/command_errors.h"
 
 namespace pelagrim_host {
 

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "host/process/usage_error.h"
+#include "host/process/command_errors.h"
 #include "host/text/quantity_text.h"
 
 namespace pelagrim_host {

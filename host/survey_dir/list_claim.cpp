@@ -4,7 +4,7 @@
 
 #include <system_error>
 
-#include "host/process/usage_error.h"
+#include "host/process/command_errors.h"
 #include "host/process/whole_file.h"
 #include "host/survey_dir/survey_place.h"
 #include "host/survey_dir/survey_rows.h"

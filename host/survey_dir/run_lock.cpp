@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "host/process/usage_error.h"
+#include "host/process/command_errors.h"
 #include "host/text/display_text.h"
 #include "host/text/quantity_text.h"
 
