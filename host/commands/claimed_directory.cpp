@@ -9,6 +9,7 @@
 #include "host/commands/in_force_text.h"
 #include "host/process/whole_file.h"
 #include "host/survey_dir/ownership.h"
+#include "host/survey_dir/settings_doubts.h"
 #include "host/survey_dir/survey_place.h"
 
 namespace pelagrim_host {
@@ -29,6 +30,7 @@ ClaimedDirectory::ClaimedDirectory(const Options& options, const SurveySetup& se
       view_(view),
       changes_(setup.changes),
       gain_(options.device.empty() ? "" : gainText(options.gain)) {
+  requireOwnFiles(directory_);  // before a directory is created where somebody's link leads
   const bool created = createSurveyDirectory(directory_);
   view_.note(
       fmt::format("survey directory {}{}", directory_.string(), created ? " (created)" : ""));
@@ -40,7 +42,7 @@ ClaimedDirectory::ClaimedDirectory(const Options& options, const SurveySetup& se
   const auto before = readMemory(directory_);
   raster_hz_ = before ? before->settings.raster_hz
                       : readSettings(directory_).value_or(SurveySettings{}).inForce().raster_hz;
-  takeList(options);
+  takeList(options, before);
   if (!setup.changes.isEmpty()) {
     editSettings(directory_, setup.changes);
     view_.note(
@@ -55,30 +57,42 @@ ClaimedDirectory::ClaimedDirectory(const Options& options, const SurveySetup& se
   }
 }
 
-void ClaimedDirectory::takeList(const Options& options) {
+void ClaimedDirectory::takeList(const Options& options, const std::optional<SurveyMemory>& before) {
   if (useOfList(directory_, memory_, options.list_wish) == ListUse::kGoOn) return;
-  if (!readIfThere(resultsPath(directory_))) return;
+  if (readIfThere(resultsPath(directory_)).value_or("").empty()) return;
   set_aside_.emplace(directory_);
-  set_aside_->beginAfresh();
+  set_aside_->beginAfresh(before);
   raster_hz_.reset();
   view_.note(
       fmt::format("starts a new list; the old one is kept as {}", set_aside_->path().string()));
 }
 
 void ClaimedDirectory::surveyStarts() {
-  SurveySettings set;
+  std::string settings;
   try {
-    set = readSettings(directory_).value_or(SurveySettings{});
+    settings = readIfThere(settingsPath(directory_)).value_or("");
   } catch (const std::runtime_error&) {  // the plug-in goes on without the file, too
   }
+  for (const std::string& doubt : settingsDoubts(settings)) view_.warning(doubt);
+  const SurveySettings set = parseSettings(settings);
   // As in the plug-in, a key that is not in the file keeps its value, at first the default.
   memory_.settings = set.inForce(memory_.settings);
   view_.inForce(inForceText(memory_.settings, set.without(changes_), gain_));
   changes_ = {};
   if (raster_hz_) keepBeforeMerging(*raster_hz_, memory_.settings.raster_hz);
   raster_hz_ = memory_.settings.raster_hz;
-  writeMemory(directory_, memory_);
+  rememberSource();
   if (copy_) copy_->surveyStarts();
+}
+
+void ClaimedDirectory::rememberSource() {
+  try {
+    writeMemory(directory_, memory_);
+  } catch (const FileError& failure) {
+    if (!has_started_) throw;  // nothing is lost yet, and a list must not get the wrong source
+    view_.warning(failure.what());
+  }
+  has_started_ = true;
 }
 
 void ClaimedDirectory::keepBeforeMerging(double old_raster_hz, double raster_hz) {
@@ -96,8 +110,12 @@ void ClaimedDirectory::dwellWritten() {
 
 void ClaimedDirectory::end() {
   if (copy_) copy_->end();
-  if (set_aside_ && set_aside_->settle() == SetAsideList::Outcome::kUnneeded) {
+  if (!set_aside_) return;
+  const SetAsideList::Outcome outcome = set_aside_->settle();
+  if (outcome == SetAsideList::Outcome::kUnneeded) {
     view_.note("the list is the same as before: " + set_aside_->path().string() + " is not needed");
+  } else if (outcome == SetAsideList::Outcome::kPutBack) {
+    view_.note("there is no new list, so the old one is back");
   }
 }
 

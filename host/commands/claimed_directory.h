@@ -36,7 +36,8 @@ class ClaimedDirectory {
   void end();
 
  private:
-  void takeList(const Options& options);
+  void takeList(const Options& options, const std::optional<SurveyMemory>& before);
+  void rememberSource();
   void keepBeforeMerging(double old_raster_hz, double raster_hz);
 
   std::filesystem::path directory_;
@@ -46,6 +47,7 @@ class ClaimedDirectory {
   std::string gain_;        ///< of a receiver, in words
   std::optional<RunLock> lock_;
   std::optional<double> raster_hz_;  ///< of the present list
+  bool has_started_ = false;
   std::optional<SetAsideList> set_aside_;
   std::unique_ptr<SafeCopy> copy_;
 };

@@ -108,6 +108,7 @@ SurveyMemory memoryOf(const Options& options, const IqSource& source, const Star
     memory.kind = SourceKind::kReceiver;
   } else if (options.isSimulated()) {
     memory.kind = SourceKind::kSimulation;
+    memory.source += fmt::format(", seed {}", options.seed);  // another one is another band
   } else if (const auto file = recordingFile(options)) {
     memory.identity = identityOf(*file);
   } else {

@@ -13,6 +13,8 @@
 #include <system_error>
 #include <utility>
 
+#include "host/process/file_owner.h"
+
 namespace pelagrim_host {
 namespace {
 
@@ -51,13 +53,25 @@ bool isOpenFileOfProcess(const fs::path& path) {
   return statfs(directoryOf(path).c_str(), &system) == 0 && system.f_type == PROC_SUPER_MAGIC;
 }
 
-/// Where the links lead, even if nothing is there yet.
+bool isLink(const fs::path& path, struct stat& found) {
+  return lstat(path.c_str(), &found) == 0 && S_ISLNK(found.st_mode);
+}
+
+/// Where the links lead, even if nothing is there yet. Somebody else's link, in a directory that
+/// all may write to, could lead to a file of this user.
 fs::path endOfLinks(const fs::path& path) {
   constexpr int kMaxLinks = 40;  // the system does not follow more
   fs::path end = path;
   std::error_code error;
-  for (int i = 0; fs::is_symlink(end, error) && !isOpenFileOfProcess(end); ++i) {
+  struct stat link = {};
+  for (int i = 0; isLink(end, link) && !isOpenFileOfProcess(end); ++i) {
     if (i == kMaxLinks) fail("write", path, ELOOP);
+    if (!isOwnUser(link.st_uid)) {
+      throw FileError(
+          fmt::format("{} is a link that belongs to user {}, not to you: it is not "
+                      "followed; name another file",
+                      end.string(), link.st_uid));
+    }
     end = end.parent_path() / fs::read_symlink(end, error);
     if (error) fail("write", path, error.value());
   }

@@ -26,8 +26,8 @@ bool createFile(const std::filesystem::path& path, std::string_view text);
 
 /// Replaces what a file holds in one step, or creates it. Whatever fails, the file holds either the
 /// old text or the new one, and no other file is left behind. Returns once the text is on the disk.
-/// The file keeps its mode; a link stays a link, and the file that it leads to is replaced.
-/// Anything but a regular file, such as a pipe or /dev/stdout, is written to in place. Throws
+/// The file keeps its mode; a link stays a link, and the file that it leads to is replaced, unless
+/// the link is somebody else's. Anything but a regular file, such as a pipe or /dev/stdout, is written to in place. Throws
 /// FileError.
 void replaceFile(const std::filesystem::path& path, std::string_view text);
 

@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <system_error>
+#include <exception>
+#include <string>
+#include <utility>
 
 #include "host/process/command_errors.h"
 #include "host/process/whole_file.h"
@@ -16,11 +18,13 @@ SurveyRows rowsIn(const std::filesystem::path& survey_dir) {
   return parseSurveyRows(readIfThere(resultsPath(survey_dir)).value_or(""));
 }
 
-std::string whoseText(const std::optional<SurveyMemory>& memory) {
+std::string whoseText(const std::optional<SurveyMemory>& memory, const SurveyMemory& now) {
   if (!memory) return "a list of channels from an unknown source";
+  const bool has_same_name = memory->source == now.source;
   switch (memory->kind) {
     case SourceKind::kRecording:
-      return fmt::format("the survey of another recording, {}", memory->source);
+      return fmt::format("the survey of another recording, {}{}", memory->source,
+                         has_same_name ? ", or of this one before it changed" : "");
     case SourceKind::kStandardInput:
       return "the survey of standard input";
     case SourceKind::kReceiver:
@@ -47,7 +51,7 @@ ListUse useOfList(const std::filesystem::path& survey_dir, const SurveyMemory& n
   throw UsageError(fmt::format(
       "{} holds {}; carry on with that list with --continue, keep a copy of it and start "
       "a new one with --fresh, or name another directory with --dir",
-      survey_dir.string(), whoseText(memory)));
+      survey_dir.string(), whoseText(memory, now)));
 }
 
 void requireSurveyOrNothing(const std::filesystem::path& survey_dir) {
@@ -68,19 +72,32 @@ SetAsideList::SetAsideList(const std::filesystem::path& survey_dir)
   }
 }
 
-void SetAsideList::beginAfresh() {
-  std::filesystem::remove(results_path_);
+SetAsideList::~SetAsideList() {
+  if (!is_open_) return;
+  try {
+    settle();
+  } catch (const std::exception&) {  // the old list stays where it was copied to
+  }
+}
+
+void SetAsideList::beginAfresh(std::optional<SurveyMemory> memory) {
+  memory_ = std::move(memory);
+  replaceFile(results_path_, "");  // rather than removed: it keeps its mode, and links stay
+  is_open_ = true;
 }
 
 SetAsideList::Outcome SetAsideList::settle() {
-  const auto now = readIfThere(results_path_);
-  if (!now) {
-    std::filesystem::rename(copy_path_, results_path_);
-    return Outcome::kPutBack;
+  is_open_ = false;
+  const std::string now = readIfThere(results_path_).value_or("");
+  const std::string old = readIfThere(copy_path_).value_or("");
+  if (now.empty()) {
+    replaceFile(results_path_, old);
+    putBackMemory(results_path_.parent_path(), memory_);
+  } else if (now != old) {
+    return Outcome::kKept;
   }
-  if (now != readIfThere(copy_path_)) return Outcome::kKept;
   std::filesystem::remove(copy_path_);
-  return Outcome::kUnneeded;
+  return now.empty() ? Outcome::kPutBack : Outcome::kUnneeded;
 }
 
 }  // namespace pelagrim_host

@@ -32,13 +32,20 @@ class SetAsideList {
   /// Copies survey.csv to a new name. Throws FileError.
   explicit SetAsideList(const std::filesystem::path& survey_dir);
 
-  /// Removes survey.csv, so that the plug-in starts with an empty list.
-  void beginAfresh();
+  /// Brings the old list back if the run never got as far as settle().
+  ~SetAsideList();
+  SetAsideList(const SetAsideList&) = delete;
+  SetAsideList& operator=(const SetAsideList&) = delete;
+
+  /// Empties survey.csv, so that the plug-in starts with an empty list. `memory`: whose list the
+  /// old one is. Throws FileError.
+  void beginAfresh(std::optional<SurveyMemory> memory);
 
   enum class Outcome { kKept, kPutBack, kUnneeded };
 
-  /// At the end of the run: brings the old list back if there is no new one, and deletes the copy
-  /// if the new one is the same.
+  /// At the end of a run that began afresh: brings the old list back, with its memory, if there is
+  /// no new one, and deletes the copy if the new one is the same. Throws FileError; the copy then
+  /// stays.
   Outcome settle();
 
   const std::filesystem::path& path() const { return copy_path_; }
@@ -46,6 +53,8 @@ class SetAsideList {
  private:
   std::filesystem::path results_path_;
   std::filesystem::path copy_path_;
+  std::optional<SurveyMemory> memory_;
+  bool is_open_ = false;  ///< begun afresh and not settled
 };
 
 }  // namespace pelagrim_host

@@ -2,40 +2,36 @@
 
 #include <fmt/format.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <charconv>
-#include <cstdlib>
-#include <optional>
 #include <stdexcept>
-#include <string_view>
+
+#include "host/process/file_owner.h"
 
 namespace pelagrim_host {
 namespace {
 
-/// Who called sudo; nothing if nobody did.
-std::optional<uid_t> sudoCaller() {
-  const char* const text = std::getenv("SUDO_UID");
-  if (geteuid() != 0 || text == nullptr) return std::nullopt;
-  const std::string_view digits(text);
-  uid_t user = 0;
-  const auto [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), user);
-  if (error != std::errc() || stop != digits.data() + digits.size()) return std::nullopt;
-  return user;
-}
-
 void requireOwn(const std::filesystem::path& path, const struct stat& status) {
-  const uid_t owner = status.st_uid;
-  if (owner == geteuid() || owner == 0 || sudoCaller() == owner) return;
+  if (isOwnUser(status.st_uid)) return;
   throw std::runtime_error(
       fmt::format("{} belongs to user {}, not to you: nothing is read from there or written to it; "
                   "name a directory of your own with --dir",
-                  path.string(), owner));
+                  path.string(), status.st_uid));
+}
+
+/// Links on the way could lead elsewhere tomorrow.
+void requireOwnLinks(const std::filesystem::path& survey_dir) {
+  std::filesystem::path way;
+  for (const auto& part : survey_dir) {
+    way /= part;
+    struct stat status = {};
+    if (lstat(way.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) requireOwn(way, status);
+  }
 }
 
 }  // namespace
 
 void requireOwnFiles(const std::filesystem::path& survey_dir) {
+  requireOwnLinks(survey_dir);
   for (const char* const name :
        {"", "survey.csv", "survey.cfg", "survey-labels.txt", "survey-source.json", "survey.lock",
         "survey.copy-1", "survey.copy-2"}) {

@@ -20,6 +20,7 @@ std::filesystem::file_time_type writeTime(const std::filesystem::path& path) {
 ResultsWatch::ResultsWatch(std::filesystem::path results_path, std::chrono::milliseconds patience)
     : path_(std::move(results_path)),
       patience_(patience),
+      was_whole_(isWhole()),
       time_before_(writeTime(path_)),
       time_seen_(time_before_),
       seen_(Clock::now()) {}
@@ -38,7 +39,7 @@ std::optional<std::string> ResultsWatch::news() {
 }
 
 bool ResultsWatch::written() const {
-  return writeTime(path_) != time_before_ && isWhole();
+  return isWhole() && (!was_whole_ || writeTime(path_) != time_before_);
 }
 
 std::string ResultsWatch::advice() const {

@@ -33,6 +33,7 @@ class ResultsWatch {
 
   std::filesystem::path path_;
   std::chrono::milliseconds patience_;
+  bool was_whole_;  ///< before the run
   std::filesystem::file_time_type time_before_;
   std::filesystem::file_time_type time_seen_;
   Clock::time_point seen_;

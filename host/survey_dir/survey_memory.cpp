@@ -112,8 +112,18 @@ void writeMemory(const std::filesystem::path& survey_dir, const SurveyMemory& me
                        {"dwell_seconds", set.dwell_seconds},
                        {"raster_hz", set.raster_hz},
                        {"sweep", set.sweep}}}};
-  replaceFile(memoryPath(survey_dir),
-              json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  const std::string text = json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  const auto path = memoryPath(survey_dir);
+  if (readIfThere(path) != text) replaceFile(path, text);
+}
+
+void putBackMemory(const std::filesystem::path& survey_dir,
+                   const std::optional<SurveyMemory>& memory) {
+  if (memory) {
+    writeMemory(survey_dir, *memory);
+  } else {
+    std::filesystem::remove(memoryPath(survey_dir));
+  }
 }
 
 }  // namespace pelagrim_host

@@ -41,7 +41,11 @@ bool areOfOneSource(const SurveyMemory& one, const SurveyMemory& other);
 /// Nothing if there is no such file, or one that makes no sense.
 std::optional<SurveyMemory> readMemory(const std::filesystem::path& survey_dir);
 
-/// Throws FileError.
+/// Does nothing if the file already says so, which a full disk allows. Throws FileError.
 void writeMemory(const std::filesystem::path& survey_dir, const SurveyMemory& memory);
+
+/// Makes readMemory return `memory` again. Throws FileError.
+void putBackMemory(const std::filesystem::path& survey_dir,
+                   const std::optional<SurveyMemory>& memory);
 
 }  // namespace pelagrim_host

@@ -45,11 +45,26 @@ check cmp first.csv g_433M_1M.survey/survey-1.csv
 expect 0 "survey: resumed" g_433M_1M.cu8 --continue
 expect 2 "excludes" g_433M_1M.cu8 --continue --fresh
 
+# A run that ends without a new list gives the old one back, with its source, its links and mode.
+back=g_433M_1M.survey
+cp first.csv kept.csv && chmod 604 kept.csv && rm "$back"/survey*.csv
+ln -s ../kept.csv "$back/survey.csv"
+: >e_433M_1M.cu8
+expect 1 "holds no samples" e_433M_1M.cu8 --dir "$back" --fresh
+ln -sf /dev/null "$back/survey.cfg"
+expect 1 "keeps no settings" e_433M_1M.cu8 --dir "$back" --fresh --dwell 3
+check cmp first.csv kept.csv
+check [ ! -e "$back/survey-1.csv" ]
+rm "$back/survey.cfg"
+expect 0 "is not needed" g_433M_1M.cu8
+check [ -L "$back/survey.csv" ]
+check [ "$(stat -c %a kept.csv)" = 604 ]
+
 # Only a simulated band goes on with a list whose source is not known.
 mkdir old && cp first.csv old/survey.csv
 expect 2 "from an unknown source" g_433M_1M.cu8 --dir old
 expect 0 "survey: resumed" --dir old --duration 1
-check grep -q '"kind": "simulation"' old/survey-source.json
+check grep -q '"name": "simulated band, seed 1"' old/survey-source.json
 
 # A new raster merges channels: the old list is kept.
 cp old/survey.csv before.csv
@@ -64,8 +79,17 @@ if [ "$(id -u)" = 0 ]; then
   mkdir planted && touch planted/victim && ln -s victim planted/survey.cfg
   chown -h 12345 planted/survey.cfg
   expect 1 "planted/survey.cfg belongs to user 12345" --dir planted --duration 1
+  ln -s victim planted/band.html && ln -s . planted/way && chown -h 12345 planted/{band.html,way}
+  expect 1 "band.html is a link that belongs to user 12345" report old -o planted/band.html
+  expect 1 "planted/way belongs to user 12345" --dir planted/way/new --duration 1
+  check [ ! -s planted/victim ] && check [ ! -e planted/new ]
   SUDO_UID=12345 expect 0 "" --dir planted --duration 1
 fi
+
+# Messages never get into a survey's files, even if the program is started without its streams.
+expect 0 "written to" g_433M_1M.cu8 --dir bare
+"$program" g_433M_1M.cu8 --dir bare --raster 200k --continue --quiet <&- 2>&-  # which warns
+check grep -q '^process' bare/survey.lock
 
 # One run per directory; a report during it sees a whole list.
 "$program" --dir busy --realtime --duration 60 --dwell 0.1 >/dev/null 2>&1 &
