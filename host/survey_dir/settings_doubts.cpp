@@ -19,10 +19,11 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
+/// Every letter of the value counts, those of a remark behind it, too.
 std::optional<std::string> doubtOfSweep(std::string_view value) {
-  if (value == "yes" || value == "no") return std::nullopt;
-  return fmt::format("means {}, because of the letters in it; write yes or no alone",
-                     pelagrim::asksToSweep(value) ? "yes" : "no");
+  const std::string_view meaning = pelagrim::asksToSweep(value) ? "yes" : "no";
+  if (value.substr(0, value.find_first_of(" \t#")) == meaning) return std::nullopt;
+  return fmt::format("means {}, because of the letters in it; write yes or no alone", meaning);
 }
 
 /// `line`: without the blanks around it.

@@ -8,8 +8,12 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "files/default_settings.h"
 #include "host/survey_dir/results_watch.h"
+#include "host/survey_dir/settings_doubts.h"
 #include "host/survey_dir/survey_place.h"
 #include "host/survey_dir/survey_settings.h"
 #include "tests/support/temporary_dir.h"
@@ -37,6 +41,35 @@ TEST(SurveySettings, EditsKeepEveryOtherByte) {
             "# start = 1\r\n start\t= 431000000 Hz  # mine\r\nsweep = yes\n\nstop=1\n"
             "stop =440000000\nodd line\nraster_hz = \nthreshold_db = inf\nraster_hz = 12500\n"
             "dwell_seconds = 0.5\n");
+}
+
+TEST(SurveySettings, AreDoubtedWhereTheFileProbablyMeansSomethingElse) {
+  EXPECT_EQ(settingsDoubts(pelagrim::kDefaultSettingsText), std::vector<std::string>{});
+  EXPECT_EQ(settingsDoubts("\n# x\r\nstart = 145e6 # Hz\r\nsweep = yes # all\ndwell_seconds=2"),
+            std::vector<std::string>{});
+  const auto doubts = [](const std::string& text, const std::string& why) {
+    const auto lines = settingsDoubts("raster_hz = 5000\n" + text);
+    return lines.size() == 1 && lines[0] == "survey.cfg, line 2: '" + text + "' " + why;
+  };
+  EXPECT_TRUE(doubts("stop = 146", "is in hertz; 146 MHz is 146e6"));
+  EXPECT_TRUE(
+      doubts("start = 144.0M", "is read as 144; write a number alone, in hertz, seconds or dB"));
+  for (const char* const odd : {"strat = 1e8", "start: 1e8", "start =", "= 5"}) {
+    EXPECT_TRUE(doubts(odd,
+                       "sets nothing: lines are start, stop, threshold_db, dwell_seconds, "
+                       "raster_hz or sweep, = and a value"))
+        << odd;
+  }
+  for (const auto& [odd, meaning] :
+       {std::pair("on", "no"), {"yes # not now", "no"}, {"false", "yes"}}) {
+    EXPECT_TRUE(doubts(
+        std::string("sweep = ") + odd,
+        std::string("means ") + meaning + ", because of the letters in it; write yes or no alone"))
+        << odd;
+  }
+  const auto many = settingsDoubts("a\nb\nc\nd\ne");
+  EXPECT_EQ(many.size(), 4u);
+  EXPECT_EQ(many.back(), "survey.cfg: 2 more lines like that");
 }
 
 TEST(SurveySettings, EditingTheFileKeepsItsLinkAndItsMode) {
