@@ -46,9 +46,9 @@ CLI::Option* addParsed(CLI::App& app, const std::string& name, Parse parse, Targ
 CLI::Validator unitCheck(std::optional<std::string> (*meant_by)(std::string_view)) {
   const auto ask = [meant_by](const std::string& text) {
     const auto meant = meant_by(text);
-    return meant ? fmt::format("'{}' is in hertz; did you mean {}? (For hertz write Hz.)", text,
-                               *meant)
-                 : std::string();
+    return meant
+               ? fmt::format("'{}' is in hertz; did you mean {}? For hertz write Hz", text, *meant)
+               : std::string();
   };
   return CLI::Validator(ask, "");
 }

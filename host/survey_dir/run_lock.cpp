@@ -22,14 +22,13 @@ std::filesystem::path lockPath(const std::filesystem::path& survey_dir) {
   return survey_dir / "survey.lock";
 }
 
-// The open file holds the lock, not the process: closing another descriptor of the file, as a
-// report in the same process would, does not free it.
-int lockFile(int file, int command) {
+// The open file holds the lock, not the process: closing another descriptor of the file does not
+// free it. Returns 0 or the error.
+int lockFile(int file) {
   struct flock lock = {};
   lock.l_type = F_WRLCK;
   lock.l_whence = SEEK_SET;
-  if (fcntl(file, command, &lock) != 0) return errno;
-  return command == F_OFD_GETLK && lock.l_type != F_UNLCK ? EAGAIN : 0;
+  return fcntl(file, F_OFD_SETLK, &lock) == 0 ? 0 : errno;
 }
 
 /// What the holder has written about itself.
@@ -54,12 +53,16 @@ std::string ownText() {
 
 RunLock::RunLock(const std::filesystem::path& survey_dir) {
   const auto path = lockPath(survey_dir);
-  file_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0644);
+  file_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
   if (file_ < 0) {
-    throw std::runtime_error(fmt::format("cannot lock {}: {}: {}", survey_dir.string(),
-                                         path.string(), std::strerror(errno)));
+    const bool is_foreign = errno == EACCES;
+    throw std::runtime_error(fmt::format(
+        "cannot lock {}: {}: {}{}", survey_dir.string(), path.string(), std::strerror(errno),
+        is_foreign ? "; after a run with sudo the files there belong to root: give them back with "
+                     "chown, or name another directory with --dir"
+                   : ""));
   }
-  const int error = lockFile(file_, F_OFD_SETLK);
+  const int error = lockFile(file_);
   if (error == EAGAIN || error == EACCES) {
     const std::string holder = holderText(file_);
     close(file_);
@@ -80,15 +83,6 @@ RunLock::RunLock(const std::filesystem::path& survey_dir) {
 
 RunLock::~RunLock() {
   close(file_);
-}
-
-bool isBeingSurveyed(const std::filesystem::path& survey_dir) {
-  const int file =
-      open(lockPath(survey_dir).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-  if (file < 0) return false;
-  const bool is_locked = lockFile(file, F_OFD_GETLK) == EAGAIN;
-  close(file);
-  return is_locked;
 }
 
 }  // namespace pelagrim_host

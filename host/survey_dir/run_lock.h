@@ -10,7 +10,7 @@ namespace pelagrim_host {
 ///
 /// The lock is advisory and is held on the file survey.lock, which is never deleted. The system
 /// frees it when the process ends, however it ends, and it works across NFS if the server has
-/// locks.
+/// locks. Others may not read the file: who can, can hold a lock on it and keep runs out.
 class RunLock {
  public:
   /// Takes the lock. Throws TryAgainLater, naming the directory and the holder, while another run
@@ -27,8 +27,5 @@ class RunLock {
   int file_ = -1;
   std::optional<std::string> lack_;
 };
-
-/// Whether a run has the lock right now.
-bool isBeingSurveyed(const std::filesystem::path& survey_dir);
 
 }  // namespace pelagrim_host

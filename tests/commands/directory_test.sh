@@ -97,6 +97,7 @@ run=$!
 for _ in {1..200}; do [ -s busy/survey.csv ] && break; sleep 0.05; done
 expect 3 "busy is being surveyed by process $run on " --dir busy --duration 1
 expect 0 "busy.html: " report busy -o busy.html
+check [ "$(stat -c %a busy/survey.lock)" = 600 ]  # who can open it can lock it
 kill "$run"
 wait "$run"
 expect 0 "survey: resumed" --dir busy --duration 1
