@@ -27,8 +27,8 @@ bool createFile(const std::filesystem::path& path, std::string_view text);
 /// Replaces what a file holds in one step, or creates it. Whatever fails, the file holds either the
 /// old text or the new one, and no other file is left behind. Returns once the text is on the disk.
 /// The file keeps its mode; a link stays a link, and the file that it leads to is replaced, unless
-/// the link is somebody else's. Anything but a regular file, such as a pipe or /dev/stdout, is written to in place. Throws
-/// FileError.
+/// the link is somebody else's. Anything but a regular file, such as a pipe or /dev/stdout, is
+/// written to in place. Throws FileError.
 void replaceFile(const std::filesystem::path& path, std::string_view text);
 
 /// The same, but keeps the old text as NAME~ first, replacing an older NAME~. Returns whether there
