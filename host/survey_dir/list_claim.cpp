@@ -68,7 +68,9 @@ SetAsideList::SetAsideList(const std::filesystem::path& survey_dir)
   const std::string text = readIfThere(results_path_).value_or("");
   for (int number = 1; copy_path_.empty(); ++number) {
     const auto path = survey_dir / fmt::format("survey-{}.csv", number);
-    if (createFile(path, text)) copy_path_ = path;
+    // createFile would write the text for every name that is taken.
+    const bool is_taken = std::filesystem::exists(std::filesystem::symlink_status(path));
+    if (!is_taken && createFile(path, text)) copy_path_ = path;
   }
 }
 
