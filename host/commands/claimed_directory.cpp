@@ -39,10 +39,10 @@ ClaimedDirectory::ClaimedDirectory(const Options& options, const SurveySetup& se
   if (lock_->lack()) view_.warning(*lock_->lack());
   if (const auto restored = restoreResults(directory_)) view_.warning(*restored);
   requireSurveyOrNothing(directory_);
-  const auto before = readMemory(directory_);
-  raster_hz_ = before ? before->settings.raster_hz
-                      : readSettings(directory_).value_or(SurveySettings{}).inForce().raster_hz;
-  takeList(options, before);
+  before_ = readMemory(directory_);
+  raster_hz_ = before_ ? before_->settings.raster_hz
+                       : readSettings(directory_).value_or(SurveySettings{}).inForce().raster_hz;
+  takeList(options);
   if (!setup.changes.isEmpty()) {
     editSettings(directory_, setup.changes);
     view_.note(
@@ -57,11 +57,11 @@ ClaimedDirectory::ClaimedDirectory(const Options& options, const SurveySetup& se
   }
 }
 
-void ClaimedDirectory::takeList(const Options& options, const std::optional<SurveyMemory>& before) {
+void ClaimedDirectory::takeList(const Options& options) {
   if (useOfList(directory_, memory_, options.list_wish) == ListUse::kGoOn) return;
   if (readIfThere(resultsPath(directory_)).value_or("").empty()) return;
   set_aside_.emplace(directory_);
-  set_aside_->beginAfresh(before);
+  set_aside_->beginAfresh(before_);
   raster_hz_.reset();
   view_.note(
       fmt::format("starts a new list; the old one is kept as {}", set_aside_->path().string()));
@@ -105,11 +105,13 @@ void ClaimedDirectory::keepBeforeMerging(double old_raster_hz, double raster_hz)
 }
 
 void ClaimedDirectory::dwellWritten() {
+  has_dwells_ = true;
   if (copy_) copy_->dwellWritten();
 }
 
 void ClaimedDirectory::end() {
   if (copy_) copy_->end();
+  if (!has_dwells_) putBackMemory(directory_, before_);  // the list has nothing of this source
   if (!set_aside_) return;
   const SetAsideList::Outcome outcome = set_aside_->settle();
   if (outcome == SetAsideList::Outcome::kUnneeded) {

@@ -36,18 +36,20 @@ class ClaimedDirectory {
   void end();
 
  private:
-  void takeList(const Options& options, const std::optional<SurveyMemory>& before);
+  void takeList(const Options& options);
   void rememberSource();
   void keepBeforeMerging(double old_raster_hz, double raster_hz);
 
   std::filesystem::path directory_;
   SurveyMemory memory_;
+  std::optional<SurveyMemory> before_;  ///< whose list it was
   SurveyView& view_;
   SurveySettings changes_;  ///< of the command line, until survey.cfg is read again
   std::string gain_;        ///< of a receiver, in words
   std::optional<RunLock> lock_;
   std::optional<double> raster_hz_;  ///< of the present list
   bool has_started_ = false;
+  bool has_dwells_ = false;
   std::optional<SetAsideList> set_aside_;
   std::unique_ptr<SafeCopy> copy_;
 };

@@ -51,6 +51,7 @@ cp first.csv kept.csv && chmod 604 kept.csv && rm "$back"/survey*.csv
 ln -s ../kept.csv "$back/survey.csv"
 : >e_433M_1M.cu8
 expect 1 "holds no samples" e_433M_1M.cu8 --dir "$back" --fresh
+expect 1 "holds no samples" e_433M_1M.cu8 --dir "$back" --continue
 ln -sf /dev/null "$back/survey.cfg"
 expect 1 "keeps no settings" e_433M_1M.cu8 --dir "$back" --fresh --dwell 3
 check cmp first.csv kept.csv
