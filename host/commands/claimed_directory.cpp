@@ -82,7 +82,7 @@ void ClaimedDirectory::surveyStarts() {
   if (raster_hz_) keepBeforeMerging(*raster_hz_, memory_.settings.raster_hz);
   raster_hz_ = memory_.settings.raster_hz;
   rememberSource();
-  if (copy_) copy_->surveyStarts();
+  if (copy_) copy_->surveyStarts(memory_.settings.raster_hz);
 }
 
 void ClaimedDirectory::rememberSource() {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "files/results_file.h"
 #include "host/process/signals.h"
 #include "host/process/whole_file.h"
 #include "host/survey_dir/survey_place.h"
@@ -36,13 +37,27 @@ bool isWhole(std::string_view results, size_t min_rows) {
   return !results.empty() && results.back() == '\n' && countRows(results) >= min_rows;
 }
 
+/// The channels that the plug-in will at least have when it has started from survey.csv: one for
+/// each slot of the raster, where the last row counts. 0 if the file is in the older format, whose
+/// centres it moves.
+size_t slotsIn(const std::filesystem::path& survey_dir, double raster_hz) {
+  const auto file = pelagrim::loadSurvey(survey_dir.string(), 0.0);
+  if (file.older) return 0;
+  pelagrim::Survey survey;
+  survey.raster_hz = raster_hz > 0.0 ? raster_hz : 1.0;
+  for (const pelagrim::Channel& channel : file.channels) survey.restore(channel);
+  return survey.size();
+}
+
 /// A text that the plug-in has finished writing. It may be writing right now, so the text has to be
 /// whole and read the same twice. Nothing if it never does.
 std::optional<std::string> readSteadily(const std::filesystem::path& path, size_t min_rows) {
   constexpr int kTries = 20;
+  std::string before;
   for (int i = 0; i < kTries; ++i) {
     auto results = readIfThere(path).value_or("");
-    if (isWhole(results, min_rows) && readIfThere(path) == results) return results;
+    if (isWhole(results, min_rows) && results == before) return results;
+    before = std::move(results);
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
   return std::nullopt;
@@ -76,6 +91,13 @@ SafeCopy::~SafeCopy() {
   }
   changed_.notify_one();
   if (thread_.joinable()) thread_.join();
+}
+
+void SafeCopy::surveyStarts(double raster_hz) {
+  const size_t min_rows = slotsIn(results_path_.parent_path(), raster_hz);
+  const std::lock_guard lock(mutex_);
+  min_rows_ = min_rows;
+  ++starts_;
 }
 
 void SafeCopy::dwellWritten() {
@@ -114,15 +136,24 @@ void SafeCopy::run() {
 
 void SafeCopy::copyNow(bool run_ended) {
   last_copy_ = std::chrono::steady_clock::now();
+  size_t min_rows = 0;
+  uint64_t starts = 0;
+  {
+    const std::lock_guard lock(mutex_);
+    min_rows = min_rows_;
+    starts = starts_;
+  }
   std::optional<std::string> results;
   try {
-    results = readSteadily(results_path_, list_may_shrink_ ? 0 : min_rows_);
+    results = readSteadily(results_path_, min_rows);
   } catch (const std::exception&) {
     return;  // a directory in its place, say; that it cannot be written is said at every dwell
   }
   if (!results) return;
+  min_rows = countRows(*results);
   keep({sequence_ + 1, run_ended, *std::move(results)});
-  list_may_shrink_ = false;
+  const std::lock_guard lock(mutex_);
+  if (starts == starts_) min_rows_ = min_rows;
 }
 
 /// Writes a list into the slot whose turn it is. A slot that failed is written again, because the
@@ -147,7 +178,6 @@ void SafeCopy::keep(const KeptList& list) {
     slots_[next_slot_].write(list);
     sequence_ = list.sequence;
     next_slot_ = 1 - next_slot_;
-    min_rows_ = countRows(list.results);
   });
   const std::lock_guard lock(mutex_);
   trouble_ = std::move(trouble);

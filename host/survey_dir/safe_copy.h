@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -36,9 +35,10 @@ class SafeCopy {
   SafeCopy(const SafeCopy&) = delete;
   SafeCopy& operator=(const SafeCopy&) = delete;
 
-  /// The plug-in starts afresh from survey.csv. With another raster it may have fewer channels than
-  /// before, which would otherwise mean that the file was cut short. Never waits.
-  void surveyStarts() { list_may_shrink_ = true; }
+  /// The plug-in is about to start from survey.csv with this raster. With another one it may have
+  /// fewer channels than before, but never fewer than the slots that the file's rows fall into: a
+  /// list that has was cut short. Reads the file.
+  void surveyStarts(double raster_hz);
 
   /// The plug-in has written survey.csv. Never waits.
   void dwellWritten();
@@ -59,14 +59,14 @@ class SafeCopy {
   std::array<CopySlot, 2> slots_;
   size_t next_slot_ = 0;
   uint64_t sequence_ = 0;
-  size_t min_rows_ = 0;  ///< of the last copy
-  std::atomic<bool> list_may_shrink_ = true;
   size_t reserved_bytes_ = 0;
   std::chrono::steady_clock::time_point last_copy_;
 
   std::mutex mutex_;  ///< guards the members below
   std::condition_variable changed_;
   bool has_news_ = false;
+  size_t min_rows_ = 0;  ///< that a whole list has now
+  uint64_t starts_ = 0;  ///< calls of surveyStarts
   bool stops_ = false;
   std::string trouble_;       ///< why the last copy failed; empty: it worked
   std::string told_trouble_;  ///< what the user was told last

@@ -51,6 +51,18 @@ kill_one() {
   fi
 }
 
+# expect TEXT VARIABLES...: that the preloaded disk fails, and what the program says about it.
+expect() {
+  local said
+  said=$(env "${@:2}" "$program" --quiet --dir "$work/survey" --dwell 0.05 --duration 0.1 2>&1) ||
+    true
+  [[ $said == *"$1"* ]] || { echo "FAILED: no '$1' with ${*:2}: $said"; failures=1; }
+}
+mkdir "$work/survey"
+list >"$work/survey/survey.csv"
+expect "could not be written whole" "LD_PRELOAD=$disk" FULL_AFTER_BYTES=100000
+expect "no safe copy of survey.csv can be kept" "LD_PRELOAD=$disk" FAIL_FLUSH=1
+
 for case in NOTHING=1 "LD_PRELOAD=$disk FULL_AFTER_BYTES=100000" "LD_PRELOAD=$disk FAIL_FLUSH=1"; do
   torn_files=0
   for ((i = 0; i < kills; ++i)); do

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "host/process/whole_file.h"
@@ -112,13 +113,16 @@ TEST_F(SafeCopyTest, KeepsThePreviousListWhenASlotIsTornOrTheListIsCut) {
   EXPECT_FALSE(newestCopy(dir_.path())->run_ended);
 }
 
-TEST_F(SafeCopyTest, AcceptsAShorterListWhenTheSurveyStartsAfresh) {
-  put(listOf(5));
-  SafeCopy copy(dir_.path(), std::chrono::milliseconds(0), [](const std::string&) {});
-  put(listOf(2));  // a new raster has merged some
-  copy.end();
-  EXPECT_EQ(newestCopy(dir_.path())->results, listOf(2));
-  EXPECT_TRUE(newestCopy(dir_.path())->run_ended);
+TEST_F(SafeCopyTest, AcceptsAShorterListOnlyWhereTheRasterMergesChannels) {
+  for (const auto& [rows, is_whole] : {std::pair(2, true), {1, false}}) {
+    put(listOf(5));
+    SafeCopy copy(dir_.path(), std::chrono::milliseconds(0), [](const std::string&) {});
+    copy.surveyStarts(15e3);  // 0 and 5 kHz are one slot, 10 to 20 kHz the next
+    put(listOf(rows));
+    copy.end();
+    EXPECT_EQ(newestCopy(dir_.path())->results, listOf(is_whole ? rows : 5));
+    EXPECT_EQ(newestCopy(dir_.path())->run_ended, is_whole);
+  }
 }
 
 }  // namespace
