@@ -11,6 +11,7 @@
 #include "host/survey_dir/ownership.h"
 #include "host/survey_dir/settings_doubts.h"
 #include "host/survey_dir/survey_place.h"
+#include "survey/slice_plan.h"
 
 namespace pelagrim_host {
 namespace {
@@ -21,12 +22,18 @@ std::chrono::milliseconds copyInterval(SourceKind kind) {
   return std::chrono::seconds(kind == SourceKind::kReceiver ? 0 : 1);
 }
 
+std::vector<double> slicesSwept(const pelagrim::Settings& settings, double sample_rate_hz) {
+  if (!settings.sweep) return {};
+  return pelagrim::planSlices(settings.start_hz, settings.stop_hz, sample_rate_hz);
+}
+
 }  // namespace
 
 ClaimedDirectory::ClaimedDirectory(const Options& options, const SurveySetup& setup,
-                                   SurveyMemory memory, SurveyView& view)
+                                   SurveyMemory memory, double sample_rate_hz, SurveyView& view)
     : directory_(setup.directory),
       memory_(std::move(memory)),
+      sample_rate_hz_(sample_rate_hz),
       view_(view),
       changes_(setup.changes),
       gain_(options.device.empty() ? "" : gainText(options.gain)) {
@@ -77,7 +84,8 @@ void ClaimedDirectory::surveyStarts() {
   const SurveySettings set = parseSettings(settings);
   // As in the plug-in, a key that is not in the file keeps its value, at first the default.
   memory_.settings = set.inForce(memory_.settings);
-  view_.inForce(inForceText(memory_.settings, set.without(changes_), gain_));
+  view_.inForce({inForceText(memory_.settings, set.without(changes_), gain_),
+                 memory_.settings.dwell_seconds, slicesSwept(memory_.settings, sample_rate_hz_)});
   changes_ = {};
   if (raster_hz_) keepBeforeMerging(*raster_hz_, memory_.settings.raster_hz);
   raster_hz_ = memory_.settings.raster_hz;

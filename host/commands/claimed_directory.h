@@ -23,11 +23,14 @@ class ClaimedDirectory {
   /// Throws TryAgainLater while another run has the directory, UsageError if its list belongs to
   /// another source, std::runtime_error if it cannot be used.
   ClaimedDirectory(const Options& options, const SurveySetup& setup, SurveyMemory memory,
-                   SurveyView& view);
+                   double sample_rate_hz, SurveyView& view);
 
   /// Call before every create of the plug-in: says which settings are in force, and keeps the old
   /// list if a new raster is about to merge channels.
   void surveyStarts();
+
+  /// What surveyStarts found to be in force.
+  const pelagrim::Settings& settingsInForce() const { return memory_.settings; }
 
   /// Call after every dwell: the plug-in has written its list.
   void dwellWritten();
@@ -43,6 +46,7 @@ class ClaimedDirectory {
   std::filesystem::path directory_;
   SurveyMemory memory_;
   std::optional<SurveyMemory> before_;  ///< whose list it was
+  double sample_rate_hz_;
   SurveyView& view_;
   SurveySettings changes_;  ///< of the command line, until survey.cfg is read again
   std::string gain_;        ///< of a receiver, in words

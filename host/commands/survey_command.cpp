@@ -28,7 +28,6 @@
 #include "host/view/source_text.h"
 #include "host/view/terminal_kind.h"
 #include "survey/dwell_timer.h"
-#include "survey/slice_plan.h"
 
 namespace pelagrim_host {
 namespace {
@@ -48,39 +47,12 @@ struct PreparedSurvey {
   std::optional<std::string> dwell_mismatch;
 };
 
-/// Reads the settings in force, each time that the plug-in has read survey.cfg.
-std::function<pelagrim::Settings()> settingsIn(const std::filesystem::path& directory) {
-  // As in the plug-in, a key that is not in the file keeps its value, at first the default.
-  return [directory, in_force = pelagrim::Settings{}]() mutable {
-    try {
-      in_force = readSettings(directory).value_or(SurveySettings{}).inForce(in_force);
-    } catch (const std::runtime_error&) {  // the plug-in goes on without the file, too
-    }
-    return in_force;
-  };
-}
-
-std::vector<double> slicesSwept(const pelagrim::Settings& settings, double rate_hz) {
-  if (!settings.sweep) return {};
-  return pelagrim::planSlices(settings.start_hz, settings.stop_hz, rate_hz);
-}
-
-std::unique_ptr<SurveyView> makeView(const Options& options,
-                                     const std::filesystem::path& directory) {
+std::unique_ptr<SurveyView> makeView(const Options& options) {
   if (options.json) return std::make_unique<JsonView>(stdout);
   const TerminalKind terminal = terminalKind(STDOUT_FILENO);
   if (options.quiet || !terminal.redraws) return std::make_unique<ConsoleView>(options.quiet);
-  return std::make_unique<LiveView>(
-      FrameStyle{terminal.colours, terminal.unicode},
-      LiveViewHooks{
-          .rescan = requestRescan,
-          .end = requestStop,
-          .dwell_length_seconds =
-              [settings = settingsIn(directory)] {
-                return std::optional(settings().dwell_seconds);
-              },
-          .slice_centres_hz = [settings = settingsIn(directory)](
-                                  double rate_hz) { return slicesSwept(settings(), rate_hz); }});
+  return std::make_unique<LiveView>(FrameStyle{terminal.colours, terminal.unicode},
+                                    LiveViewHooks{.rescan = requestRescan, .end = requestStop});
 }
 
 /// The view on a thread of its own, unless everything has to be done on one.
@@ -88,9 +60,9 @@ std::unique_ptr<SurveyView> viewInTheBackground(const Options& options,
                                                 std::unique_ptr<SurveyView> view) {
   if (options.threads == 1) return view;
   const bool is_live = !options.device.empty();
-  return std::make_unique<BackgroundView>(std::move(view),
-                                          is_live ? BackgroundView::Overflowing::kDrop
-                                                  : BackgroundView::Overflowing::kWait);
+  return std::make_unique<BackgroundView>(
+      std::move(view),
+      is_live ? BackgroundView::Overflowing::kDrop : BackgroundView::Overflowing::kWait);
 }
 
 /// What the directory will remember about this run.
@@ -119,7 +91,7 @@ SurveyMemory memoryOf(const Options& options, const IqSource& source, const Star
 
 PreparedSurvey prepare(const Options& options) {
   SurveySetup setup = setUpSurvey(options);
-  auto view = viewInTheBackground(options, makeView(options, setup.directory));
+  auto view = viewInTheBackground(options, makeView(options));
   auto reading_is_over = std::make_shared<std::atomic<bool>>(false);
   auto source = openSource(
       options, setup.inForce(), [&view](const std::string& line) { view->warning(line); },
@@ -128,8 +100,8 @@ PreparedSurvey prepare(const Options& options) {
   const StartTime start = startTime(options, *source);
   view->opened({source->name(), source->centreHz(), source->sampleRateHz()});
   if (source->facts()) view->note(sourceLine(*source, start));
-  auto directory =
-      std::make_unique<ClaimedDirectory>(options, setup, memoryOf(options, *source, start), *view);
+  auto directory = std::make_unique<ClaimedDirectory>(
+      options, setup, memoryOf(options, *source, start), source->sampleRateHz(), *view);
   if (const auto mismatch = bandMismatch(setup.inForce(), *source)) view->warning(*mismatch);
   const auto dwell_mismatch = dwellMismatch(setup.inForce(), *source);
   if (dwell_mismatch) view->warning(*dwell_mismatch);
@@ -149,8 +121,8 @@ SessionSettings sessionSettings(const Options& options, PreparedSurvey& survey,
   session.has_reader_thread = options.threads > 1;
   session.buffer_bytes = options.buffer_mib << 20U;
   session.end_reading = [over = survey.reading_is_over] { *over = true; };
-  session.dwell_length_ms = [settings = settingsIn(survey.setup.directory)] {
-    return pelagrim::dwellLengthMs(settings().dwell_seconds);
+  session.dwell_length_ms = [&directory = *survey.directory] {
+    return pelagrim::dwellLengthMs(directory.settingsInForce().dwell_seconds);
   };
   session.before_start = [&directory = *survey.directory] { directory.surveyStarts(); };
   session.after_dwell = [&results, &survey] {

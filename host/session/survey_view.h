@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/session/panel_reader.h"
 #include "host/session/tune_request.h"
@@ -33,6 +34,13 @@ struct SurveyProgress {
   double stalled_seconds = 0.0;  ///< since the last samples came, where none came in time
 };
 
+/// The settings that the plug-in surveys by.
+struct SettingsInForce {
+  std::string line;                        ///< in words
+  double dwell_seconds = 0.0;              ///< on each slice
+  std::vector<double> slice_centres_hz{};  ///< of a sweep; empty: it stays where it is
+};
+
 /// The state of a run at one moment.
 struct SurveySnapshot {
   SurveyProgress progress;
@@ -54,8 +62,8 @@ class SurveyView {
   /// The plug-in has read its files and starts to survey, at the start or after a rescan.
   virtual void started() {}
 
-  /// The settings in force from now on, in one line.
-  virtual void inForce(const std::string& line) { note(line); }
+  /// The settings in force from the next start on.
+  virtual void inForce(const SettingsInForce& settings) { note(settings.line); }
 
   /// A line from the host itself: what was taken from where, where files are.
   virtual void note(const std::string& line) = 0;

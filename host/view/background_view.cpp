@@ -47,8 +47,8 @@ void BackgroundView::started() {
   });
 }
 
-void BackgroundView::inForce(const std::string& line) {
-  add([line](SurveyView& view) { view.inForce(line); });
+void BackgroundView::inForce(const SettingsInForce& settings) {
+  add([settings](SurveyView& view) { view.inForce(settings); });
 }
 
 void BackgroundView::note(const std::string& line) {

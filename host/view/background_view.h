@@ -46,7 +46,7 @@ class BackgroundView final : public SurveyView {
 
   void opened(const SourceFacts& source) override;
   void started() override;
-  void inForce(const std::string& line) override;
+  void inForce(const SettingsInForce& settings) override;
   void note(const std::string& line) override;
   void warning(const std::string& line) override;
   void message(const std::string& line) override;

@@ -34,14 +34,11 @@ void LiveView::opened(const SourceFacts& source) {
   lines_.opened(source);
 }
 
-void LiveView::started() {
-  state_.dwell_length_seconds = hooks_.dwell_length_seconds();
-  state_.slice_centres_hz = hooks_.slice_centres_hz(state_.source.rate_hz);
-}
-
-void LiveView::inForce(const std::string& line) {
-  state_.in_force = line;
-  note(line);
+void LiveView::inForce(const SettingsInForce& settings) {
+  state_.in_force = settings.line;
+  state_.dwell_length_seconds = settings.dwell_seconds;
+  state_.slice_centres_hz = settings.slice_centres_hz;
+  note(settings.line);
 }
 
 void LiveView::note(const std::string& line) {

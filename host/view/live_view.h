@@ -20,12 +20,6 @@ namespace pelagrim_host {
 struct LiveViewHooks {
   std::function<void()> rescan;  ///< key r
   std::function<void()> end;     ///< key q
-  /// How long a dwell is, asked whenever the plug-in has read its files; nothing if not known.
-  std::function<std::optional<double>()> dwell_length_seconds;
-  /// The centres of the band's slices at a sample rate, asked right after; empty if not known.
-  std::function<std::vector<double>(double rate_hz)> slice_centres_hz = [](double) {
-    return std::vector<double>();
-  };
 };
 
 /// Shows a run on a terminal as a picture that is redrawn in place, four times a second.
@@ -39,8 +33,7 @@ class LiveView final : public SurveyView {
   ~LiveView() override;
 
   void opened(const SourceFacts& source) override;
-  void started() override;
-  void inForce(const std::string& line) override;
+  void inForce(const SettingsInForce& settings) override;
   void note(const std::string& line) override;
   void warning(const std::string& line) override;
   void message(const std::string& line) override;

@@ -47,7 +47,7 @@ class StagedView final : public SurveyView {
 
   void opened(const SourceFacts& source) override { tell("opened " + source.name); }
   void started() override { tell("started"); }
-  void inForce(const std::string& line) override { tell("in force " + line); }
+  void inForce(const SettingsInForce& in_force) override { tell("in force " + in_force.line); }
   void note(const std::string& line) override { tell("note " + line); }
   void warning(const std::string& line) override { tell("warning " + line); }
   void message(const std::string& line) override { tell(line); }
@@ -82,7 +82,7 @@ TEST(BackgroundView, TellsEverythingInOrderOnOneOtherThread) {
     BackgroundView view(std::make_unique<StagedView>(stage), Overflowing::kWait);
     view.opened({"band", 0, 0});
     view.started();
-    view.inForce("1");
+    view.inForce({"1", 20.0});
     view.note("2");
     view.warning("3");
     view.message("4");

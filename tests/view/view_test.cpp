@@ -146,7 +146,7 @@ TEST(LiveFrame, SaysHowARecordingGetsOnAndThatSamplesAreMissing) {
 
 TEST(LiveView, RepeatsTheLastLinesOnceItsScreenHasClosed) {
   testing::internal::CaptureStdout();
-  LiveView view({}, {.rescan = {}, .end = {}, .dwell_length_seconds = {}});
+  LiveView view({}, {.rescan = {}, .end = {}});
   while (!view.wantsSnapshot()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
   for (int i = 0; i < 22; ++i) view.message(std::to_string(i));
   view.finished({});
