@@ -1,6 +1,7 @@
 // A receiver for measurements, as a module for SoapySDR: it sends 16-bit samples at exactly the
 // rate asked for, keeps 50 ms of them as a driver does, and loses what is not read by then. At the
-// end it says how many that were. `signals` in its arguments is the number of carriers in each slice.
+// end it says how many that were. `signals` in its arguments is the number of carriers in each
+// slice.
 #include <SoapySDR/Device.hpp>
 #include <SoapySDR/Formats.hpp>
 #include <SoapySDR/Registry.hpp>

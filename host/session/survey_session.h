@@ -64,10 +64,10 @@ class SurveySession {
 
   /// Runs until the source ends, a limit is reached, or `stop` says so. Both functions are asked
   /// between blocks, and several times a second where no samples come; if `rescan` says so, the
-  /// plug-in saves and starts afresh with its current
-  /// files, and passes count from there. At the end the current dwell is evaluated and saved. A
-  /// source that fails ends the run the same way, and the failure is then rethrown. Throws
-  /// PluginError if a number of passes is asked for and the plug-in does not count dwells.
+  /// plug-in saves and starts afresh with its current files, and passes count from there. At the
+  /// end the current dwell is evaluated and saved. A source that fails ends the run the same way,
+  /// and the failure is then rethrown. Throws PluginError if a number of passes is asked for and
+  /// the plug-in does not count dwells.
   SessionResult run(
       const std::function<bool()>& stop,
       const std::function<bool()>& rescan = [] { return false; });
