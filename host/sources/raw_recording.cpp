@@ -44,9 +44,7 @@ size_t RawRecording::readNative(std::span<std::byte> bytes) {
   taken_bytes_ += got;
   if (got < bytes.size() && !stop_()) {
     if (left_over != 0) setLeftOver(left_over, format_->name);
-    if (taken_bytes_ < stream_->size().value_or(0)) {
-      setDamage("it became shorter while it was read; the samples before were surveyed");
-    }
+    if (taken_bytes_ < stream_->size().value_or(0)) setShrunk();
   }
   return got / format_->sampleBytes();
 }

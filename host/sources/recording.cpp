@@ -16,6 +16,10 @@ void Recording::setLeftOver(uint64_t bytes, std::string_view format) {
       bytes, format));
 }
 
+void Recording::setShrunk() {
+  setDamage("it became shorter while it was read; the samples before were surveyed");
+}
+
 void Recording::setFacts(RecordingFacts facts) {
   requireKnown(name_, facts);
   facts_ = std::move(facts);

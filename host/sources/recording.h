@@ -49,6 +49,9 @@ class Recording : public IqSource {
   /// The same for `bytes` at the end that are not a whole sample of `format`.
   void setLeftOver(uint64_t bytes, std::string_view format);
 
+  /// The same for a file that somebody cut while it was read.
+  void setShrunk();
+
  private:
   std::string name_;
   RecordingFacts facts_;

@@ -129,8 +129,12 @@ size_t WavRecording::read(std::span<std::complex<float>> block) {
   return samples;
 }
 
-/// At the end: whether everything that the header promises has come.
+/// At the end: whether everything has come that the header promises and that was there at first.
 void WavRecording::checkLength() {
+  if (sf_seek(file_.sound(), 0, SF_SEEK_CUR) < file_.info().frames) {
+    setShrunk();
+    return;
+  }
   if (file_.bytesAfter() > 0) {
     setDamage(
         fmt::format("it goes on for {} bytes after the samples that its header promises; "

@@ -1,6 +1,7 @@
 // Live receivers against a scripted SoapySDR driver.
 #include <gtest/gtest.h>
 
+#include <SoapySDR/Logger.hpp>
 #include <cmath>
 #include <functional>
 
@@ -12,7 +13,7 @@ namespace {
 
 struct LiveReceiver : testing::Test {
   void SetUp() override { script = {}; }
-  ReceiverConfig config{"driver=scripted", 1e6, 200e6, {}, {}, 0.0, {}, 0.001, 0.02};
+  ReceiverConfig config{"driver=scripted", 1e6, 200e6, {}, {}, 0.0, {}, 0.001, 0.2};
   std::vector<std::complex<float>> block = std::vector<std::complex<float>>(64);
 };
 
@@ -81,7 +82,7 @@ TEST_F(LiveReceiver, SurvivesOverflowsAndErrorsButNotALostDevice) {
   script.unplugged = true;
   EXPECT_EQ(
       failureOf([&] { receiver->read(block); }),
-      "driver=scripted: no samples for 0.02 s (TIMEOUT); check that the receiver is plugged in");
+      "driver=scripted: no samples for 0.2 s (TIMEOUT); check that the receiver is plugged in");
   script.throws = true;
   EXPECT_NE(failureOf([&] { receiver->read(block); }).find("usb gone"), std::string::npos);
   receiver.reset();
@@ -134,6 +135,17 @@ TEST_F(LiveReceiver, EndsInOneLineWhateverTheDriverThrowsOrReports) {
   script = {};
   script.mtu = SIZE_MAX;
   EXPECT_NE(failureOf([&] { openReceiver(config); }).find("which cannot be"), std::string::npos);
+}
+
+TEST_F(LiveReceiver, SteersNoTerminalWithWhatItQuotes) {
+  script.label = "radio \x1b[2J\n";
+  const std::string list = listReceivers();
+  EXPECT_NE(list.find("driver=scripted,serial=radio ␛[2J␊ "), std::string::npos) << list;
+  EXPECT_NE(list.find("  radio ␛[2J␊\n"), std::string::npos) << list;
+  openReceiver(config);  // from here on the drivers' lines pass through the program
+  testing::internal::CaptureStderr();
+  SoapySDR::log(SOAPY_SDR_WARNING, "lost \x1b[2J\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "receiver driver: lost ␛[2J␊\n");
 }
 
 TEST_F(LiveReceiver, SetsWhatIsAskedForAndNamesTheDevicesRangesOtherwise) {

@@ -30,6 +30,7 @@ struct Script {
   double sent_hz = 0.0;
   size_t waiting = 0, stale = 0;  // samples there at once; samples from the old centre
   size_t delivered = 0;           // since the last tune
+  std::string label;              // also its serial number
   std::string calls;
 };
 inline Script script;
@@ -124,7 +125,12 @@ class ScriptedDevice : public SoapySDR::Device {
 };
 
 inline const SoapySDR::Registry kDriver(
-    "scripted", [](const SoapySDR::Kwargs& device) { return SoapySDR::KwargsList{device}; },
+    "scripted",
+    [](const SoapySDR::Kwargs& device) {
+      SoapySDR::Kwargs found = device;
+      if (!script.label.empty()) found["label"] = found["serial"] = script.label;
+      return SoapySDR::KwargsList{found};
+    },
     [](const SoapySDR::Kwargs&) -> SoapySDR::Device* {
       if (script.throws_an_int) throw 42;
       return new ScriptedDevice;

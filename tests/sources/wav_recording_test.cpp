@@ -14,6 +14,12 @@ std::string number(uint64_t value, size_t bytes = 4) {
   return std::string(reinterpret_cast<const char*>(&value), bytes);
 }
 
+/// The start of a WAV file with 16-bit samples, behind its length.
+std::string waveAndFormat(uint64_t rate_hz) {
+  return "WAVEfmt " + number(16) + number(1, 2) + number(2, 2) + number(rate_hz) +
+         number(4 * rate_hz) + number(4, 2) + number(16, 2);
+}
+
 struct WavRecordings : Recordings {
   /// `wav`: a whole file with the 100 16-bit samples `samples`.
   void expectLengthsAreFollowed(const std::string& wav, const Samples& samples) {
@@ -82,9 +88,8 @@ struct WavRecordings : Recordings {
 };
 
 TEST_F(WavRecordings, AskWhichRateIsRightWhereHeaderAndNameDisagree) {
-  const std::string wav = "RIFF" + number(36 + 400) + "WAVEfmt " + number(16) + number(1, 2) +
-                          number(2, 2) + number(250'000) + number(1'000'000) + number(4, 2) +
-                          number(16, 2) + "data" + number(400) + std::string(400, 'x');
+  const std::string wav = "RIFF" + number(36 + 400) + waveAndFormat(250'000) + "data" +
+                          number(400) + std::string(400, 'x');
   for (const char* name : {"x_100M.wav", "x_100M_250k.wav", "x_100M_252k.wav", "x_100M_1M.wav"}) {
     dir_.write(name, wav);
     const bool agrees = name != std::string("x_100M_1M.wav");
@@ -140,14 +145,29 @@ TEST_F(WavRecordings, GiveTheSameFloatsAsRawAndSigmf) {
   }
 }
 
+TEST_F(Recordings, ThatShrinkWhileTheyAreReadAreDamaged) {
+  const std::string wav = "RIFF" + number(4036) + waveAndFormat(48000) + "data" + number(4000);
+  const std::pair<const char*, std::string> kinds[] = {{"x_100M_48k.cs16", ""},
+                                                       {"x_100M.wav", wav}};
+  for (const auto& [name, header] : kinds) {
+    dir_.write(name, header + std::string(4000, 'x'));
+    const auto source = open(name);
+    Samples half(500);
+    EXPECT_EQ(source->read(half), 500u) << name;
+    EXPECT_FALSE(source->damage()) << name;
+    std::filesystem::resize_file(dir_.path() / name, header.size() + 3000);
+    EXPECT_EQ(readAll(*source).size(), 250u) << name;
+    EXPECT_NE(source->damage().value_or("").find("it became shorter"), std::string::npos) << name;
+  }
+}
+
 /// 20:41:11.005 on the 6th of September 2018, no end, 1048576 Hz.
 constexpr unsigned char kAuxi[36] = {0xE2, 7, 9, 0, 4, 0, 6, 0, 20, 0, 41, 0, 11, 0, 5, 0, 0,  0,
                                      0,    0, 0, 0, 0, 0, 0, 0, 0,  0, 0,  0, 0,  0, 0, 0, 16, 0};
 
 TEST_F(WavRecordings, KnowWhatTheHeaderSaysWhateverTheNameSays) {
   const std::string auxi(reinterpret_cast<const char*>(kAuxi), sizeof(kAuxi));
-  const std::string chunks = "WAVEfmt " + number(16) + number(1, 2) + number(2, 2) + number(48000) +
-                             number(192000) + number(4, 2) + number(16, 2) + "odd " + number(3) +
+  const std::string chunks = waveAndFormat(48000) + "odd " + number(3) +
                              std::string(4, 'x') +  // padded to be even
                              "auxi" + number(36) + auxi + "data" + number(8) + number(0, 8);
   const std::string name = "HDSDR_20200101_000000Z_7M_48200Hz.wav";
