@@ -1,25 +1,7 @@
 #!/bin/bash
 # The command line of pelagrim-survey: exit statuses, messages, files left behind.
 # Usage: command_line_test.sh PROGRAM
-program=$(realpath "$1")
-here=$(mktemp -d) && cd "$here" || exit 1
-trap 'rm -rf "$here"' EXIT
-unset ORVANE_SURVEY_DIR
-failures=0
-
-# expect STATUS TEXT ARGUMENTS...: the status, and TEXT in what is printed (errors included).
-expect() {
-  local status=$1 text=$2 output
-  shift 2
-  output=$("$program" "$@" 2>&1)
-  local got=$?
-  if [[ $got != "$status" || $output != *"$text"* ]]; then
-    echo "FAILED: pelagrim-survey $*"
-    echo "  status $got instead of $status, or no '$text' in: $output"
-    failures=$((failures + 1))
-  fi
-}
-check() { "$@" || { echo "FAILED: $*"; failures=$((failures + 1)); }; }
+. "$(dirname "$0")/expect.sh"
 
 expect 0 "Usage: pelagrim-survey" --help
 expect 0 "pelagrim-survey 0." --version

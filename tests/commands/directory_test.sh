@@ -2,25 +2,7 @@
 # Whose list a survey directory holds, and how it is protected.
 #   tests/commands/directory_test.sh PROGRAM
 set -uo pipefail
-program=$(realpath "$1")
-here=$(mktemp -d) && cd "$here" || exit 1
-trap 'rm -rf "$here"' EXIT
-unset ORVANE_SURVEY_DIR SUDO_UID
-failures=0
-
-# expect STATUS TEXT ARGUMENTS...: the status, and TEXT in what is printed (errors included).
-expect() {
-  local status=$1 text=$2 output
-  shift 2
-  output=$("$program" "$@" 2>&1 </dev/null)
-  local got=$?
-  if [[ $got != "$status" || $output != *"$text"* ]]; then
-    echo "FAILED: pelagrim-survey $*"
-    echo "  status $got instead of $status, or no '$text' in: $output"
-    failures=$((failures + 1))
-  fi
-}
-check() { "$@" || { echo "FAILED: $*"; failures=$((failures + 1)); }; }
+. "$(dirname "$0")/expect.sh"
 
 mkdir other
 for _ in {1..4000}; do printf '\xc0\x80\x80\xc0\x40\x80\x80\x40'; done >g_433M_1M.cu8
