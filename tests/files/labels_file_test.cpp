@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "files/labels_text.h"
+#include "tests/support/not_finite.h"
 #include "tests/support/temporary_dir.h"
 
 namespace pelagrim {
@@ -72,9 +73,9 @@ TEST(LabelsFile, IsCreatedWithABandPlanIfMissing) {
 
 TEST(BandLabel, MatchesTheFirstRangeThatCoversAFrequency) {
   const std::vector<BandLabel> labels = {
-      {5.0, 5.0, "spot"}, {1.0, 5.0, "low"}, {4.0, 9.0, "high"}, {NAN, 99.0, "odd"}};
+      {5.0, 5.0, "spot"}, {1.0, 5.0, "low"}, {4.0, 9.0, "high"}, {kNan, 99.0, "odd"}};
   const std::pair<double, const char*> cases[] = {{1.0, "low"},  {4.9, "low"},   {5.0, "spot"},
-                                                  {5.1, "high"}, {9.0, nullptr}, {NAN, nullptr}};
+                                                  {5.1, "high"}, {9.0, nullptr}, {kNan, nullptr}};
   for (const auto& [hz, name] : cases) {
     const BandLabel* const found = lookupLabel(labels, hz);
     EXPECT_EQ(found == nullptr ? "" : found->name, name == nullptr ? "" : name) << hz;

@@ -6,6 +6,7 @@
 
 #include "files/c_locale.h"
 #include "files/results_row.h"
+#include "tests/support/not_finite.h"
 #include "tests/support/temporary_dir.h"
 
 namespace pelagrim {
@@ -92,7 +93,7 @@ TEST(ResultsFile, MovesTheCentresOfAnOlderFileDownHalfABin) {
 
 TEST(ResultsFile, CutsARowThatOddLevelsMakeTooLong) {
   Survey survey;
-  survey.restore({145e6, NAN, 1e300, INFINITY, INT64_MIN, INT64_MAX, 1, 1, -1e300, 0.5});
+  survey.restore({145e6, kNan, 1e300, kInfinity, INT64_MIN, INT64_MAX, 1, 1, -1e300, 0.5});
   const std::string text = surveyText(survey);
   const std::string row = text.substr(text.find("145000000"));
   EXPECT_EQ(row.size(), 256U);

@@ -143,15 +143,4 @@ TEST(Dwell, HandsAHalfGatheredFrameToTheNext) {
   EXPECT_EQ(host.lastLine(), "survey: 145.000 MHz, 1 here, 1 known after 2 dwells");
 }
 
-TEST(Dwell, WithoutAPositiveSampleRateFindsNothingButCounts) {
-  for (const double rate_hz : {0.0, -1.0, std::nan("")}) {
-    PluginHost host;
-    host.create(rate_hz, 145e6);
-    host.process(band(1, {100}));
-    host.iq->destroy(host.handle);
-    EXPECT_EQ(host.lastLine(), "survey: 145.000 MHz, 0 here, 0 known after 1 dwell") << rate_hz;
-    EXPECT_EQ(host.dir.read("survey.csv"), kHeader);
-  }
-}
-
 }  // namespace

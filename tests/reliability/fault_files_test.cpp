@@ -71,22 +71,6 @@ TEST(FileCalls, FailWithoutHarmWhicheverItIs) {
   }
 }
 
-TEST(FileCalls, ThatFailToReadLeaveSettingsAsTheyWereAndNoLabelsOrChannels) {
-  for (const auto call : {faults::Call::kOpenToRead, faults::Call::kRead}) {
-    PluginHost host;
-    host.dir.write("survey.cfg", "start = 145e6\nstop = 147e6\ndwell_seconds = 7\n");
-    FaultScenario::fill(host);
-    host.create(1024000.0, 145e6);
-    ASSERT_EQ(host.rows().size(), 3U);
-    faults::during({.call = call, .first = 1, .count = 1'000, .error = EIO},
-                   [&] { host.create(1024000.0, 145e6); });
-    EXPECT_EQ(host.lastLine(), "survey: 145.000-147.000 MHz in 3 slices of 1.02 MHz, 7 s each");
-    EXPECT_EQ(
-        host.rows(),
-        (std::vector<Row>{{"Survey", "sweeping", "3", "slices", "0", "dwells done", "0 labels"}}));
-  }
-}
-
 TEST(FileCalls, WriteTheWholeTextAtOnce) {
   PluginHost host;
   FaultScenario scenario;

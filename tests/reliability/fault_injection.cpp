@@ -90,7 +90,6 @@ int fclose(std::FILE* file) {
 void* __libc_malloc(size_t bytes);
 void* __libc_calloc(size_t count, size_t bytes);
 void* __libc_realloc(void* block, size_t bytes);
-void* __libc_memalign(size_t alignment, size_t bytes);
 void __libc_free(void* block);
 
 static void* counted(void* block) {
@@ -107,16 +106,6 @@ void* realloc(void* block, size_t bytes) {
   if (strikes(Call::kAllocate)) return nullptr;
   void* const moved = __libc_realloc(block, bytes);
   return block == nullptr ? counted(moved) : moved;
-}
-void* memalign(size_t alignment, size_t bytes) {
-  return strikes(Call::kAllocate) ? nullptr : counted(__libc_memalign(alignment, bytes));
-}
-void* aligned_alloc(size_t alignment, size_t bytes) {
-  return memalign(alignment, bytes);
-}
-int posix_memalign(void** block, size_t alignment, size_t bytes) {
-  *block = memalign(alignment, bytes);
-  return *block == nullptr ? ENOMEM : 0;
 }
 void free(void* block) {
   if (block != nullptr) --faults::g_live;

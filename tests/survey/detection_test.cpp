@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "survey/percentile.h"
+#include "tests/support/not_finite.h"
 
 namespace pelagrim {
 namespace {
@@ -25,7 +26,7 @@ TEST(Percentile, PicksTheNearestRank) {
       {{8, 7, 6, 5, 4, 3, 2, 1, 0}, 0.5, 4},
       {{1, 2, 3}, 7.0, 3},
       {{1, 2, 3}, -7.0, 1},
-      {{1, 2, 3}, NAN, 1},
+      {{1, 2, 3}, kNan, 1},
       {{nan, 5, nan, 4}, 0.3, 5},
   };
   for (const Case& c : cases) EXPECT_EQ(percentileDb(c.levels, c.p), c.expected);
@@ -71,7 +72,7 @@ TEST(Detections, AreRunsOfTwoOrMoreBinsStrictlyAboveTheLevel) {
   EXPECT_EQ(found[1].peak_db, 13.0);
   EXPECT_EQ(found[1].floor_db, 0.0);
   EXPECT_EQ(found[2].centre_hz, 143976000.0 + 1022.5 * 2000.0);
-  EXPECT_TRUE(detect({{5, 99}, {6, 99}}, NAN).empty());
+  EXPECT_TRUE(detect({{5, 99}, {6, 99}}, kNan).empty());
 }
 
 TEST(Detections, MeasureTheFloorOnTheQuietBinsUnlessTheBandIsFull) {
@@ -99,7 +100,7 @@ TEST(Detections, NeedFourBinsAndAPositiveRate) {
   EXPECT_TRUE(findDetections(tiny, {1e6, 0.0}, 1.0).empty());
   const std::vector<float> few = {0.0F, 50.0F, 50.0F, 0.0F, 0.0F, 0.0F};
   EXPECT_EQ(findDetections(few, {1e6, 0.0}, 1.0).size(), 1U);
-  for (const double rate_hz : {0.0, -1.0, static_cast<double>(NAN)}) {
+  for (const double rate_hz : {0.0, -1.0, kNan}) {
     EXPECT_TRUE(findDetections(few, {rate_hz, 0.0}, 1.0).empty());
   }
 }

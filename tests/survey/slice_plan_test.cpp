@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "survey/dwell_timer.h"
+#include "tests/support/not_finite.h"
 
 namespace pelagrim {
 namespace {
@@ -23,9 +22,9 @@ TEST(SlicePlan, CoversTheBandWithOverlappingSlices) {
       {146, 146, 1, {}},
       {144, 146, 0, {}},
       {144, 146, -1, {}},
-      {NAN, 146, 1, {}},
-      {144, 146, NAN, {145}},
-      {144, 146, INFINITY, {145}},
+      {kNan, 146, 1, {}},
+      {144, 146, kNan, {145}},
+      {144, 146, kInfinity, {145}},
   };
   for (const Case& c : cases) {
     const auto slices = planSlices(c.start_mhz * 1e6, c.stop_mhz * 1e6, c.rate_mhz * 1e6);
@@ -35,7 +34,7 @@ TEST(SlicePlan, CoversTheBandWithOverlappingSlices) {
     }
   }
   EXPECT_EQ(planSlices(0, 1e12, 1).size(), 100001U);
-  EXPECT_EQ(planSlices(0, INFINITY, 1e6).size(), 100001U);
+  EXPECT_EQ(planSlices(0, kInfinity, 1e6).size(), 100001U);
 }
 
 TEST(DwellTimer, MeasuresDwellsOfEveryLength) {
@@ -52,12 +51,18 @@ TEST(DwellTimer, MeasuresDwellsOfEveryLength) {
       {5, 5, 0.0009, true},
       {5, 4, 0, false},
       {5, 4, -0.001, true},
-      {1, 20001, NAN, true},
-      {1, 20000, NAN, false},
-      {1, INT64_MAX, INFINITY, false},
-      {INT64_MAX, 1, -INFINITY, true},
-      {INT64_MIN, INT64_MAX, 20, false},
+      {1, 20001, kNan, true},
+      {1, 20000, kNan, false},
+      {1, INT64_MAX, kInfinity, false},
+      {INT64_MAX, 1, -kInfinity, true},
+      {INT64_MIN, INT64_MAX, 20, false},  // 1 ms back, around the end
       {INT64_MAX, INT64_MIN, 0.001, true},
+      {INT64_MAX, INT64_MIN + 19'998, 20, false},
+      {INT64_MAX, INT64_MIN + 19'999, 20, true},
+      {INT64_MAX - 20'000, INT64_MAX, 20, true},
+      {-20'000, -1, 20, false},
+      {-20'000, 1, 20, true},
+      {1'000'000, 1'000'000 - 365LL * 86'400'000, 20, false},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(dwellIsOver(c.start_ms, c.now_ms, c.dwell_seconds), c.over)

@@ -108,10 +108,10 @@ TEST_P(SpectrumKernel, KeepsTheClassOfEveryPowerWhereFiniteSamplesOverflowInOneO
   std::fill(spectrum.window.begin(), spectrum.window.end(), 1.0F);
   Samples iq(kFrame);
   // Few bits set in n mean few multiplications after these stages, so that the classes stay apart.
-  for (const size_t distance : {512, 256, 128, 64}) {
+  for (const size_t distance : {512U, 256U, 128U, 64U}) {
     for (size_t n = 0; n < kSpectrumBins - distance; n += 16) {
       for (const float partner : {kLargest, -kLargest}) {
-        for (const size_t part : {0, 1}) {
+        for (const size_t part : {0U, 1U}) {
           iq[2 * n + part] = kLargest;
           iq[2 * (n + distance) + part] = partner;
           expectPlainPowers(iq, std::to_string(n) + " and " + std::to_string(distance) + " on");
@@ -137,7 +137,18 @@ INSTANTIATE_TEST_SUITE_P(Lanes, SpectrumKernel,
                                          Form{"16", addFramePower16, hasAddFramePower16}),
                          [](const auto& run) { return run.param.lanes; });
 
-TEST(SpectrumTake, CutsAStreamIntoFramesWhateverTheSizeOfItsBlocks) {
+TEST(Spectrum, WindowIsASymmetricHannWindow) {
+  Spectrum spectrum;
+  spectrum.prepare();
+  const std::pair<size_t, float> literals[] = {
+      {0, 0.0F}, {1, 9.430769e-06F}, {100, 0.09138035F}, {256, 0.50076777F}, {511, 0.99999762F}};
+  for (const auto& [i, value] : literals) {
+    EXPECT_FLOAT_EQ(spectrum.window[i], value) << i;
+    EXPECT_FLOAT_EQ(spectrum.window[1023 - i], value) << i;
+  }
+}
+
+TEST(Spectrum, CutsAStreamIntoFramesWhateverTheSizeOfItsBlocks) {
   std::mt19937 random(4);
   std::normal_distribution<float> noise;
   const std::vector<size_t> blocks = {0,    1,    2, 1023,  1024,   1025,   2047, 2500, 0,
