@@ -140,6 +140,7 @@ echo '{"global":{"core:datatype":"cu8","core:sample_rate":1e6,"core:version":"1.
 tar cf packed.sigmf tone.sigmf-meta tone.sigmf-data
 expect 0 "known after 1 dwell" tone.cu8 --dir raw "${time[@]}"
 check grep -q "^[0-9]" raw/survey.csv
+check grep -q '"start_is_guess": false' raw/survey-source.json
 for source in tone.wav tone.sigmf-meta tone.sigmf-data packed.sigmf; do
   expect 0 "known after 1 dwell" $source --dir ${source/./-} "${time[@]:2}"
   check cmp raw/survey.csv ${source/./-}/survey.csv

@@ -97,11 +97,18 @@ TEST(Export, ChirpTakesRadioStepsOnlyWhereRadiosHaveThem) {
   SurveyFiles files;
   files.rows = parseSurveyRows(
       "1008030,1,1,1,1,1,1,1,1,1,AM?\n118101200,1,1,1,1,1,1,1,1,1,AM?\n"
-      "433921234,1,1,1,1,1,1,1,1,1,?\n446018700,1,1,1,1,1,1,1,1,1,NFM?\n");
+      "145015000,9000,1,1,1,1,1,1,1,1,NFM?\n433921234,1,1,1,1,1,1,1,1,1,?\n"
+      "446018700,20000,1,1,1,1,1,1,1,1,wide NFM?\n");
   const auto memories = linesOf(chirpMemories(selectChannels(files, {})));
-  const char* const tuned[] = {",1.008000,", ",118.100000,", ",433.921230,", ",446.018750,"};
+  const std::pair<const char*, const char*> tuned[] = {{",1.008000,", ",AM,5.00,"},
+                                                       {",118.100000,", ",AM,5.00,"},
+                                                       {",145.015000,", ",NFM,5.00,"},
+                                                       {",433.921230,", ",Auto,5.00,"},
+                                                       {",446.018750,", ",FM,6.25,"}};
   for (size_t at = 0; at < std::size(tuned); ++at) {
-    EXPECT_NE(memories.at(at + 1).find(tuned[at]), std::string::npos) << memories.at(at + 1);
+    const std::string& memory = memories.at(at + 1);
+    EXPECT_NE(memory.find(tuned[at].first), std::string::npos) << memory;
+    EXPECT_NE(memory.find(tuned[at].second), std::string::npos) << memory;
   }
 }
 

@@ -78,6 +78,8 @@ TEST(WholeFile, AFailureLeavesTheOldTextAndNothingElse) {
     EXPECT_THROW(replaceFile(dir.path() / "file", std::string(5000, 'x')), FileError);
     EXPECT_THROW(replaceFileKeepingOld(dir.path() / "other", std::string(5000, 'x')), FileError);
   }
+  EXPECT_FALSE(createFile(dir.path() / "file", "new"));
+  EXPECT_THROW(createFile(dir.path() / std::string(300, 'x'), "new"), FileError);
   EXPECT_EQ(dir.read("file"), "old");
   EXPECT_EQ(namesIn(dir.path()), std::set<std::string>{"file"});
   EXPECT_THROW(replaceFile("/dev/full", "x"), FileError);

@@ -270,6 +270,7 @@ TEST(Report, ShowsAnyNameWithoutTakingItForMarkup) {
   report.channels[0].channel.peak_db = std::nan("");
   report.layout = layOutBand(report.channels, report.band_plan, {});
   const std::string page = reportPage(report);
+  EXPECT_EQ(page.find("{{page.css"), std::string::npos) << "a place is not filled";
   const size_t begin = page.find("id=\"survey\">");
   const std::string data = page.substr(begin, page.find("</script>", begin) - begin);
   EXPECT_NE(data.find("{{page.js}}"), std::string::npos) << "the data end at the name's markup";
