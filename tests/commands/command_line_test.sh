@@ -18,6 +18,7 @@ expect 2 "is not a level in dB from 0 on" --threshold -12
 expect 2 "144.000 MHz to 146.000 MHz, is no part of 430.000 MHz to 440.000 MHz; give --band" \
   --simulate 430M:440M
 expect 2 "did you mean pelagrim-survey report?" erprot x.survey
+expect 1 "cannot open erpotrx" erpotrx  # two swaps and a letter: too far from it
 expect 2 "did you mean pelagrim-survey export?" Exprot
 expect 2 "did you mean pelagrim-survey --info?" info noise.cu8
 expect 1 "cannot open gone.cu8: No such file" gone.cu8

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <tuple>
 
 namespace pelagrim_host {
 namespace {
@@ -52,8 +53,8 @@ TEST(SimulatedBand, RefusesFrequenciesOutOfRangeAndEndsOnTime) {
     EXPECT_EQ(band.centreHz(), 145e6);
     EXPECT_THROW(SimulatedBand({.centre_hz = hz}), SourceError);
   }
-  EXPECT_EQ(band.tune(146.9e6), kTuneAccepted);  // up to one rate beyond the band
-  EXPECT_EQ(band.tune(143.1e6), kTuneAccepted);
+  EXPECT_EQ(band.tune(147e6), kTuneAccepted);  // up to one rate beyond the band
+  EXPECT_EQ(band.tune(143e6), kTuneAccepted);
   EXPECT_THROW(SimulatedBand({.low_hz = 146e6, .high_hz = 144e6}), SourceError);
   Samples block(20000);
   EXPECT_EQ(band.read(block), 10000U);
@@ -81,6 +82,18 @@ TEST(SimulatedPopulation, FillsTheBandInOrderWithStationsApartAndOnTheirRaster) 
   for (const auto& [seconds, strength] :
        {std::pair(1.0, 0.0), {3.0, 1.0}, {6.0, 0.0}, {13.0, 1.0}, {26.0, 0.0}, {-7.0, 1.0}}) {
     EXPECT_EQ(station.strengthAt(seconds), strength) << seconds;
+  }
+}
+
+TEST(ProgrammeLoop, RunsStraightFromPointToPointAndIntegratesThatExactly) {
+  const ProgrammeLoop loop = {
+      .rate_hz = 2.0, .level = {1, -1, 1, -1}, .integral_s = {0, 0, 0, 0}, .side_band = {}};
+  const std::tuple<double, double, double> cases[] = {
+      {0.0, 1.0, 0.0},     {0.25, 0.0, 0.125},     {0.375, -0.5, 0.09375}, {0.5, -1.0, 0.0},
+      {0.75, 0.0, -0.125}, {1.875, 0.5, -0.09375}, {2.25, 0.0, 0.125}};
+  for (const auto& [seconds, level, integral_s] : cases) {
+    EXPECT_EQ(loop.levelAt(loop.at(seconds)), level) << seconds;
+    EXPECT_EQ(loop.integralAt(loop.at(seconds)), integral_s) << seconds;
   }
 }
 
