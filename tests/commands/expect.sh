@@ -1,4 +1,4 @@
-# For the tests of the command line: sourced with the program as $1, it moves into an empty directory
+# For the tests of the command line: sourced with the program as $1, it moves to an empty directory
 # and brings `expect` and `check`, which count failures.
 program=$(realpath "$1")
 here=$(mktemp -d) && cd "$here" || exit 1

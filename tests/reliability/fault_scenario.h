@@ -34,7 +34,10 @@ class FaultScenario {
     step(host, [&] { host.iq->retune(host.handle, 145.4e6); });
     dwell(one_tone_);
     step(host, [&] { host.iq->poll_text(host.handle, text_, sizeof text_); });
-    step(host, [&] { host.panel->poll_rows(host.handle, rows_, 8); });
+    rows_[0].cells[0][0] = '?';
+    unsigned rows = 0;
+    step(host, [&] { rows = host.panel->poll_rows(host.handle, rows_, 8); });
+    EXPECT_TRUE(rows == 0 || rows_[0].cells[0][0] == 'S') << "a row that was not written";
     step(host, [&] { host.create(kRateHz, 145.4e6); });
     dwell(one_tone_);
     host.process(one_tone_);
