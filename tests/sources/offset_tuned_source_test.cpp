@@ -39,6 +39,7 @@ TEST(OffsetTunedSource, MovesTheSpikeByExactlyTheOffsetHoweverLongItRuns) {
       EXPECT_LT(std::abs(std::complex<double>(block[i]) - expected), 1e-6);
     }
   }
+  EXPECT_EQ(Spike().skip(65537), 65537U) << "a source that cannot skip reads";
   EXPECT_THROW(OffsetTunedSource(std::make_unique<Spike>(), 500e3), SourceError);
   auto at_its_limit = std::make_unique<Spike>();
   at_its_limit->limit_hz = at_its_limit->hz;
