@@ -81,6 +81,12 @@ TEST(Survey, RanksByActivityThenCentreThenSlotWithOddCentresLast) {
     ASSERT_EQ(busiest.size(), std::min(max_count, expected.size()));
     for (size_t i = 0; i < busiest.size(); ++i) EXPECT_EQ(busiest[i].peak_db, expected[i]);
   }
+  for (uint32_t i = 0; i < 50; ++i)
+    survey.channels[100 + i] = {.hits = 1 + i * 7 % 50, .looks = 50};
+  const std::vector<Channel> all = survey.byActivity();
+  for (size_t max_count = 1; max_count <= all.size(); ++max_count) {
+    EXPECT_EQ(survey.busiest(max_count).back().hits, all[max_count - 1].hits) << max_count;
+  }
 }
 
 TEST(SignalKind, IsGuessedFromTheWidth) {
