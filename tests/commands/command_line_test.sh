@@ -4,6 +4,7 @@
 . "$(dirname "$0")/expect.sh"
 
 expect 0 "Usage: pelagrim-survey" --help
+expect 0 "  --offset SECONDS  " --help
 expect 0 "pelagrim-survey 0." --version
 expect 0 "interface   version 3" --plugin-info
 expect 0 "repeater" --list-stations

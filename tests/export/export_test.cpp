@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <tuple>
 
 #include "host/export/csv_field.h"
 #include "host/export/export_formats.h"
@@ -109,6 +110,22 @@ TEST(Export, ChirpTakesRadioStepsOnlyWhereRadiosHaveThem) {
     const std::string& memory = memories.at(at + 1);
     EXPECT_NE(memory.find(tuned[at].first), std::string::npos) << memory;
     EXPECT_NE(memory.find(tuned[at].second), std::string::npos) << memory;
+  }
+}
+
+TEST(Export, AKindIsHeardInItsModeAndAtLeastAsWide) {
+  using enum ListeningMode;
+  const std::tuple<const char*, double, ListeningMode, double> cases[] = {
+      {"carrier?", 300, kCw, 500},  {"SSB/CW?", 2401, kUsb, 2800},     {"AM?", 8000, kAm, 10000},
+      {"NFM?", 16010, kNfm, 16100}, {"wide NFM?", 20000, kNfm, 25000}, {"WFM?", 150e3, kWfm, 180e3},
+      {"?", 0, kNone, 100}};
+  for (const auto& [kind, width_hz, mode, bandwidth_hz] : cases) {
+    SurveyedChannel channel;
+    channel.centre_hz = 50e6;
+    channel.width_hz = width_hz;
+    channel.kind = kind;
+    EXPECT_EQ(listeningTo(channel).mode, mode) << kind;
+    EXPECT_EQ(listeningTo(channel).bandwidth_hz, bandwidth_hz) << kind;
   }
 }
 

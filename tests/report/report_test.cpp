@@ -191,6 +191,21 @@ TEST(BandSvg, DrawsTheWideFirstThenTheTallInTheColoursOfTheLegend) {
   EXPECT_EQ(svg.find("opacity:."), std::string::npos);
 }
 
+TEST(BandSvg, LabelsInEachOthersWayAreNotBothDrawn) {
+  for (const double level_db : {40.0, 20.0}) {
+    ReportData report;
+    report.channels =
+        withoutComparison({channelAt(144e6, 3e3, 1, 1), channelAt(145e6, 3e3, 1, 1),
+                           channelAt(145.08e6, 3e3, 1, 1), channelAt(146e6, 3e3, 1, 1)});
+    report.channels[1].channel.peak_db = 40.0;
+    report.channels[2].channel.peak_db = level_db;
+    report.layout = layOutBand(report.channels, {}, {});
+    const std::string svg = bandSvg(report);
+    EXPECT_NE(svg.find(">145.0000<"), std::string::npos);
+    EXPECT_EQ(svg.find(">145.0800<") == std::string::npos, level_db == 40.0) << level_db;
+  }
+}
+
 TEST(BandSvg, TellsTheBandAndTheTimesOfTheSurveyAndNotOfWhatIsGone) {
   ReportData report;
   report.layout = layOutBand({}, {}, {});
