@@ -181,7 +181,17 @@ expect 1 "cannot open gone␊␛[2J.cu8" $'gone\n\e[2J.cu8' "${time[@]}"
 expect 0 "" noise.cu8 --dir file "${time[@]}"
 "$program" - --format cu8 --dir pipe "${time[@]}" < <(cat noise.cu8) > /dev/null 2>&1
 check cmp file/survey.csv pipe/survey.csv
+"$program" noise.cu8 --dir one_thread --threads 1 "${time[@]}" > /dev/null
+check cmp file/survey.csv one_thread/survey.csv
+# A pipe that stays open and silent: the run ends where it has what it wanted, or gives up if asked.
+mkfifo open_433M_1M.cu8
+exec 7<> open_433M_1M.cu8
+cat noise.cu8 >&7
+expect 0 "survey written to open.survey/" open_433M_1M.cu8 --dir open.survey \
+  --passes 1 --dwell 0.004 --block 1000
+exec 7>&-
 mkfifo fifo_433M_1M.cu8
+expect 1 "nothing has come for 0.2 s" fifo_433M_1M.cu8 --dir nobody --stall-timeout 0.2
 "$program" fifo_433M_1M.cu8 --offset 1 > fifo.txt 2>&1 &
 waiting=$!
 "$program" --dir c --duration 1e9 > run.txt &

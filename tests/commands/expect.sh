@@ -10,7 +10,7 @@ failures=0
 expect() {
   local status=$1 text=$2 output
   shift 2
-  output=$("$program" "$@" 2>&1 </dev/null)
+  output=$(timeout 60 "$program" "$@" 2>&1 </dev/null)
   local got=$?
   if [[ $got != "$status" || $output != *"$text"* ]]; then
     echo "FAILED: pelagrim-survey $*"
