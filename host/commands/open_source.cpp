@@ -102,6 +102,13 @@ std::unique_ptr<IqSource> openTunable(const Options& options, const pelagrim::Se
   return std::make_unique<OffsetTunedSource>(std::move(source), options.lo_offset_hz);
 }
 
+/// The stations of a recording are not known, and nobody can change when they transmit.
+void refuseSimulatedOnly(const Options& options) {
+  if (!options.irregular && options.truth.empty()) return;
+  throw UsageError(fmt::format("{} is for the simulated band; leave {} out",
+                               options.irregular ? "--irregular" : "--truth", options.source));
+}
+
 /// Says what is wrong with the file's name itself, before anything is asked about its samples.
 void requireRecording(const std::string& source) {
   struct stat found = {};
@@ -133,12 +140,14 @@ SimulatedBandConfig simulatedBandConfig(const Options& options,
     config.centre_hz = simulated.low_hz + 0.5 * config.sample_rate_hz;
   }
   config.seed = options.seed;
+  config.irregular = options.irregular;
   return config;
 }
 
 std::unique_ptr<IqSource> openSource(const Options& options, const pelagrim::Settings& settings,
                                      const RemarkSink& remark, const StopFunction& stop) {
   if (options.source.empty()) return openTunable(options, settings, remark, stop);
+  refuseSimulatedOnly(options);
   if (!isStandardInput(options)) requireRecording(options.source);
   if (options.lo_offset_hz != 0.0) {
     throw UsageError("--lo-offset: a recording cannot be tuned; leave the option out");

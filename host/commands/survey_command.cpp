@@ -15,6 +15,7 @@
 #include "host/commands/load_plugin.h"
 #include "host/commands/open_source.h"
 #include "host/commands/survey_setup.h"
+#include "host/commands/truth_file.h"
 #include "host/process/signals.h"
 #include "host/session/survey_clock.h"
 #include "host/session/survey_session.h"
@@ -91,6 +92,7 @@ SurveyMemory memoryOf(const Options& options, const IqSource& source, const Star
 
 PreparedSurvey prepare(const Options& options) {
   SurveySetup setup = setUpSurvey(options);
+  requirePlaceForTruth(options, setup);
   auto view = viewInTheBackground(options, makeView(options));
   auto reading_is_over = std::make_shared<std::atomic<bool>>(false);
   auto source = openSource(
@@ -195,6 +197,7 @@ void runSurvey(const Options& options) {
   PreparedSurvey survey = prepare(options);
   ResultsWatch results(resultsPath(survey.setup.directory));
   const SessionResult result = run(options, plugin, survey, results);
+  writeTruth(options, survey.setup, survey.start, result.samples, *survey.view);
   sumUp(survey, result, results);
 }
 

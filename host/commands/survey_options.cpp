@@ -144,6 +144,13 @@ void addSourceOptions(CLI::App& app, CommandLine& line) {
   addParsed(app, "--seed", countBetween<uint64_t>(0, UINT64_MAX), options.seed, kCount,
             "Seed of the simulated band: the same seed gives the same samples")
       ->type_name("N");
+  app.add_flag("--irregular", options.irregular,
+               "Most stations of the simulated band come and go at random");
+  app.add_option("--truth", options.truth,
+                 "Write each transmission in the simulated band to FILE at the end,\n"
+                 "as JSON lines")
+      ->type_name("FILE")
+      ->check(notEmpty);
 }
 
 std::optional<double> parseUpToAMinute(std::string_view text) {
@@ -165,7 +172,7 @@ void addReceiverOptions(CLI::App& app, CommandLine& line) {
           ->type_name("ARGS")
           ->check(notEmpty);
   for (const char* ruled_out : {"SOURCE", "--format", "--offset", "--loop", "--verify",
-                                "--start-time", "--simulate", "--seed"}) {
+                                "--start-time", "--simulate", "--seed", "--irregular", "--truth"}) {
     device->excludes(app.get_option(ruled_out));
   }
   addTask(app, Task::kListDevices, line.task);

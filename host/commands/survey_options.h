@@ -24,6 +24,8 @@ struct Options {
   std::optional<int64_t> start_unix_ms;
   std::optional<FrequencyRange> simulated_range;  ///< the simulated band; unset: the band surveyed
   uint64_t seed = 1;
+  bool irregular = false;  ///< whether simulated stations come and go at random
+  std::string truth;       ///< where to write what was on the air; empty: nowhere
 
   // The receiver, if it is a live one.
   std::string device;  ///< as SoapySDR writes it, "driver=rtlsdr"; empty: none

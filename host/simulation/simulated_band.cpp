@@ -44,6 +44,12 @@ uint64_t sampleCount(const SimulatedBandConfig& config) {
   return endless ? std::numeric_limits<uint64_t>::max() : static_cast<uint64_t>(samples);
 }
 
+/// The programmes and the noise have the numbers before.
+std::optional<uint64_t> irregularSeed(const SimulatedBandConfig& config) {
+  if (!config.irregular) return std::nullopt;
+  return hashedNumber(config.seed, 4);
+}
+
 double noiseDensity() {
   return std::pow(10.0, 0.1 * kSimulatedNoiseDbfsPerHz);
 }
@@ -54,7 +60,7 @@ SimulatedBand::SimulatedBand(const SimulatedBandConfig& config)
     : config_(checked(config)),
       centre_hz_(config.centre_hz.value_or(0.5 * (config.low_hz + config.high_hz))),
       samples_left_(sampleCount(config)),
-      stations_(simulatedPopulation(config.low_hz, config.high_hz)),
+      stations_(simulatedPopulation(config.low_hz, config.high_hz, irregularSeed(config))),
       programmes_(config.seed),
       noise_(config.seed, noiseDensity() * config.sample_rate_hz),
       chunk_(StationSignal::kChunkSamples) {

@@ -23,7 +23,8 @@ struct SimulatedBandConfig {
   double high_hz = 146e6;
   double sample_rate_hz = 1e6;
   std::optional<double> centre_hz{};      ///< where the receiver starts; the band's middle
-  uint64_t seed = 1;                      ///< for the noise and the programmes
+  uint64_t seed = 1;                      ///< for the noise, the programmes, irregular times
+  bool irregular = false;                 ///< whether stations come and go at random
   int64_t start_unix_ms = 1767225600000;  ///< 2026-01-01T00:00:00Z
   double duration_seconds = 0.0;          ///< 0: endless
 };

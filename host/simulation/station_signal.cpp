@@ -102,8 +102,8 @@ bool StationSignal::isHeardIn(const ReceiverSlice& slice) const {
   return std::abs(station_.centre_hz - slice.centre_hz) + reach_hz <= 0.5 * slice.sample_rate_hz;
 }
 
-StationSignal::ControlPoint StationSignal::controlPointAt(double seconds) const {
-  const double amplitude = amplitude_ * station_.strengthAt(seconds);
+StationSignal::ControlPoint StationSignal::controlPointAt(double seconds, double strength) const {
+  const double amplitude = amplitude_ * strength;
   ControlPoint point;
   const double programme_seconds = start_seconds_ + seconds;
   if (station_.kind == SimulatedKind::kCw) {
@@ -133,13 +133,15 @@ void StationSignal::addTo(std::span<std::complex<float>> samples, uint64_t first
   double carrier_turns = static_cast<double>(first_index) * carrier_step;
   carrier_turns -= std::floor(carrier_turns);
 
-  const auto secondsAt = [&](size_t offset) {
-    return static_cast<double>(first_index + offset) / slice.sample_rate_hz;
+  StationStrength strength(station_);
+  const auto controlPoint = [&](size_t offset) {
+    const double seconds = static_cast<double>(first_index + offset) / slice.sample_rate_hz;
+    return controlPointAt(seconds, strength.at(seconds));
   };
   const std::complex<float> silence;
-  ControlPoint from = controlPointAt(secondsAt(0));
+  ControlPoint from = controlPoint(0);
   for (size_t offset = 0; offset < samples.size(); offset += length) {
-    const ControlPoint to = controlPointAt(secondsAt(offset + length));
+    const ControlPoint to = controlPoint(offset + length);
     if (from.amplitude != silence || to.amplitude != silence) {
       // From one phase to the next, with a step that changes with the frequency.
       const double turns = to.turns - from.turns + steps * carrier_step;

@@ -53,7 +53,7 @@ class StationSignal {
     double frequency_hz = 0.0;  ///< its derivative
     std::complex<float> amplitude;
   };
-  ControlPoint controlPointAt(double seconds) const;
+  ControlPoint controlPointAt(double seconds, double strength) const;
 
   SimulatedStation station_;
   const Programmes& programmes_;

@@ -2,14 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <optional>
+#include <set>
 #include <tuple>
 
 namespace pelagrim_host {
 namespace {
 
+using Stretches = std::vector<Stretch>;
 using Samples = std::vector<std::complex<float>>;
 
 Samples readInBlocks(SimulatedBand& band, size_t count, size_t block) {
@@ -34,16 +38,20 @@ double powerDb(const Samples& samples) {
 }
 
 TEST(SimulatedBand, SamplesDependOnSeedIndexAndCentreOnly) {
-  SimulatedBand whole({}), pieces({}), elsewhere({}), other_seed({.seed = 2});
-  const Samples before = readInBlocks(whole, 7001, 7001);
-  EXPECT_EQ(before, readInBlocks(pieces, 7001, 333));
-  EXPECT_NE(before, readInBlocks(other_seed, 7001, 7001));
-  elsewhere.tune(144.5e6);
-  EXPECT_NE(before, readInBlocks(elsewhere, 7001, 7001));
-  for (auto* band : {&whole, &pieces, &elsewhere}) EXPECT_EQ(band->tune(145.4e6), kTuneAccepted);
-  const Samples after = readInBlocks(whole, 9000, 9000);
-  EXPECT_EQ(after, readInBlocks(pieces, 9000, 1));
-  EXPECT_EQ(after, readInBlocks(elsewhere, 9000, 4096));
+  for (const bool irregular : {false, true}) {
+    const SimulatedBandConfig config{.irregular = irregular};
+    SimulatedBand whole(config), pieces(config), elsewhere(config);
+    SimulatedBand other_seed({.seed = 2, .irregular = irregular});
+    const Samples before = readInBlocks(whole, 7001, 7001);
+    EXPECT_EQ(before, readInBlocks(pieces, 7001, 333));
+    EXPECT_NE(before, readInBlocks(other_seed, 7001, 7001));
+    elsewhere.tune(144.5e6);
+    EXPECT_NE(before, readInBlocks(elsewhere, 7001, 7001));
+    for (auto* band : {&whole, &pieces, &elsewhere}) EXPECT_EQ(band->tune(145.4e6), kTuneAccepted);
+    const Samples after = readInBlocks(whole, 9000, 9000);
+    EXPECT_EQ(after, readInBlocks(pieces, 9000, 1));
+    EXPECT_EQ(after, readInBlocks(elsewhere, 9000, 4096));
+  }
 }
 
 TEST(SimulatedBand, RefusesFrequenciesOutOfRangeAndEndsOnTime) {
@@ -81,7 +89,108 @@ TEST(SimulatedPopulation, FillsTheBandInOrderWithStationsApartAndOnTheirRaster) 
   station.period_seconds = 10.0;
   for (const auto& [seconds, strength] :
        {std::pair(1.0, 0.0), {3.0, 1.0}, {6.0, 0.0}, {13.0, 1.0}, {26.0, 0.0}, {-7.0, 1.0}}) {
-    EXPECT_EQ(station.strengthAt(seconds), strength) << seconds;
+    EXPECT_EQ(StationStrength(station).at(seconds), strength) << seconds;
+  }
+}
+
+Stretches stretchesOf(const SimulatedStation& station, int64_t span_ms) {
+  Stretches stretches;
+  for (int64_t ms = 0; ms < span_ms; ms = stretches.back().end_ms) {
+    stretches.push_back(station.stretchAt(ms));
+  }
+  return stretches;
+}
+
+TEST(IrregularStations, AreTheRegularOnesWithOnAndOffTimesThatAreExponential) {
+  const auto regular = simulatedPopulation(144e6, 146e6);
+  const auto irregular = simulatedPopulation(144e6, 146e6, 5);
+  ASSERT_EQ(irregular.size(), regular.size());
+  for (size_t i = 0; i < regular.size(); ++i) {
+    SCOPED_TRACE(regular[i].name);
+    EXPECT_EQ(irregular[i].name, regular[i].name);
+    EXPECT_EQ(irregular[i].centre_hz, regular[i].centre_hz);
+    EXPECT_FALSE(regular[i].irregular);
+    if (!irregular[i].irregular) continue;
+    const double means_s[] = {irregular[i].irregular->meanOffSeconds(),
+                              irregular[i].irregular->meanOnSeconds()};
+    constexpr int kCycles = 20000;
+    const auto span_ms = static_cast<int64_t>(1e3 * kCycles * (means_s[0] + means_s[1]));
+    double on_ms = 0, sum_s[2] = {}, lag_sum[2] = {};
+    int count[2] = {}, long_ones[2] = {};
+    double before_s[2] = {means_s[0], means_s[1]};
+    bool was_on = !irregular[i].stretchAt(0).is_on;
+    for (const Stretch& stretch : stretchesOf(irregular[i], span_ms)) {
+      const double length_s = 1e-3 * static_cast<double>(stretch.end_ms - stretch.begin_ms);
+      const bool on = stretch.is_on;
+      ASSERT_NE(on, was_on);
+      was_on = on;
+      if (on) on_ms += 1e3 * length_s;
+      sum_s[on] += length_s;
+      long_ones[on] += length_s > 2 * means_s[on] ? 1 : 0;
+      lag_sum[on] += (length_s / means_s[on] - 1) * (before_s[on] / means_s[on] - 1);
+      before_s[on] = length_s;
+      ++count[on];
+    }
+    EXPECT_NEAR(on_ms / static_cast<double>(span_ms), irregular[i].onAir(), 0.012);
+    for (const bool on : {false, true}) {  // within four standard deviations or more
+      EXPECT_NEAR(sum_s[on] / count[on] / means_s[on], 1.0, 0.03) << on;
+      EXPECT_NEAR(1.0 * long_ones[on] / count[on], std::exp(-2.0), 0.01) << on;
+      EXPECT_NEAR(lag_sum[on] / count[on], 0.0, 0.04) << on;
+    }
+  }
+}
+
+TEST(IrregularStations, AreAFunctionOfSeedStationAndTimeWhateverIsAskedFirst) {
+  const auto stations = simulatedPopulation(144e6, 146e6, 5);
+  const auto elsewhere = simulatedPopulation(433e6, 439e6, 5);
+  const auto other_seed = simulatedPopulation(144e6, 146e6, 6);
+  std::set<int64_t> ends;
+  for (size_t i = 0; i < stations.size(); ++i) {
+    if (!stations[i].irregular) continue;
+    SCOPED_TRACE(stations[i].name);
+    // In the third week, and before the start: found at once, and the same from anywhere in it.
+    for (const int64_t ms : {int64_t{86'400'000} * 20, int64_t{-7'000'000}}) {
+      const Stretch at = stations[i].stretchAt(ms);
+      ASSERT_TRUE(at.begin_ms <= ms && ms < at.end_ms);
+      for (const int64_t inside : {at.begin_ms, at.end_ms - 1}) {
+        EXPECT_EQ(stations[i].stretchAt(inside).begin_ms, at.begin_ms);
+        EXPECT_EQ(stations[i].stretchAt(inside).end_ms, at.end_ms);
+      }
+      EXPECT_EQ(stations[i].stretchAt(at.end_ms).begin_ms, at.end_ms);
+      EXPECT_EQ(stations[i].stretchAt(at.begin_ms - 1).end_ms, at.begin_ms);
+      EXPECT_TRUE(ends.insert(at.end_ms).second) << "as another station";
+      EXPECT_NE(other_seed[i].stretchAt(ms).end_ms, at.end_ms);
+    }
+    // The first of several sets, whose stations are numbered.
+    const auto same = std::find_if(elsewhere.begin(), elsewhere.end(), [&](const auto& station) {
+      return station.name == stations[i].name + " 1";
+    });
+    ASSERT_NE(same, elsewhere.end());
+    EXPECT_EQ(same->stretchAt(0).end_ms, stations[i].stretchAt(0).end_ms);
+    const auto second = std::find_if(elsewhere.begin(), elsewhere.end(), [&](const auto& station) {
+      return station.name == stations[i].name + " 2";
+    });
+    ASSERT_NE(second, elsewhere.end());
+    EXPECT_NE(second->stretchAt(0).end_ms, stations[i].stretchAt(0).end_ms);
+  }
+}
+
+TEST(SimulatedStation, StrengthFollowsItsStretchesWithSlopesAtTheEdges) {
+  for (const auto seed : {std::optional<uint64_t>(), std::optional<uint64_t>(3)}) {
+    for (const SimulatedStation& station : simulatedPopulation(144e6, 146e6, seed)) {
+      SCOPED_TRACE(station.name);
+      StationStrength strength(station);
+      for (const Stretch& stretch : stretchesOf(station, 60'000)) {
+        if (stretch.end_ms > 1'000'000) continue;
+        const double begin_s = 1e-3 * static_cast<double>(stretch.begin_ms);
+        const double end_s = 1e-3 * static_cast<double>(stretch.end_ms);
+        const double whole = stretch.is_on && end_s - begin_s > 2 * kKeySlopeSeconds ? 1.0 : 0.0;
+        if (stretch.is_on && whole == 0.0) continue;
+        EXPECT_EQ(strength.at(0.5 * (begin_s + end_s)), whole);
+        EXPECT_NEAR(strength.at(begin_s + 0.25 * kKeySlopeSeconds), 0.25 * whole, 1e-6);
+        EXPECT_NEAR(strength.at(end_s - 0.75 * kKeySlopeSeconds), 0.75 * whole, 1e-6);
+      }
+    }
   }
 }
 
@@ -116,14 +225,15 @@ TEST(SimulatedBand, EachStationHasItsFrequencyWidthAndPowerAndIsSilentWhenOff) {
     SCOPED_TRACE(station.name);
     const StationSignal signal(station, programmes, 3.0, 1e-11);
     const ReceiverSlice slice{.sample_rate_hz = kRateHz, .centre_hz = station.centre_hz - 21.7e3};
+    StationStrength strength(station);
     std::complex<double> turned;
     double power = 0, pairs = 0;
     for (uint64_t first = 0; first < 60 * 2'400'000; first += 99 * kChunk) {
       Samples samples(2 * kChunk);
       signal.addTo({samples.data(), kChunk}, first, slice);
       signal.addTo({samples.data() + kChunk, kChunk}, first + kChunk, slice);
-      const double from = station.strengthAt(static_cast<double>(first) / kRateHz);
-      const double to = station.strengthAt(static_cast<double>(first + 2 * kChunk) / kRateHz);
+      const double from = strength.at(static_cast<double>(first) / kRateHz);
+      const double to = strength.at(static_cast<double>(first + 2 * kChunk) / kRateHz);
       ASSERT_TRUE(from > 0 || to > 0 || samples == Samples(2 * kChunk));
       for (size_t i = kLag; i < samples.size() && from == 1 && to == 1; ++i, ++pairs) {
         power += 0.5 * static_cast<double>(std::norm(samples[i]) + std::norm(samples[i - kLag]));
