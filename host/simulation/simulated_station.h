@@ -76,8 +76,8 @@ std::string scheduleText(const SimulatedStation& station);
 /// and data for about every 2 MHz, all inside the band and none on top of another. A band too
 /// narrow for the whole set gets the stations that fit. The same limits always give the same
 /// stations.
-/// With a seed for irregular times most of the same stations come and go at random, voices that
-/// are always there otherwise, too; broadcast, beacons and a talk stay on the air.
+/// With a seed most of them come and go at random, those that otherwise never pause among them;
+/// broadcast, beacons and one talk stay on the air.
 std::vector<SimulatedStation> simulatedPopulation(
     double low_hz, double high_hz, std::optional<uint64_t> irregular_seed = std::nullopt);
 

@@ -131,6 +131,44 @@ before=$(stat -c %y a/survey.csv)
 check [ "${PIPESTATUS[0]}" = 0 ]
 check [ "$before" != "$(stat -c %y a/survey.csv)" ]
 
+# The simulated stations and what was on the air, cut to the run; a stopped run is further below.
+repeater='{"name":"repeater","centre_hz":145650000,"width_hz":11200,"level_db":34.0'
+expect 0 "$repeater,\"kind\":\"NFM voice\",\"on_air\":0.2631578947368421}" --list-stations --json
+expect 0 "$repeater,\"kind\":\"NFM voice\",\"on_air\":0.2857142857142857}" \
+  --list-stations --json --irregular
+expect 0 "~12 s on, ~30 s off     repeater" --list-stations --irregular
+while IFS='|' read -r text arguments; do
+  expect 2 "$text" --dir refused $arguments
+done << 'TABLE'
+--truth is for the simulated band; leave noise.cu8 out|noise.cu8 --truth t.jsonl
+--truth is for the simulated band; leave - out|- --truth t.jsonl
+--irregular is for the simulated band; leave noise.cu8 out|noise.cu8 --irregular
+--truth excludes --device|--device driver=nothing --truth t.jsonl
+--irregular excludes --device|--device driver=nothing --irregular
+cannot write gone/t.jsonl; name a file in a directory that is there|--truth gone/t.jsonl
+cannot write folder.wav; name a file|--truth folder.wav
+that name belongs to the survey itself|--truth refused/survey.csv
+name a file; standard output shows the survey|--truth -
+TABLE
+check [ ! -e refused ]
+# truth FILE STATION: start and end of its transmissions, in milliseconds after 2024-01-01.
+truth() {
+  sed -n "s/.*\"$2\".*_ms\":17040\([0-9]*\),.*_ms\":17040\([0-9]*\)}/\1 \2/p" "$1" |
+    while read -r from to; do printf '%d-%d ' $((from - 67200000)) $((to - 67200000)); done
+}
+start=(--dwell 2 --start-time 2024-01-01T00:00:00Z)
+expect 0 "regular/t.jsonl: 30 transmissions" --dir regular --truth regular/t.jsonl \
+  "${start[@]}" --duration 24.0005
+check [ "$(truth regular/t.jsonl 'calling channel')" = "2000-13000 19000-24000 " ]
+check [ "$(truth regular/t.jsonl 'long talk')" = "0-24000 " ]
+for seed in 5 6 5; do
+  expect 0 "" --dir i --fresh --irregular --seed $seed "${start[@]}" --duration 60 --truth i.jsonl
+  check grep -q '"long talk".*:1704067200000,"end_unix_ms":1704067260000}' i.jsonl
+  check cp i.jsonl i$seed.jsonl
+done
+check cmp i.jsonl~ i6.jsonl
+check [ "$(truth i5.jsonl repeater)" != "$(truth i6.jsonl repeater)" ]
+
 # The same samples as raw, WAV and SigMF give the same survey.
 time=(--sample-rate 1M --frequency 433M --start-time 2024-01-01T00:00:00Z)
 for _ in {1..4000}; do printf '\xc0\x80\x80\xc0\x40\x80\x80\x40'; done > tone.cu8
@@ -194,7 +232,7 @@ mkfifo fifo_433M_1M.cu8
 expect 1 "nothing has come for 0.2 s" fifo_433M_1M.cu8 --dir nobody --stall-timeout 0.2
 "$program" fifo_433M_1M.cu8 --offset 1 > fifo.txt 2>&1 &
 waiting=$!
-"$program" --dir c --duration 1e9 > run.txt &
+"$program" --dir c --duration 1e9 --truth c.jsonl > run.txt &
 survey=$!
 for _ in $(seq 100); do grep -q "1 dwell" run.txt && break; sleep 0.1; done
 kill -TERM $survey $waiting
@@ -204,4 +242,5 @@ wait $waiting
 check [ $? = 0 ]
 check grep -q "stopped on request" fifo.txt
 check grep -q "survey written to c/survey.csv" run.txt
+check grep -q '"long talk".*"start_unix_ms":1767225600000,"end_unix_ms":17672' c.jsonl
 exit $((failures > 0))

@@ -8,7 +8,10 @@
 #include <numbers>
 #include <optional>
 #include <set>
+#include <string>
 #include <tuple>
+
+#include "host/simulation/station_lines.h"
 
 namespace pelagrim_host {
 namespace {
@@ -173,6 +176,25 @@ TEST(IrregularStations, AreAFunctionOfSeedStationAndTimeWhateverIsAskedFirst) {
     ASSERT_NE(second, elsewhere.end());
     EXPECT_NE(second->stretchAt(0).end_ms, stations[i].stretchAt(0).end_ms);
   }
+}
+
+TEST(SimulatedStation, TruthIsCutToTheRun) {
+  const auto lines = [](double first_on_s, double on_s, double period_s) {
+    return truthLines({{.name = "x",
+                        .centre_hz = 145e6,
+                        .first_on_seconds = first_on_s,
+                        .on_seconds = on_s,
+                        .period_seconds = period_s}},
+                      1000, 20'000);
+  };
+  const auto line = [](int start_ms, int end_ms) {
+    return "{\"name\":\"x\",\"centre_hz\":145000000,\"start_unix_ms\":" + std::to_string(start_ms) +
+           ",\"end_unix_ms\":" + std::to_string(end_ms) + "}\n";
+  };
+  EXPECT_EQ(lines(0, 0, 0), line(1000, 21'000));
+  EXPECT_EQ(lines(8, 5, 10), line(1000, 4000) + line(9000, 14'000) + line(19'000, 21'000));
+  EXPECT_EQ(lines(0, 0.25, 12), line(1000, 1250) + line(13'000, 13'250));
+  EXPECT_EQ(lines(20, 5, 100), "");
 }
 
 TEST(SimulatedStation, StrengthFollowsItsStretchesWithSlopesAtTheEdges) {
