@@ -8,7 +8,7 @@
 #include <system_error>
 
 #include "host/commands/open_source.h"
-#include "host/process/usage_error.h"
+#include "host/process/command_errors.h"
 #include "host/process/whole_file.h"
 #include "host/simulation/station_lines.h"
 #include "host/text/counted_text.h"
