@@ -1,13 +1,14 @@
 // A receiver for measurements, as a module for SoapySDR: it sends 16-bit samples at exactly the
 // rate asked for, keeps 50 ms of them as a driver does, and loses what is not read by then. At the
-// end it says how many that were. `signals` in its arguments is the number of carriers in each
-// slice.
+// end it says how many that were, apart from those before the first read, when nobody listened yet.
+// `signals` in its arguments is the number of carriers in each slice.
 #include <SoapySDR/Device.hpp>
 #include <SoapySDR/Formats.hpp>
 #include <SoapySDR/Registry.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <complex>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -36,10 +37,12 @@ std::vector<int16_t> samplesWith(int signals) {
   for (int k = 0; k < signals; ++k) {
     const double bin = (k + 0.5) / signals - 0.5;
     const double step = 2.0 * std::numbers::pi * std::round(bin * kLoopSamples) / kLoopSamples;
+    const std::complex<double> turn = std::polar(1.0, step);
+    std::complex<double> carrier = 200.0;
     for (size_t i = 0; i < kLoopSamples; ++i) {
-      const double angle = step * static_cast<double>(i);
-      sum[2 * i] += 200.0F * static_cast<float>(std::cos(angle));
-      sum[2 * i + 1] += 200.0F * static_cast<float>(std::sin(angle));
+      sum[2 * i] += static_cast<float>(carrier.real());
+      sum[2 * i + 1] += static_cast<float>(carrier.imag());
+      carrier *= turn;
     }
   }
   for (size_t i = 0; i < samples.size(); ++i) {
@@ -54,9 +57,7 @@ class PacedReceiver : public SoapySDR::Device {
       : loop_(samplesWith(args.count("signals") ? std::atoi(args.at("signals").c_str()) : 20)) {}
 
   size_t getNumChannels(int) const override { return 1; }
-  std::vector<std::string> getStreamFormats(int, size_t) const override {
-    return {SOAPY_SDR_CS16};
-  }
+  std::vector<std::string> getStreamFormats(int, size_t) const override { return {SOAPY_SDR_CS16}; }
   std::string getNativeStreamFormat(int, size_t, double& full_scale) const override {
     full_scale = 32768.0;
     return SOAPY_SDR_CS16;
@@ -71,8 +72,10 @@ class PacedReceiver : public SoapySDR::Device {
   }
   int deactivateStream(SoapySDR::Stream*, int, long long) override { return 0; }
   void closeStream(SoapySDR::Stream*) override {
-    std::fprintf(stderr, "receiver: sent %llu samples, lost %llu\n",
-                 static_cast<unsigned long long>(sent_), static_cast<unsigned long long>(lost_));
+    std::fprintf(stderr, "receiver: sent %llu samples, lost %llu, before the first read %llu\n",
+                 static_cast<unsigned long long>(sent_),
+                 static_cast<unsigned long long>(lost_ - lost_before_),
+                 static_cast<unsigned long long>(lost_before_));
   }
   size_t getStreamMTU(SoapySDR::Stream*) const override { return kTransferSamples; }
   size_t getNumDirectAccessBuffers(SoapySDR::Stream*) override {
@@ -85,6 +88,7 @@ class PacedReceiver : public SoapySDR::Device {
     uint64_t waiting = received() - sent_ - lost_;
     if (waiting > max_waiting + kTransferSamples) {
       lost_ += waiting;
+      if (sent_ == 0) lost_before_ = lost_;
       return SOAPY_SDR_OVERFLOW;
     }
     const size_t wanted = std::min(count, kTransferSamples);
@@ -126,6 +130,7 @@ class PacedReceiver : public SoapySDR::Device {
   Clock::time_point begun_;
   uint64_t sent_ = 0;
   uint64_t lost_ = 0;
+  uint64_t lost_before_ = 0;  ///< of those, before the first read
 };
 
 SoapySDR::KwargsList findPaced(const SoapySDR::Kwargs& args) {

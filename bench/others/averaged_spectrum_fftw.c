@@ -33,7 +33,8 @@ static void print_signals(const float* power, double seconds, double rate_hz, do
   for (int k = 0; k < kBins; ++k) {
     const int first = k;
     float peak_db = -INFINITY;
-    for (; k < kBins && levels[k] > floor_db + kThresholdDb; ++k) peak_db = fmaxf(peak_db, levels[k]);
+    for (; k < kBins && levels[k] > floor_db + kThresholdDb; ++k)
+      peak_db = fmaxf(peak_db, levels[k]);
     const int width = k - first;
     if (width < 2) continue;
     const double middle = first + (width - 1) / 2.0 - kBins / 2;
@@ -58,8 +59,8 @@ int main(int argc, char** argv) {
 
   float* const in = fftwf_alloc_real(2 * kBins);  // complex: real and imaginary parts by turns
   float* const out = fftwf_alloc_real(2 * kBins);
-  const fftwf_plan plan = fftwf_plan_dft_1d(kBins, (fftwf_complex*)in, (fftwf_complex*)out,
-                                            FFTW_FORWARD, FFTW_MEASURE);
+  const fftwf_plan plan =
+      fftwf_plan_dft_1d(kBins, (fftwf_complex*)in, (fftwf_complex*)out, FFTW_FORWARD, FFTW_MEASURE);
   float window[2 * kBins];
   for (int n = 0; n < kBins; ++n) {
     window[2 * n] = window[2 * n + 1] = (float)(0.5 - 0.5 * cos(2.0 * kPi * n / (kBins - 1)));
