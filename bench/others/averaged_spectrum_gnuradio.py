@@ -35,6 +35,7 @@ class SignalPrinter(gr.sync_block):
 path, rate_hz, centre_hz = sys.argv[1], float(sys.argv[2]), float(sys.argv[3])
 frames_per_dwell = int(DWELL_SECONDS * rate_hz / BINS)
 graph = gr.top_block()
+printer = SignalPrinter(frames_per_dwell * BINS / rate_hz, rate_hz, centre_hz)  # must stay alive
 graph.connect(
     blocks.file_source(gr.sizeof_short, path, False),
     blocks.interleaved_short_to_complex(False, False, 32768.0),
@@ -42,6 +43,6 @@ graph.connect(
     fft.fft_vcc(BINS, True, window.hann(BINS), False, 1),
     blocks.complex_to_mag_squared(BINS),
     blocks.integrate_ff(frames_per_dwell, BINS),
-    SignalPrinter(frames_per_dwell * BINS / rate_hz, rate_hz, centre_hz),
+    printer,
 )
 graph.run()

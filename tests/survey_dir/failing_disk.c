@@ -13,6 +13,9 @@
 #include <time.h>
 #include <unistd.h>
 
+// The build hides all names else, and then nothing here would be called.
+#pragma GCC visibility push(default)
+
 enum { kMaxPath = 4096 };
 
 static int path_of(int file, char* path) {
