@@ -3,8 +3,8 @@
 
     averaged_spectrum_scipy.py FILE.cs16 RATE_HZ CENTRE_HZ
 
-Prints a line for each signal at the end of each dwell of 5 s: seconds, centre and width in Hz, level
-over the noise in dB.
+Prints a line for each signal at the end of each dwell of 5 s: seconds, centre and width in Hz,
+level over the noise in dB.
 """
 import os
 import sys
