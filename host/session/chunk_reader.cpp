@@ -19,15 +19,14 @@ ChunkReader::ChunkReader(IqSource& source, size_t chunk_samples, int64_t (*stead
       is_live_(source.isLive()),
       steady_ms_(steady_ms) {}
 
-int64_t ChunkReader::settle() {
-  if (needs_settling_) {
-    source_.settle();
-    needs_settling_ = false;
-    // What the receiver lost before anybody wanted its samples is no loss.
-    if (!overflows_before_) overflows_before_ = source_.overflows();
-    last_received_ms_ = steady_ms_();
-  }
-  return last_received_ms_;
+/// Waits for samples from the present centre, at the start and after a tune.
+void ChunkReader::settle() {
+  if (!needs_settling_) return;
+  source_.settle();
+  needs_settling_ = false;
+  // What the receiver lost before anybody wanted its samples is no loss.
+  if (!overflows_before_) overflows_before_ = source_.overflows();
+  last_received_ms_ = steady_ms_();
 }
 
 void ChunkReader::fill(SampleChunk& chunk, uint64_t max_samples,

@@ -27,10 +27,6 @@ class ChunkReader {
   /// `chunk_samples`: in a full chunk. `steady_ms`: the clock that chunks are stamped with.
   ChunkReader(IqSource& source, size_t chunk_samples, int64_t (*steady_ms)());
 
-  /// Waits for samples from the present centre, as after a tune. Returns the time from which they
-  /// come.
-  int64_t settle();
-
   /// Fills `chunk` with the next samples, at most `max_samples`, which is at least 1. A receiver's
   /// chunk is handed over half full rather than late, or when `hurry` says so; never empty, for
   /// that means the end. Does not throw: a failure of the source is its end.
@@ -45,6 +41,7 @@ class ChunkReader {
   uint64_t nextSample() const { return next_sample_; }
 
  private:
+  void settle();
   void readInto(SampleChunk& chunk, uint64_t max_samples, const std::function<bool()>& hurry);
 
   IqSource& source_;
@@ -57,7 +54,7 @@ class ChunkReader {
   bool needs_settling_ = true;
   int64_t last_received_ms_ = 0;
   std::optional<uint64_t> overflows_before_;  ///< the first chunk
-  std::exception_ptr failure_;  ///< for the next chunk
+  std::exception_ptr failure_;                ///< for the next chunk
 };
 
 }  // namespace pelagrim_host

@@ -47,10 +47,9 @@ SurveySession::SurveySession(const PluginLibrary& plugin, IqSource& source, Cloc
       chunk_samples_(settings.block_samples > 0 ? settings.block_samples
                                                 : usualBlockSamples(source.sampleRateHz())),
       panel_(plugin.panel()),
-      max_samples_(samplesOf(settings.duration_seconds, source.sampleRateHz())) {
+      max_samples_(samplesOf(settings.duration_seconds, source.sampleRateHz())),
+      told_centre_hz_(source.centreHz()) {
   ChunkReader reader(source, chunk_samples_, clock.clocks().steady_ms);
-  begun_steady_ms_ = reader.settle();
-  told_centre_hz_ = source.centreHz();
   feed_ = settings.has_reader_thread
               ? feedWithReaderThread(std::move(reader), source.isLive(), settings.buffer_bytes,
                                      settings.end_reading)
@@ -66,8 +65,10 @@ SurveySession::~SurveySession() {
 SessionResult SurveySession::run(const std::function<bool()>& stop,
                                  const std::function<bool()>& rescan) {
   begun_ = samples_came_ = std::chrono::steady_clock::now();
-  clock_.receivedAt(begun_steady_ms_);
   tell(start());
+  // A receiver is read from now on. The first dwell begins with its first samples, and not before
+  // the plug-in has read its files, which takes a while for a large list.
+  if (!clock_.followsSamples()) centre_to_tell_hz_ = told_centre_hz_;
   if (settings_.passes && !dwells_) {
     iq_.destroy(handle_);
     throw PluginError(

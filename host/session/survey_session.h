@@ -127,7 +127,6 @@ class SurveySession {
   const bool may_read_ahead_;  ///< beyond the end of a dwell
   const size_t chunk_samples_;
 
-  int64_t begun_steady_ms_ = 0;  ///< when the first sample was received
   std::unique_ptr<SampleFeed> feed_;
   std::unique_ptr<HostServices> services_;  ///< using feed_ and clock_
   PanelReader panel_;
@@ -143,8 +142,8 @@ class SurveySession {
   std::optional<std::string> damage_;
   std::chrono::steady_clock::time_point begun_;
   std::chrono::steady_clock::time_point samples_came_;  ///< the last ones
-  double told_centre_hz_ = 0.0;              ///< the centre that the plug-in was last told
-  std::optional<double> centre_to_tell_hz_;  ///< after a tune, with the first samples from there
+  double told_centre_hz_;                    ///< the centre that the plug-in was last told
+  std::optional<double> centre_to_tell_hz_;  ///< with the first samples from there
   int64_t dwell_begun_ms_ = 0;
   int64_t dwell_length_ms_ = 0;  ///< 0: not known, or every block ends one
   SampleCheck check_;

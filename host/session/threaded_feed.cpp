@@ -33,7 +33,6 @@ class ThreadedFeed final : public SampleFeed {
         max_chunks_(std::clamp<size_t>(buffer_bytes / reader_.chunkBytes(), 2,
                                        is_live ? SIZE_MAX : kMaxWaitingChunks)),
         end_reading_(std::move(end_reading)),
-        limit_(is_live ? UINT64_MAX : 0),
         thread_([this] { run(); }) {}
 
   ~ThreadedFeed() override {
@@ -170,7 +169,7 @@ class ThreadedFeed final : public SampleFeed {
   std::condition_variable to_surveyor_;
   std::deque<std::unique_ptr<SampleChunk>> full_;
   std::vector<std::unique_ptr<SampleChunk>> free_;
-  uint64_t limit_;
+  uint64_t limit_ = 0;  ///< nothing is read before the surveyor asks
   uint64_t dropped_samples_ = 0;
   std::atomic<bool> is_reading_ = true;    ///< read without the mutex, too
   std::atomic<bool> has_request_ = false;  ///< likewise

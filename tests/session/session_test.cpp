@@ -248,10 +248,11 @@ TEST_P(HostSession, StampsTheSamplesOfAReceiverWithTheTimeAtWhichTheyCame) {
   const std::string calls = runThrough(
       FAKE_PLUGIN_PATH, source, view, {.block_samples = 10}, false, [] { return false; },
       ScriptedReceiver::clock());
-  EXPECT_EQ(calls,
-            "attach\ncreate 50\nprocess 10 from 50 at 5001000\nprocess 10 from 50 at 5002000\n"
-            "tune -1\nprocess 10 from 50 at 5003000\nprocess 10 from 50 at 5004000\ntune -1\n"
-            "destroy\ndetach\n");
+  EXPECT_EQ(
+      calls,
+      "attach\ncreate 50\nretune 50\nprocess 10 from 50 at 5001000\nprocess 10 from 50 at 5002000\n"
+      "tune -1\nprocess 10 from 50 at 5003000\nprocess 10 from 50 at 5004000\ntune -1\n"
+      "destroy\ndetach\n");
   EXPECT_EQ(view.result.dropped_samples, 0u);
 }
 
