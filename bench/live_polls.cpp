@@ -66,7 +66,7 @@ void run(char** arguments) {
   SurveyMemory memory;
   memory.kind = SourceKind::kReceiver;
   memory.source = source->name();
-  ClaimedDirectory directory(options, setup, memory, view);
+  ClaimedDirectory directory(options, setup, memory, source->sampleRateHz(), view);
 
   SessionSettings settings;
   settings.may_tune = true;
