@@ -67,3 +67,8 @@ if(NOT PELAGRIM_SANITIZE)
 endif()
 add_test(NAME whose_list_a_directory_holds
   COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/commands/directory_test.sh $<TARGET_FILE:pelagrim-survey>)
+
+add_executable(evidence_test evidence/evidence_test.cpp)
+target_link_libraries(evidence_test PRIVATE
+  pelagrim_host_evidence pelagrim_host_simulation GTest::gtest_main)
+gtest_discover_tests(evidence_test DISCOVERY_TIMEOUT 60)
