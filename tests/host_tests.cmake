@@ -69,6 +69,9 @@ add_test(NAME whose_list_a_directory_holds
   COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/commands/directory_test.sh $<TARGET_FILE:pelagrim-survey>)
 
 add_executable(evidence_test evidence/evidence_test.cpp)
+target_compile_definitions(evidence_test PRIVATE
+  PELAGRIM_PLUGIN_PATH="$<TARGET_FILE:pelagrim_plugin>")
 target_link_libraries(evidence_test PRIVATE
-  pelagrim_host_evidence pelagrim_host_simulation GTest::gtest_main)
+  pelagrim_files pelagrim_host_evidence pelagrim_host_simulation GTest::gtest_main)
+add_dependencies(evidence_test pelagrim_plugin)
 gtest_discover_tests(evidence_test DISCOVERY_TIMEOUT 60)

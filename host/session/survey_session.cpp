@@ -172,6 +172,7 @@ SurveySession::News SurveySession::start() {
   clock_.followWall();
   told_clock_was_set_ = false;
   handle_ = iq_.create(rate_hz_, told_centre_hz_);
+  if (settings_.observer != nullptr) settings_.observer->started(rate_hz_, told_centre_hz_);
   beginDwell();
   if (settings_.dwell_length_ms) {
     dwell_length_ms_ = std::clamp<int64_t>(settings_.dwell_length_ms(), 0, kMaxDwellMs);
@@ -193,12 +194,8 @@ SurveySession::News SurveySession::feed(const Block& block) {
     retune(block.centre_hz);
   }
   check_.take(block.samples, block.centre_hz);
-  // The plug-in must see the clock at the end of the block.
-  clock_.advance(block.samples.size());
-  clock_.receivedAt(block.received_steady_ms);
-  samples_ += block.samples.size();
   const double looked_at_hz = told_centre_hz_;
-  iq_.process(handle_, reinterpret_cast<const float*>(block.samples.data()), block.samples.size());
+  process(block);
 
   auto tuned = services_->takeTuneRequest();
   const bool has_moved = tuned && tuned->request.answer == kTuneAccepted;
@@ -255,10 +252,23 @@ std::optional<std::string> SurveySession::clockNews() {
       lead_seconds > 0.0 ? "forward" : "back", std::abs(lead_seconds));
 }
 
+/// One call of the plug-in, which must see the clock at the end of the block.
+void SurveySession::process(const Block& block) {
+  if (settings_.observer != nullptr) {
+    clock_.receivedAt(block.begun_steady_ms);
+    settings_.observer->samples(block.samples, clock_.nowMs(), feed_->droppedSamples());
+  }
+  clock_.advance(block.samples.size());
+  clock_.receivedAt(block.received_steady_ms);
+  samples_ += block.samples.size();
+  iq_.process(handle_, reinterpret_cast<const float*>(block.samples.data()), block.samples.size());
+}
+
 void SurveySession::retune(double centre_hz) {
   told_centre_hz_ = centre_hz;
   centre_to_tell_hz_.reset();
   iq_.retune(handle_, centre_hz);
+  if (settings_.observer != nullptr) settings_.observer->retuned(centre_hz);
   beginDwell();
 }
 
@@ -276,6 +286,7 @@ std::optional<SurveyProgress> SurveySession::countDwells(double looked_at_hz) {
   const uint32_t before = dwells_ ? dwells_->dwells_done : 0;
   dwells_ = panel_.countDwells();
   if (!dwells_ || dwells_->dwells_done == before) return std::nullopt;
+  if (settings_.observer != nullptr) settings_.observer->dwellEvaluated(clock_.nowMs());
   SurveyProgress done = progress();
   done.centre_hz = looked_at_hz;
   return done;

@@ -16,6 +16,7 @@
 #include "host/session/plugin_library.h"
 #include "host/session/sample_check.h"
 #include "host/session/sample_feed.h"
+#include "host/session/sample_observer.h"
 #include "host/session/survey_clock.h"
 #include "host/session/survey_view.h"
 #include "host/sources/iq_source.h"
@@ -31,6 +32,7 @@ struct SessionSettings {
   bool realtime = false;                        ///< no faster than a receiver
   bool has_reader_thread = true;                ///< false: all on the calling thread
   size_t buffer_bytes = size_t{256} << 20;      ///< of samples that the reader thread may keep
+  SampleObserver* observer = nullptr;           ///< gets what the plug-in gets; null: nobody does
   std::function<void()> end_reading = [] {};    ///< makes a read of the source return
   std::function<void()> before_start = {};      ///< called before every create; may be empty
   std::function<void()> after_dwell = {};       ///< called after each evaluated dwell; may be empty
@@ -101,6 +103,7 @@ class SurveySession {
   void tell(const News& news);
   void showSnapshot();
 
+  void process(const Block& block);
   void retune(double centre_hz);
   std::vector<std::string> takeMessages();
   std::optional<SurveyProgress> countDwells(double looked_at_hz);

@@ -3,15 +3,19 @@
 
 #include <cmath>
 #include <complex>
+#include <cstdlib>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "files/results_file.h"
 #include "host/evidence/dwell_observer.h"
 #include "host/evidence/evidence_thread.h"
 #include "host/evidence/on_air.h"
+#include "host/session/survey_session.h"
 #include "host/simulation/simulated_band.h"
 #include "survey/detection.h"
+#include "tests/support/temporary_dir.h"
 
 namespace pelagrim_host {
 namespace {
@@ -73,6 +77,71 @@ TEST(DwellObserver, JudgesTheVeryLevelsThatThePluginJudges) {
     }
   }
   EXPECT_GE(dwells, 40u);
+}
+
+struct NoView : SurveyView {
+  void opened(const SourceFacts&) override {}
+  void note(const std::string&) override {}
+  void warning(const std::string&) override {}
+  void message(const std::string&) override {}
+  void dwellDone(const SurveyProgress&) override {}
+  void tuned(const TuneRequest&, double) override {}
+  void finished(const Panel&) override {}
+};
+
+/// The detections of the records, entered into a list of our own, make the plug-in's file.
+TEST(EvidenceThread, SeesEveryDwellOfASweepAsThePluginDoes) {
+  for (const bool has_reader_thread : {false, true}) {
+    const TemporaryDir dir;
+    setenv("ORVANE_SURVEY_DIR", dir.path().c_str(), 1);
+    dir.write("survey.cfg", "start = 144000000\nstop = 146000000\ndwell_seconds = 1.5\n");
+    SimulatedBandConfig config;
+    config.centre_hz = 144.5e6;
+    SimulatedBand band(config);
+    pelagrim::Survey list;
+    list.band_lo_hz = 144e6;
+    list.band_hi_hz = 146e6;
+    uint64_t next_sample = 0;
+    int64_t before_ms = config.start_unix_ms;
+    size_t records = 0, gaps = 0, on = 0;
+    {
+      EvidenceThread evidence({.start =
+                                   [] {
+                                     return EvidenceStart{{}, 12.0};
+                                   },
+                               .record =
+                                   [&](const DwellRecord& dwell) {
+                                     ++records;
+                                     EXPECT_EQ(dwell.end_unix_ms - before_ms, 1500);
+                                     before_ms = dwell.end_unix_ms;
+                                     EXPECT_GE(dwell.first_sample, next_sample);
+                                     next_sample = dwell.first_sample + dwell.samples;
+                                     list.lookAt(dwell.slice.lowHz(), dwell.slice.highHz());
+                                     for (const auto& found : dwell.detections) {
+                                       list.add(found, dwell.end_unix_ms);
+                                     }
+                                     EXPECT_TRUE(dwell.floor_is_sure);
+                                     for (const auto& place : dwell.places) {
+                                       on += place.edges_ms.empty() ? 0 : 1;
+                                     }
+                                   },
+                               .gap = [&] { ++gaps; }},
+                              true, 0.01);
+      NoView view;
+      const PluginLibrary plugin(PELAGRIM_PLUGIN_PATH);
+      SurveySession session(plugin, band, ClockPolicy::sampleClock(config.start_unix_ms), view,
+                            {.may_tune = true,
+                             .passes = 2,
+                             .has_reader_thread = has_reader_thread,
+                             .observer = &evidence,
+                             .dwell_length_ms = [] { return int64_t{1500}; }});
+      session.run([] { return false; });
+    }
+    EXPECT_EQ(pelagrim::surveyText(list), dir.read("survey.csv"));
+    EXPECT_EQ(records, 6u);
+    EXPECT_EQ(gaps, 0u);
+    EXPECT_GE(on, 15u);
+  }
 }
 
 TEST(RowSpectra, BecomeLongerWhereThereWouldBeTooMany) {
