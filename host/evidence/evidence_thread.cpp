@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "host/process/signals.h"
+
 namespace pelagrim_host {
 namespace {
 
@@ -77,6 +79,7 @@ void EvidenceThread::append(Event event) {
 // ---- the observer's side ------------------------------------------------------------------------
 
 void EvidenceThread::run() {
+  leaveSignalsToOtherThreads();
   std::unique_lock lock(mutex_);
   while (true) {
     to_observer_.wait(lock, [this] { return ending_ || !events_.empty(); });
