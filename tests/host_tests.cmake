@@ -75,3 +75,14 @@ target_link_libraries(evidence_test PRIVATE
   pelagrim_files pelagrim_host_evidence pelagrim_host_simulation GTest::gtest_main)
 add_dependencies(evidence_test pelagrim_plugin)
 gtest_discover_tests(evidence_test DISCOVERY_TIMEOUT 60)
+
+add_executable(history_test
+  history/history_test.cpp
+  history/occupancy_test.cpp
+  history/replay_test.cpp)
+target_compile_definitions(history_test PRIVATE
+  PELAGRIM_PLUGIN_PATH="$<TARGET_FILE:pelagrim_plugin>")
+target_link_libraries(history_test PRIVATE
+  pelagrim_host_history pelagrim_host_simulation GTest::gtest_main ${CMAKE_DL_LIBS})
+add_dependencies(history_test pelagrim_plugin)
+gtest_discover_tests(history_test DISCOVERY_TIMEOUT 60)
