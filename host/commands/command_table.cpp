@@ -25,6 +25,8 @@ const std::vector<WordCommand>& wordCommands() {
   static const std::vector<WordCommand> commands = {
       {"report", "Draws a survey: a page with a picture of the band and a table of its channels.",
        runReport},
+      {"history", "Says how long each channel of a survey was on the air, from its record.",
+       runHistory},
       {"export", "Writes the channels of a survey for another program.", runExport},
   };
   return commands;

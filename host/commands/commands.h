@@ -26,6 +26,9 @@ void runPluginInfo(const Options& options);
 /// Draws a saved survey.
 void runReport(const WordCommand& self, int argc, const char* const* argv);
 
+/// Says what the record of a survey holds, and how long each channel was on the air.
+void runHistory(const WordCommand& self, int argc, const char* const* argv);
+
 /// Writes the channels of a saved survey for another program.
 void runExport(const WordCommand& self, int argc, const char* const* argv);
 

@@ -12,6 +12,7 @@
 
 #include "host/commands/claimed_directory.h"
 #include "host/commands/commands.h"
+#include "host/commands/kept_history.h"
 #include "host/commands/load_plugin.h"
 #include "host/commands/open_source.h"
 #include "host/commands/survey_setup.h"
@@ -112,8 +113,36 @@ PreparedSurvey prepare(const Options& options) {
           dwell_mismatch};
 }
 
+/// The record of this run, where it is asked for.
+std::unique_ptr<KeptHistory> keepHistory(const Options& options, const PreparedSurvey& survey) {
+  if (!options.keep_history) return nullptr;
+  const IqSource& source = *survey.source;
+  const SurveyMemory memory = memoryOf(options, source, survey.start);
+  HistoryRun run;
+  run.kind = memory.kind == SourceKind::kReceiver     ? HistorySource::kReceiver
+             : memory.kind == SourceKind::kSimulation ? HistorySource::kSimulation
+                                                      : HistorySource::kRecording;
+  run.source = memory.source;
+  if (memory.identity) run.identity = memory.identity->sha256;
+  if (options.isSimulated()) run.identity = memory.source;
+  run.program = memory.program;
+  run.receiver = options.device;
+  run.start_unix_ms = survey.start.unix_ms;
+  run.settings = survey.setup.set.text();
+  const bool can_be_repeated = !source.isLive() && !run.identity.empty();
+  run.name = can_be_repeated
+                 ? runName(run.identity, run.settings,
+                           fmt::format("{} {} {}", options.offset_seconds, options.plays,
+                                       options.duration_seconds.value_or(0.0)))
+                 : randomRunName();
+  return std::make_unique<KeptHistory>(
+      survey.setup.directory, std::move(run),
+      [&directory = *survey.directory] { return directory.settingsInForce(); },
+      source.sampleRateHz(), !source.isLive());
+}
+
 SessionSettings sessionSettings(const Options& options, PreparedSurvey& survey,
-                                ResultsWatch& results) {
+                                ResultsWatch& results, KeptHistory* history) {
   SessionSettings session;
   session.may_tune = options.may_tune;
   session.block_samples = options.block_samples;
@@ -127,9 +156,12 @@ SessionSettings sessionSettings(const Options& options, PreparedSurvey& survey,
     return pelagrim::dwellLengthMs(directory.settingsInForce().dwell_seconds);
   };
   session.before_start = [&directory = *survey.directory] { directory.surveyStarts(); };
-  session.after_dwell = [&results, &survey] {
+  if (history != nullptr) session.observer = &history->observer();
+  session.after_dwell = [&results, &survey, history] {
     survey.directory->dwellWritten();
     if (const auto news = results.news()) survey.view->warning(*news);
+    if (history == nullptr) return;
+    for (const std::string& line : history->takeNews()) survey.view->warning(line);
   };
   if (options.isSimulated() && !options.passes && !options.duration_seconds) {
     session.passes = kSimulatedPasses;
@@ -143,14 +175,19 @@ SessionResult run(const Options& options, const PluginLibrary& plugin, PreparedS
                   ResultsWatch& results) {
   const auto clock = survey.source->isLive() ? ClockPolicy::systemClock()
                                              : ClockPolicy::sampleClock(survey.start.unix_ms);
+  const auto history = keepHistory(options, survey);
   SurveySession session(plugin, *survey.source, clock, *survey.view,
-                        sessionSettings(options, survey, results));
+                        sessionSettings(options, survey, results, history.get()));
   std::exception_ptr failure;
   SessionResult result;
   try {
     result = session.run(stopRequested, takeRescanRequest);
   } catch (...) {
     failure = std::current_exception();  // the survey has been saved anyway
+  }
+  if (history) {
+    history->end();
+    for (const std::string& line : history->takeNews()) survey.view->warning(line);
   }
   survey.directory->end();
   if (failure) std::rethrow_exception(failure);

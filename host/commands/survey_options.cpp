@@ -273,6 +273,9 @@ void addRunOptions(CLI::App& app, CommandLine& line) {
             "Memory for a receiver's samples that wait to be surveyed (usually 256)")
       ->type_name("MIB")
       ->needs(app.get_option("--device"));
+  app.add_flag("--history", options.keep_history,
+               "Keep a record of every dwell in history.sqlite: spectra, signals, and\n"
+               "what was on the air when; see pelagrim-survey history");
   auto* const quiet = app.add_flag("--quiet", options.quiet, "Show only errors and warnings");
   app.add_flag("--json", options.json, "Write one JSON object per line")->excludes(quiet);
 }

@@ -57,6 +57,7 @@ struct Options {
   bool json = false;
   uint32_t block_samples = 0;  ///< 0: the usual
   uint32_t threads = 3;        ///< 1: reads, surveys and shows by turns
+  bool keep_history = false;   ///< record every dwell in history.sqlite
   size_t buffer_mib = 256;     ///< of samples read and not surveyed
 
   // The program.

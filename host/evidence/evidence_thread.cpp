@@ -100,6 +100,7 @@ void EvidenceThread::run() {
 void EvidenceThread::observe(Event& event) {
   std::visit(Overloaded{
                  [&](const Start& start) {
+                   if (start.with.begun) start.with.begun();
                    observer_.start(start.slice, start.with.known, start.with.threshold_db);
                    lost_samples_ = 0;
                  },
@@ -113,7 +114,7 @@ void EvidenceThread::observe(Event& event) {
                      record->lost_samples = lost_samples_;
                      hooks_.record(*record);
                    } else {
-                     hooks_.gap();
+                     hooks_.gap(evaluated.unix_ms);
                    }
                    lost_samples_ = 0;
                  },

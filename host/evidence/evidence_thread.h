@@ -19,6 +19,7 @@ namespace pelagrim_host {
 struct EvidenceStart {
   pelagrim::Survey known;  ///< the list, with its raster
   double threshold_db = 0.0;
+  std::function<void()> begun{};  ///< called before the first record; on the observing thread
 };
 
 /// Observes the dwells of a run on a thread of its own.
@@ -30,7 +31,8 @@ class EvidenceThread final : public SampleObserver {
   struct Hooks {
     std::function<EvidenceStart()> start;  ///< asked on the surveyor's thread at each start
     std::function<void(const DwellRecord&)> record;  ///< called on the thread of this object
-    std::function<void()> gap;  ///< a dwell was evaluated of which there is no record; likewise
+    /// A dwell was evaluated of which there is no record; likewise.
+    std::function<void(int64_t end_unix_ms)> gap;
   };
 
   /// `may_wait`: for a recording. `resolution_seconds`: of rows. Throws std::system_error if there

@@ -61,7 +61,7 @@ std::vector<HistoryRun> readRuns(SQLite::Database& database) {
     const CheckedRow row(rows, fmt::format("run {}", rows.getColumn(0).getInt64()));
     runs.push_back({.id = row.integer(0),
                     .name = row.text(1),
-                    .kind = static_cast<SourceKind>(row.integer(2, 0, 2)),
+                    .kind = static_cast<HistorySource>(row.integer(2, 0, 2)),
                     .source = row.text(3),
                     .identity = row.text(4),
                     .settings = row.text(5),

@@ -17,13 +17,13 @@ struct HistoryError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-enum class SourceKind { kRecording = 0, kReceiver = 1, kSimulation = 2 };
+enum class HistorySource { kRecording = 0, kReceiver = 1, kSimulation = 2 };
 
 /// One run of the program.
 struct HistoryRun {
   int64_t id = 0;    ///< within its record; given when it is written
   std::string name;  ///< the same for runs that must hear the same; see runName
-  SourceKind kind = SourceKind::kRecording;
+  HistorySource kind = HistorySource::kRecording;
   std::string source;    ///< as the user named it
   std::string identity;  ///< of the samples: a digest of a recording, say
   std::string settings;  ///< in force, as text

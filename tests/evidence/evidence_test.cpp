@@ -125,7 +125,7 @@ TEST(EvidenceThread, SeesEveryDwellOfASweepAsThePluginDoes) {
                                        on += place.edges_ms.empty() ? 0 : 1;
                                      }
                                    },
-                               .gap = [&] { ++gaps; }},
+                               .gap = [&](int64_t) { ++gaps; }},
                               true, 0.01);
       NoView view;
       const PluginLibrary plugin(PELAGRIM_PLUGIN_PATH);

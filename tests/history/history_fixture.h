@@ -62,7 +62,7 @@ class HistoryTest : public testing::Test {
 
   static HistoryRun run() {
     return {.name = runName("abc", "threshold = 12", "0-10"),
-            .kind = SourceKind::kSimulation,
+            .kind = HistorySource::kSimulation,
             .source = "band",
             .identity = "abc",
             .settings = "threshold = 12",
