@@ -18,7 +18,7 @@
 namespace pelagrim_host {
 namespace {
 
-constexpr int kStepDwells = 256;
+constexpr int kStepDwells = 32;
 
 /// Rounds the oldest exact levels. Returns how many there were.
 size_t roundLevels(SQLite::Database& database) {

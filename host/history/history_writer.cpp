@@ -18,7 +18,7 @@ namespace {
 
 constexpr int64_t kWriteEveryMs = 1000;
 constexpr size_t kMaxWaiting = 512;  // of about 15 kB each
-constexpr int kVacuumPages = 1024;
+constexpr int kMaxSteps = 16;        // of thinning, at a time: some 10 ms each
 
 }  // namespace
 
@@ -69,6 +69,7 @@ void HistoryWriter::addToGap(const HistoryGap& gap) noexcept {
 template <typename Value>
 void HistoryWriter::append(Value value) noexcept {
   try {
+    if (waiting_.size() >= kMaxWaiting && !fails_) flush();
     if (waiting_.size() >= kMaxWaiting) giveUpWaiting();
     if (gap_.dwells > 0) {
       waiting_.emplace_back(gap_);
@@ -168,8 +169,9 @@ void HistoryWriter::store(const Entry& entry, int64_t number) {
 }
 
 void HistoryWriter::keepWithinLimit() {
-  if (!thinHistory(*database_, options_.limit_bytes)) return;
-  database_->exec(fmt::format("PRAGMA incremental_vacuum({})", kVacuumPages));
+  int steps = 0;
+  while (steps < kMaxSteps && thinHistory(*database_, options_.limit_bytes)) ++steps;
+  if (steps > 0) database_->exec("PRAGMA incremental_vacuum");
 }
 
 void HistoryWriter::tellFailure(const char* why) noexcept {

@@ -47,7 +47,8 @@ bool wasSilent(const DwellRecord& dwell, FrequencyInterval interval) {
   const auto first = static_cast<size_t>(low_bin);
   const auto last = std::min(std::max(static_cast<size_t>(high_bin), first + 2), kSpectrumBins);
   double highest = 0.0;
-  for (size_t bin = first; bin < last; ++bin) highest += std::pow(10.0, 0.1 * double{dwell.max_db[bin]});
+  for (size_t bin = first; bin < last; ++bin)
+    highest += std::pow(10.0, 0.1 * double{dwell.max_db[bin]});
   highest /= static_cast<double>(last - first);
   const double floor =
       std::pow(10.0, 0.1 * pelagrim::noiseFloorDb(dwell.mean_db, dwell.threshold_db));

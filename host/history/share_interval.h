@@ -21,7 +21,7 @@ struct ShareInterval {
 /// Wilson's formula (1927) with the number of independent looks that visits are worth: what one
 /// learns from n visits of variance s² whose autocorrelation time is tau is what
 /// p (1 - p) n / (s² tau) yes-or-no looks would teach. tau is the sum over the autocorrelations as
-/// long as those of neighbouring lags add up to more than zero (initial positive sequence, Geyer
+/// long as those of neighbouring lags add up to more than chance (initial positive sequence, Geyer
 /// 1992). Student's t with n / tau - 1 degrees of freedom takes the place of the normal quantile,
 /// because s² is an estimate. Nothing if visits differ too little to tell.
 std::optional<ShareInterval> shareInterval(std::span<const VisitShare> visits);

@@ -22,7 +22,7 @@ bool isPlace(double hz) {
 }
 
 bool isTime(int64_t unix_ms) {
-  return std::abs(unix_ms) <= kMaxUnixMs;
+  return unix_ms >= -kMaxUnixMs && unix_ms <= kMaxUnixMs;
 }
 
 bool isWidth(double hz) {

@@ -72,7 +72,10 @@ class HistoryTest : public testing::Test {
             .start_unix_ms = 12345};
   }
   static HistoryAnchor anchor() {
-    return {.rate_hz = 250e3, .threshold_db = 12.0, .raster_hz = 5000.0, .band_hi_hz = NAN,
+    return {.rate_hz = 250e3,
+            .threshold_db = 12.0,
+            .raster_hz = 5000.0,
+            .band_hi_hz = NAN,
             .list = "# a list\n"};
   }
 

@@ -14,16 +14,20 @@ namespace {
 
 /// A dwell at 1000 samples per second.
 Watch watch(uint64_t from_ms, uint64_t to_ms, std::vector<Stretch> on_air, int64_t run = 1) {
-  return {run, from_ms, to_ms, static_cast<int64_t>(from_ms), 1e-3 * double(to_ms - from_ms),
+  return {run,
+          from_ms,
+          to_ms,
+          static_cast<int64_t>(from_ms),
+          1e-3 * double(to_ms - from_ms),
           std::move(on_air)};
 }
 
 TEST(Occupancy, BridgesShortGapsAlsoFromDwellToDwell) {
   const Watch watches[] = {
       watch(0, 10'000, {{1.0, 2.0}, {2.9, 3.0}, {4.1, 5.0}, {9.5, 9.8}}),
-      watch(10'000, 20'000, {{0.5, 1.0}}),           // goes on: the gap from 9.8 to 10.5 is bridged
-      watch(21'000, 22'000, {{0.1, 1.0}}),           // a gap in time: nothing is bridged
-      watch(22'000, 23'000, {{0.0, 0.4}}, 2),        // nor from run to run
+      watch(10'000, 20'000, {{0.5, 1.0}}),     // goes on: the gap from 9.8 to 10.5 is bridged
+      watch(21'000, 22'000, {{0.1, 1.0}}),     // a gap in time: nothing is bridged
+      watch(22'000, 23'000, {{0.0, 0.4}}, 2),  // nor from run to run
   };
   const Occupancy heard = occupancyOf(watches, 1.0);
   EXPECT_DOUBLE_EQ(heard.observed_s, 22.0);
@@ -34,7 +38,10 @@ TEST(Occupancy, BridgesShortGapsAlsoFromDwellToDwell) {
     int64_t start_ms;
     double seconds;
     bool is_cut;
-  } wanted[] = {{1000, 2.0, false}, {4100, 0.9, false}, {9500, 1.5, false}, {21100, 0.9, true},
+  } wanted[] = {{1000, 2.0, false},
+                {4100, 0.9, false},
+                {9500, 1.5, false},
+                {21100, 0.9, true},
                 {22000, 0.4, true}};
   for (size_t i = 0; i < 5; ++i) {
     EXPECT_EQ(heard.transmissions[i].start_unix_ms, wanted[i].start_ms);
@@ -56,7 +63,8 @@ TEST(Occupancy, WhatADwellSaysOfAnInterval) {
   dwell.row_frames = 10;
   dwell.mean_db.assign(1024, -50.0F);
   dwell.max_db.assign(1024, -47.0F);
-  dwell.places = {{100.00e6, 100.01e6, 3.0, {0, 500, 1500}}, {100.008e6, 100.02e6, 3.0, {400, 900}}};
+  dwell.places = {{100.00e6, 100.01e6, 3.0, {0, 500, 1500}},
+                  {100.008e6, 100.02e6, 3.0, {400, 900}}};
 
   const auto both = watchOf(dwell, 3, {100.005e6, 100.012e6});
   ASSERT_TRUE(both);
@@ -72,7 +80,7 @@ TEST(Occupancy, WhatADwellSaysOfAnInterval) {
   dwell.max_db[412] = -30.0F;                                         // 99.9 MHz
   EXPECT_FALSE(watchOf(dwell, 3, {99.9e6, 99.91e6}));                 // perhaps on, for a while
   dwell.max_db.clear();
-  EXPECT_FALSE(watchOf(dwell, 3, {99.8e6, 99.81e6}));                 // levels were dropped
+  EXPECT_FALSE(watchOf(dwell, 3, {99.8e6, 99.81e6}));  // levels were dropped
 }
 
 using Random = std::mt19937_64;
@@ -93,10 +101,10 @@ double exponential(Random& random, double mean) {
 
 std::vector<OnOff> kinds() {
   return {
-      {"exponential", 0.25, [](Random& r, bool on) { return exponential(r, on ? 5.0 : 15.0); },
-       2.0, 14.0, 600},
-      {"slow", 0.4, [](Random& r, bool on) { return exponential(r, on ? 40.0 : 60.0); },
-       2.0, 14.0, 1500},
+      {"exponential", 0.25, [](Random& r, bool on) { return exponential(r, on ? 5.0 : 15.0); }, 2.0,
+       14.0, 600},
+      {"slow", 0.4, [](Random& r, bool on) { return exponential(r, on ? 40.0 : 60.0); }, 2.0, 14.0,
+       1500},
       {"watched without a break", 0.3,
        [](Random& r, bool on) { return exponential(r, on ? 3.0 : 7.0); }, 2.0, 2.0, 1200},
       {"regular", 0.2,
@@ -121,8 +129,12 @@ std::vector<Watch> heard(const OnOff& station, Random& random) {
   for (int i = 0; i < station.dwells; ++i) {
     const double from_s = i * station.revisit_s;
     const double to_s = from_s + station.dwell_s;
-    Watch watch{1, static_cast<uint64_t>(1000 * from_s), static_cast<uint64_t>(1000 * to_s),
-                0, station.dwell_s, {}};
+    Watch watch{1,
+                static_cast<uint64_t>(1000 * from_s),
+                static_cast<uint64_t>(1000 * to_s),
+                0,
+                station.dwell_s,
+                {}};
     double at_s = from_s;
     while (true) {
       while (until_s <= at_s) {
@@ -154,11 +166,9 @@ TEST(Occupancy, IntervalsHoldTheLongRunShare) {
     }
     EXPECT_EQ(given, kRuns) << station.name;
     const double share = double(held) / given;
-    RecordProperty(station.name, std::to_string(share));
     EXPECT_GE(share, 0.94) << station.name;
     EXPECT_LE(share, 0.96) << station.name;
     EXPECT_LT(width / given, 0.2) << station.name;
-    std::printf("%-24s %.4f, mean width %.3f\n", station.name, share, width / given);
   }
 }
 

@@ -11,7 +11,8 @@ namespace {
 
 constexpr double kRateHz = 250e3;
 constexpr const char* kSettings =
-    "start = 145000000\nstop = 145600000\nthreshold = 9\ndwell = 1\nraster = 3000\nsweep = yes\n";
+    "start_hz = 145000000\nstop_hz = 145600000\nthreshold_db = 9\ndwell_seconds = 1\n"
+    "raster_hz = 3000\nsweep = yes\n";
 
 /// What the record says of the list after each of its dwells.
 std::vector<std::string> replayed(const std::filesystem::path& path) {
@@ -35,10 +36,10 @@ TEST_F(HistoryTest, ReplayGivesTheListOfThePluginToTheByte) {
     PluginHost host;
     host.dir.write("survey.cfg", kSettings);
     // What it begins with: an older format, long lines, rows of one slot, bytes that are no text.
-    host.dir.write("survey.csv",
-                   "145100000,3000,2900,3100,-10.5,-40.2,7,9,5,6,x\n" + std::string(1200, '7') +
-                       "\n145101000,3000,2900,3100,-1e1,-40,7,3,5,6" + std::string(1, '\0') +
-                       "\n145300000,1,1,1,1,1,1,1,1,1");
+    host.dir.write("survey.csv", "145100000,3000,2900,3100,-10.5,-40.2,7,9,5,6,x\n" +
+                                     std::string(1200, '7') +
+                                     "\n145101000,3000,2900,3100,-1e1,-40,7,3,5,6" +
+                                     std::string(1, '\0') + "\n145300000,1,1,1,1,1,1,1,1,1");
     SimulatedBandConfig config;
     config.sample_rate_hz = kRateHz;
     config.centre_hz = 145.1e6;
