@@ -25,10 +25,10 @@ struct HistoryOptions {
 
 /// Writes the record of one run at a time. Hold the directory's run lock.
 ///
-/// What it is given waits in memory and is written in one transaction, at most once a second, by
-/// the thread that calls, or when there are hundreds of dwells. Nothing fails: where the file cannot be written, that is said once, rows
-/// wait, and when there are too many they become a gap; it goes on when it works again. Not
-/// synchronised.
+/// What it is given waits in memory and is written in one transaction by the thread that calls, at
+/// most once a second unless there are hundreds of dwells. Nothing fails: where the file cannot be
+/// written, that is said once, rows wait, and when there are too many they become a gap; it goes on
+/// when it works again. Not synchronised.
 class HistoryWriter {
  public:
   /// `tell` gets a line when writing begins to fail and when it works again, on the calling thread.

@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kRateHz = 250e3;
 constexpr const char* kSettings =
-    "start_hz = 145000000\nstop_hz = 145600000\nthreshold_db = 9\ndwell_seconds = 1\n"
+    "start = 145000000\nstop = 145600000\nthreshold_db = 9\ndwell_seconds = 1\n"
     "raster_hz = 3000\nsweep = yes\n";
 
 /// What the record says of the list after each of its dwells.
