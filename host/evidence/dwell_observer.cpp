@@ -38,8 +38,9 @@ std::vector<FrequencyInterval> intervalsOf(const pelagrim::Survey& places) {
 /// quiet, it has to do with a guess.
 bool isFloorSure(const std::vector<float>& levels, double threshold_db) {
   const double limit_db = pelagrim::percentileDb(levels, kLowRank) + threshold_db;
-  const auto quiet = std::count_if(levels.begin(), levels.end(),
-                                   [&](float level_db) { return double{level_db} <= limit_db; });
+  const auto quiet = std::count_if(levels.begin(), levels.end(), [&](float level_db) {
+    return static_cast<double>(level_db) <= limit_db;
+  });
   return static_cast<size_t>(quiet) >= levels.size() / 8;
 }
 
@@ -54,10 +55,10 @@ void addRowLevels(const RowSpectra& spectra, DwellRecord& record) {
   const auto rank = static_cast<size_t>(kLowRank * static_cast<double>(powers.size() - 1) + 0.5);
   for (size_t bin = 0; bin < kSpectrumBins; ++bin) {
     for (size_t row = 0; row < powers.size(); ++row) powers[row] = spectra.row(row)[bin];
-    highest[bin] = *std::max_element(powers.begin(), powers.end());
+    highest[bin] = static_cast<double>(*std::max_element(powers.begin(), powers.end()));
     const auto at_rank = powers.begin() + static_cast<std::ptrdiff_t>(rank);
     std::nth_element(powers.begin(), at_rank, powers.end());
-    low[bin] = *at_rank;
+    low[bin] = static_cast<double>(*at_rank);
   }
   record.max_db = pelagrim::levelsDb(highest, 1);
   record.low_db = pelagrim::levelsDb(low, 1);

@@ -105,7 +105,7 @@ class Noise {
       for (const size_t bin : bins) powers.push_back(spectrum[bin] / gains_[row]);
     }
     const double frames = spectra_.rowFrames();
-    return double{medianOf(powers)} * frames / boost::math::gamma_p_inv(frames, 0.5);
+    return static_cast<double>(medianOf(powers)) * frames / boost::math::gamma_p_inv(frames, 0.5);
   }
 
   size_t stride() const { return (spectra_.rows() + kRowsForNoise - 1) / kRowsForNoise; }
@@ -164,8 +164,8 @@ WatchedPlace watch(const RowSpectra& spectra, const pelagrim::Slice& slice, cons
   for (size_t row = 0; row < spectra.rows(); ++row) {
     double power = 0.0;
     const auto spectrum = spectra.row(row);
-    for (const size_t bin : bins) power += double{spectrum[bin]};
-    const bool is_on = power > limit * double{noise.gain(row)};
+    for (const size_t bin : bins) power += static_cast<double>(spectrum[bin]);
+    const bool is_on = power > limit * static_cast<double>(noise.gain(row));
     if (is_on == was_on) continue;
     place.edges_ms.push_back(
         static_cast<uint32_t>(std::llround(static_cast<double>(row) * row_ms)));

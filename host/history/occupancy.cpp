@@ -13,11 +13,11 @@ namespace {
 using pelagrim::kSpectrumBins;
 
 /// Sorts and joins what overlaps or lies no further apart than `gap_s`.
-std::vector<Stretch> joined(std::vector<Stretch> stretches, double gap_s) {
+std::vector<OnAirStretch> joined(std::vector<OnAirStretch> stretches, double gap_s) {
   std::sort(stretches.begin(), stretches.end(),
-            [](const Stretch& a, const Stretch& b) { return a.from_s < b.from_s; });
-  std::vector<Stretch> apart;
-  for (const Stretch& stretch : stretches) {
+            [](const OnAirStretch& a, const OnAirStretch& b) { return a.from_s < b.from_s; });
+  std::vector<OnAirStretch> apart;
+  for (const OnAirStretch& stretch : stretches) {
     if (!apart.empty() && stretch.from_s - apart.back().to_s <= gap_s) {
       apart.back().to_s = std::max(apart.back().to_s, stretch.to_s);
     } else {
@@ -27,7 +27,7 @@ std::vector<Stretch> joined(std::vector<Stretch> stretches, double gap_s) {
   return apart;
 }
 
-void addStretches(const WatchedPlace& place, double seconds, std::vector<Stretch>& stretches) {
+void addStretches(const WatchedPlace& place, double seconds, std::vector<OnAirStretch>& stretches) {
   const auto& edges = place.edges_ms;
   for (size_t i = 0; i < edges.size(); i += 2) {
     const double from_s = edges[i] / 1000.0;
@@ -60,7 +60,7 @@ struct Visit {
   int64_t first_unix_ms;
   double seconds = 0.0;
   std::vector<double> ends_s{};  ///< of its dwells
-  std::vector<Stretch> on_air{};
+  std::vector<OnAirStretch> on_air{};
 };
 
 std::vector<Visit> visitsOf(std::span<const Watch> watches, double bridged_s) {
@@ -71,7 +71,7 @@ std::vector<Visit> visitsOf(std::span<const Watch> watches, double bridged_s) {
         before && before->run == watch.run && before->end_sample == watch.first_sample;
     if (!goes_on) visits.push_back({.first_unix_ms = watch.first_unix_ms});
     Visit& visit = visits.back();
-    for (const Stretch& on : watch.on_air) {
+    for (const OnAirStretch& on : watch.on_air) {
       visit.on_air.push_back({visit.seconds + on.from_s, visit.seconds + on.to_s});
     }
     visit.seconds += watch.seconds;
@@ -83,7 +83,7 @@ std::vector<Visit> visitsOf(std::span<const Watch> watches, double bridged_s) {
 }
 
 void addTransmissions(const Visit& visit, Occupancy& occupancy) {
-  for (const Stretch& on : visit.on_air) {
+  for (const OnAirStretch& on : visit.on_air) {
     occupancy.transmissions.push_back(
         {.start_unix_ms = visit.first_unix_ms + std::llround(1000.0 * on.from_s),
          .seconds = on.to_s - on.from_s,

@@ -12,7 +12,7 @@
 namespace pelagrim_host {
 
 /// From one moment to another, seconds.
-struct Stretch {
+struct OnAirStretch {
   double from_s;
   double to_s;
 };
@@ -24,7 +24,7 @@ struct Watch {
   uint64_t end_sample = 0;    ///< the first one after the dwell
   int64_t first_unix_ms = 0;
   double seconds = 0.0;         ///< how long the dwell lasted
-  std::vector<Stretch> on_air;  ///< from its start, in order, apart from each other
+  std::vector<OnAirStretch> on_air;  ///< from its start, in order, apart from each other
 };
 
 /// What a dwell says of an interval: the places that were watched and overlap it, taken together.

@@ -28,6 +28,7 @@ options() {
 offers "$(options)" --
 offers "$(options export)" export --
 offers "$(options report)" report --
+offers "$(options history)" history --
 offers "$("$program" --help | sed -n 's/^ *\(cu8 .*\)/\1/p' | tr ' ' '|')" --format ''
 offers "$(values_of --to)" export --to ''
 kinds=$(values_of --kind | sed 's/?|/|/g; s/wide NFM/wide\\ NFM/; s/?$/\\?/')

@@ -25,7 +25,7 @@ in_manual() {
 }
 
 same "the manual page" "$(in_manual OPTIONS)" "$(options)"
-for command in report export; do
+for command in report export history; do
   expected=$(options "$command" | grep -vx -- --help)
   same "the manual page of $command" "$(in_manual ${command^^})" "$expected"
 done

@@ -242,9 +242,10 @@ TEST(OnAir, AgreesWithWhatTheStationsOfTheSimulatedBandDo) {
   ASSERT_GE(stations.size(), 8u);
   const double watched_ms = watchedMs(spectra, slice.sample_rate_hz);
   for (size_t i = 0; i < places.size(); ++i) {
+    StationStrength strength(stations[i]);
     int on = 0, looked = 0;
     for (double ms = 0.5; ms < watched_ms; ms += 1.0, ++looked) {
-      on += stations[i].strengthAt(ms / 1000.0) > 0.5 ? 1 : 0;
+      on += strength.at(ms / 1000.0) > 0.5 ? 1 : 0;
     }
     EXPECT_NEAR(shareOn(places[i], watched_ms), double(on) / looked, 0.02) << stations[i].name;
   }

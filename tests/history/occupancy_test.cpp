@@ -13,7 +13,7 @@ namespace pelagrim_host {
 namespace {
 
 /// A dwell at 1000 samples per second.
-Watch watch(uint64_t from_ms, uint64_t to_ms, std::vector<Stretch> on_air, int64_t run = 1) {
+Watch watch(uint64_t from_ms, uint64_t to_ms, std::vector<OnAirStretch> on_air, int64_t run = 1) {
   return {run,
           from_ms,
           to_ms,
