@@ -36,23 +36,20 @@ void addStretches(const WatchedPlace& place, double seconds, std::vector<OnAirSt
   }
 }
 
-/// Whether the highest power within the interval stayed below the threshold for a row, so that no
-/// row can have been on the air.
+/// Whether the highest level of every bin of the interval stayed below what two bins alone need to
+/// count as on the air, at most 6 dB above the noise. The threshold of a wider interval is lower, but
+/// the highest of hundreds of rows is above that in noise, too.
 bool wasSilent(const DwellRecord& dwell, FrequencyInterval interval) {
   if (dwell.max_db.size() != kSpectrumBins || dwell.mean_db.size() != kSpectrumBins) return false;
   const double bin_hz = dwell.slice.sample_rate_hz / kSpectrumBins;
   const double low_bin = std::floor((interval.low_hz - dwell.slice.lowHz()) / bin_hz + 0.5);
   const double high_bin = std::ceil((interval.high_hz - dwell.slice.lowHz()) / bin_hz + 0.5);
   if (!(low_bin >= 0.0 && high_bin <= static_cast<double>(kSpectrumBins))) return false;
-  const auto first = static_cast<size_t>(low_bin);
-  const auto last = std::min(std::max(static_cast<size_t>(high_bin), first + 2), kSpectrumBins);
-  double highest = 0.0;
-  for (size_t bin = first; bin < last; ++bin)
-    highest += std::pow(10.0, 0.1 * double{dwell.max_db[bin]});
-  highest /= static_cast<double>(last - first);
-  const double floor =
-      std::pow(10.0, 0.1 * pelagrim::noiseFloorDb(dwell.mean_db, dwell.threshold_db));
-  return highest <= floor * onAirThreshold(std::max<size_t>(last - first, 2), dwell.row_frames);
+  const auto first = dwell.max_db.begin() + static_cast<std::ptrdiff_t>(low_bin);
+  const auto last = dwell.max_db.begin() + static_cast<std::ptrdiff_t>(high_bin);
+  const double limit_db = pelagrim::noiseFloorDb(dwell.mean_db, dwell.threshold_db) +
+                          10.0 * std::log10(onAirThreshold(2, dwell.row_frames));
+  return std::all_of(first, last, [&](float level_db) { return double{level_db} <= limit_db; });
 }
 
 /// Dwells that follow each other without a gap, on one axis of time.

@@ -28,8 +28,8 @@ struct Watch {
 };
 
 /// What a dwell says of an interval: the places that were watched and overlap it, taken together.
-/// Where none was, it was off if its slice covers the interval and the highest levels stayed below
-/// what would have counted as on the air. Else nothing.
+/// Where none was, it was off if its slice covers the interval and the highest levels stayed within
+/// 6 dB of the noise. Else nothing.
 std::optional<Watch> watchOf(const DwellRecord& dwell, int64_t run, FrequencyInterval interval);
 
 /// One transmission. Its true length is at least `seconds` if one was not there at its start or

@@ -128,6 +128,23 @@ TEST_F(HistoryTest, TakesAtMostOneTransactionASecond) {
   EXPECT_FALSE(fs::exists(path_.string() + "-wal"));
 }
 
+/// A place where this process may write nothing, even if root runs it.
+struct ReadOnly {
+  explicit ReadOnly(fs::path place) : directory(std::move(place)) {
+    fs::permissions(directory, fs::perms(0555));
+    if (geteuid() == 0) was_root = seteuid(65534) == 0;
+  }
+  ~ReadOnly() {
+    if (was_root && seteuid(0) != 0) ADD_FAILURE() << "not root again";
+    fs::permissions(directory, fs::perms::owner_all);
+  }
+  ReadOnly(const ReadOnly&) = delete;
+  ReadOnly& operator=(const ReadOnly&) = delete;
+
+  fs::path directory;
+  bool was_root = false;
+};
+
 TEST_F(HistoryTest, IsOneFileThatOpensInAReadOnlyPlace) {
   record(3);
   auto network = writer({.shares_memory = false});
@@ -137,10 +154,18 @@ TEST_F(HistoryTest, IsOneFileThatOpensInAReadOnlyPlace) {
   EXPECT_FALSE(fs::exists(path_.string() + "-wal"));
   network.end();
   EXPECT_EQ(std::distance(fs::directory_iterator(dir_.path()), fs::directory_iterator()), 1);
-  fs::permissions(path_, fs::perms::owner_read);
-  fs::permissions(dir_.path(), fs::perms::owner_read | fs::perms::owner_exec);
-  EXPECT_EQ(all().order, "adddd");
-  fs::permissions(dir_.path(), fs::perms::owner_all);
+
+  // A copy that was taken while it was written says that there is a log.
+  std::string open = dir_.read("history.sqlite");
+  open[18] = open[19] = 2;
+  for (const bool is_open : {false, true}) {
+    if (is_open) dir_.write("history.sqlite", open);
+    ReadOnly place(dir_.path());
+    EXPECT_EQ(all().order, "adddd");
+  }
+  dir_.write("history.sqlite-wal", "what was written last");
+  ReadOnly place(dir_.path());
+  EXPECT_THROW(HistoryReader{path_}, HistoryError);
 }
 
 TEST_F(HistoryTest, OlderRecordsAreReadAndBroughtForward) {

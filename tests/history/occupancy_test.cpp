@@ -75,10 +75,12 @@ TEST(Occupancy, WhatADwellSaysOfAnInterval) {
   EXPECT_EQ(both->on_air[1].from_s, 1.5);
   EXPECT_EQ(both->on_air[1].to_s, 2.0);  // on at the end
 
-  EXPECT_TRUE(watchOf(dwell, 3, {99.9e6, 99.91e6})->on_air.empty());  // silent
-  EXPECT_FALSE(watchOf(dwell, 3, {99.4e6, 99.6e6}));                  // not all in the slice
-  dwell.max_db[412] = -30.0F;                                         // 99.9 MHz
-  EXPECT_FALSE(watchOf(dwell, 3, {99.9e6, 99.91e6}));                 // perhaps on, for a while
+  const auto silent = watchOf(dwell, 3, {99.9e6, 99.91e6});
+  ASSERT_TRUE(silent);
+  EXPECT_TRUE(silent->on_air.empty());
+  EXPECT_FALSE(watchOf(dwell, 3, {99.4e6, 99.6e6}));   // not all in the slice
+  dwell.max_db[412] = -30.0F;                          // 99.9 MHz
+  EXPECT_FALSE(watchOf(dwell, 3, {99.9e6, 99.91e6}));  // perhaps on, for a while
   dwell.max_db.clear();
   EXPECT_FALSE(watchOf(dwell, 3, {99.8e6, 99.81e6}));  // levels were dropped
 }
