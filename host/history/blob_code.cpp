@@ -66,7 +66,8 @@ std::vector<Element> unshuffled(std::string_view bytes) {
 
 int16_t centibels(float level_db) {
   if (std::isnan(level_db)) return kNotANumber;
-  return static_cast<int16_t>(std::lround(10.0 * double{std::clamp(level_db, -3276.7F, 3276.7F)}));
+  return static_cast<int16_t>(
+      std::lround(10.0 * static_cast<double>(std::clamp(level_db, -3276.7F, 3276.7F))));
 }
 
 /// Visits every member of a channel that is stored, in the order of the bytes.

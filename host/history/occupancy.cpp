@@ -37,8 +37,8 @@ void addStretches(const WatchedPlace& place, double seconds, std::vector<OnAirSt
 }
 
 /// Whether the highest level of every bin of the interval stayed below what two bins alone need to
-/// count as on the air, at most 6 dB above the noise. The threshold of a wider interval is lower, but
-/// the highest of hundreds of rows is above that in noise, too.
+/// count as on the air, at most 6 dB above the noise. A wider interval needs less, but in the
+/// highest of hundreds of rows noise is above that, too.
 bool wasSilent(const DwellRecord& dwell, FrequencyInterval interval) {
   if (dwell.max_db.size() != kSpectrumBins || dwell.mean_db.size() != kSpectrumBins) return false;
   const double bin_hz = dwell.slice.sample_rate_hz / kSpectrumBins;
@@ -49,7 +49,8 @@ bool wasSilent(const DwellRecord& dwell, FrequencyInterval interval) {
   const auto last = dwell.max_db.begin() + static_cast<std::ptrdiff_t>(high_bin);
   const double limit_db = pelagrim::noiseFloorDb(dwell.mean_db, dwell.threshold_db) +
                           10.0 * std::log10(onAirThreshold(2, dwell.row_frames));
-  return std::all_of(first, last, [&](float level_db) { return double{level_db} <= limit_db; });
+  return std::all_of(first, last,
+                     [&](float level_db) { return static_cast<double>(level_db) <= limit_db; });
 }
 
 /// Dwells that follow each other without a gap, on one axis of time.

@@ -20,7 +20,7 @@ std::string takePiece(std::string_view& text) {
       line_feed == std::string_view::npos ? std::min(text.size(), kMaxPiece) : line_feed + 1;
   std::string piece(text.substr(0, size));
   text.remove_prefix(size);
-  return piece.substr(0, piece.find('\0'));
+  return piece;
 }
 
 }  // namespace
