@@ -21,7 +21,10 @@ int openAgain(const char* name) {
 /// As write(2) on the inherited terminal, but nothing is written where that would wait.
 ssize_t sendInherited(std::string_view text) {
   pollfd terminal = {STDOUT_FILENO, POLLOUT, 0};
-  if (poll(&terminal, 1, 0) != 1) return -1;
+  if (poll(&terminal, 1, 0) != 1) {
+    errno = EAGAIN;  // poll leaves it as it was when it waits for nothing
+    return -1;
+  }
   text = text.substr(0, kSmallPiece);
   return ::write(STDOUT_FILENO, text.data(), text.size());
 }
