@@ -225,10 +225,12 @@ SurveySession::News SurveySession::feed(const Block& block) {
 }
 
 SurveySession::News SurveySession::end() {
+  News news;
+  if (handle_ == nullptr) return news;  // it could not be started again
   if (centre_to_tell_hz_) retune(*centre_to_tell_hz_);
   iq_.destroy(handle_);
-  News news;
   news.messages = takeMessages();
+  handle_ = nullptr;
   news.dwell_done = countDwells(told_centre_hz_);
   if (auto line = check_.judge()) news.warnings.push_back(*std::move(line));
   return news;

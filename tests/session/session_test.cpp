@@ -184,6 +184,20 @@ TEST_P(HostSession, SavesAndStartsAfreshOnARescan) {
             "process 10 from 50 at 1200\ntune -1\nprocess 10 from 50 at 1300\ndestroy\ndetach\n");
 }
 
+TEST_P(HostSession, DestroysOnceWhatCannotBeStartedAgain) {
+  ScriptedSource source;
+  Recorder view;
+  int starts = 0, asked = 0;
+  SessionSettings settings = {.block_samples = 10};
+  settings.before_start = [&] {
+    if (++starts == 2) throw SourceError("disk full");
+  };
+  EXPECT_EQ(
+      runThrough(FAKE_PLUGIN_PATH, source, view, settings, false, [&] { return ++asked == 2; }),
+      "attach\ncreate 50\nprocess 10 from 50 at 1100\ndestroy\ndetach\n");
+  EXPECT_EQ(view.messages, "message 2\nmessage 1\ndisk full");
+}
+
 TEST_P(HostSession, CountsDwellsWhereTheyWereLookedAtUntilThePassesAreDone) {
   const auto dwellsOf = [](const char* panel, SessionSettings settings, Recorder& view,
                            int rescan_at = 0) {
