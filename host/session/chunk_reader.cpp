@@ -69,6 +69,7 @@ void ChunkReader::readInto(SampleChunk& chunk, uint64_t max_samples,
 
 TuneOutcome ChunkReader::tune(double hz) noexcept {
   TuneOutcome outcome;
+  const double before_hz = source_.centreHz();
   try {
     outcome.answer = source_.tune(hz);
   } catch (const std::exception& failure) {
@@ -78,12 +79,12 @@ TuneOutcome ChunkReader::tune(double hz) noexcept {
     outcome.answer = kTuneRefused;
     outcome.why_refused = "the receiver failed without saying why";
   }
-  if (outcome.answer == kTuneAccepted) {
-    ++tunes_;
-    needs_settling_ = true;
-  }
   outcome.centre_hz = source_.centreHz();
   outcome.next_sample = next_sample_;
+  if (outcome.answer == kTuneAccepted) ++tunes_;
+  outcome.tunes = tunes_;
+  // A receiver may refuse and have moved all the same.
+  if (outcome.answer == kTuneAccepted || outcome.centre_hz != before_hz) needs_settling_ = true;
   return outcome;
 }
 

@@ -18,6 +18,7 @@ struct TuneOutcome {
   std::string why_refused{};  ///< if the source failed: in its words
   double centre_hz = 0.0;     ///< where the source is now
   uint64_t next_sample = 0;   ///< the number of the first one that comes from there
+  uint32_t tunes = 0;         ///< accepted so far, as the chunks from there have it
 };
 
 /// Fills chunks from a source. After this nobody else reads or tunes the source as long as the

@@ -198,7 +198,8 @@ SurveySession::News SurveySession::feed(const Block& block) {
   process(block);
 
   auto tuned = services_->takeTuneRequest();
-  const bool has_moved = tuned && tuned->request.answer == kTuneAccepted;
+  // Of several requests in one call the last is told of, but any of them may have been accepted.
+  const bool has_moved = tuned && tuned->outcome.tunes > tunes_;
   if (tuned) news.tune = std::move(tuned->request);
   news.messages = takeMessages();
   // Every evaluated dwell leaves a message, so without one there is nothing new to count.
@@ -216,7 +217,7 @@ SurveySession::News SurveySession::feed(const Block& block) {
   }
   if (dwell_is_over || check_.isDue()) warn(check_.judge());
   if (has_moved) {
-    ++tunes_;
+    tunes_ = tuned->outcome.tunes;
     position_ = tuned->outcome.next_sample;
     centre_to_tell_hz_ = tuned->outcome.centre_hz;
   }

@@ -1,7 +1,8 @@
 // A plug-in that asks to tune after every second block and records what its host does.
 // FAKE_PLUGIN_PANEL ("sweeping" or "fixed") gives it a panel of 1000 channels that counts dwells:
 // one per tune request, and one per destroy in between. FAKE_PLUGIN_FAULT breaks its descriptor.
-// Both are read at every query.
+// Both are
+// read at every query. With FAKE_PLUGIN_ASKS_TWICE it asks to tune twice in one call.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -34,8 +35,11 @@ void process(void*, const float* iq, size_t n) {
   g_in_process = true;
   if (++g_blocks % 2 == 0) {
     ++g_dwells;
-    const int answer = g_host->tune(g_host->ctx, 100.0 * g_blocks);
-    g_calls += "tune " + std::to_string(answer) + "\n";
+    const int times = std::getenv("FAKE_PLUGIN_ASKS_TWICE") != nullptr ? 2 : 1;
+    for (int i = 0; i < times; ++i) {
+      const int answer = g_host->tune(g_host->ctx, 100.0 * g_blocks + i);
+      g_calls += "tune " + std::to_string(answer) + "\n";
+    }
   }
   g_in_process = false;
 }

@@ -198,6 +198,24 @@ TEST_P(HostSession, DestroysOnceWhatCannotBeStartedAgain) {
   EXPECT_EQ(view.messages, "message 2\nmessage 1\ndisk full");
 }
 
+TEST_P(HostSession, GoesOnWhereOneOfTwoRequestsInACallIsAccepted) {
+  using Answers = std::vector<WendleTuneResult>;
+  setenv("FAKE_PLUGIN_ASKS_TWICE", "1", 1);
+  const std::pair<Answers, std::string> cases[] = {
+      {{kTuneAccepted, kTuneAccepted}, "tune 0\ntune 0\nretune 201\nprocess 10 from 201 at "},
+      {{kTuneAccepted, kTuneOutOfRange}, "retune 200\nprocess 10 from 200 at "},
+  };
+  for (const auto& [answers, expected] : cases) {
+    ScriptedSource source;
+    source.length = 60;
+    source.answers = answers;
+    Recorder view;
+    const auto calls = runThrough(FAKE_PLUGIN_PATH, source, view, {.block_samples = 10});
+    EXPECT_NE(calls.find(expected), std::string::npos) << calls;
+  }
+  unsetenv("FAKE_PLUGIN_ASKS_TWICE");
+}
+
 TEST_P(HostSession, CountsDwellsWhereTheyWereLookedAtUntilThePassesAreDone) {
   const auto dwellsOf = [](const char* panel, SessionSettings settings, Recorder& view,
                            int rescan_at = 0) {
