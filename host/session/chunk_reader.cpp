@@ -22,10 +22,12 @@ ChunkReader::ChunkReader(IqSource& source, size_t chunk_samples, int64_t (*stead
 /// Waits for samples from the present centre, at the start and after a tune.
 void ChunkReader::settle() {
   if (!needs_settling_) return;
+  const uint64_t counted = has_settled_ ? source_.overflows() : 0;
   source_.settle();
+  // What the receiver lost while nobody wanted its samples is no loss.
+  overflows_in_vain_ += source_.overflows() - counted;
+  has_settled_ = true;
   needs_settling_ = false;
-  // What the receiver lost before anybody wanted its samples is no loss.
-  if (!overflows_before_) overflows_before_ = source_.overflows();
   last_received_ms_ = steady_ms_();
 }
 
@@ -49,7 +51,7 @@ void ChunkReader::fill(SampleChunk& chunk, uint64_t max_samples,
     // What was read before the failure is delivered first.
     (chunk.samples > 0 ? failure_ : chunk.failure) = std::current_exception();
   }
-  chunk.overflows = source_.overflows() - overflows_before_.value_or(0);
+  chunk.overflows = source_.overflows() - overflows_in_vain_;
   chunk.received_steady_ms = last_received_ms_ = steady_ms_();
   next_sample_ += chunk.samples;
 }

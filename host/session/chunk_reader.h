@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
-#include <optional>
 #include <string>
 
 #include "host/session/sample_chunk.h"
@@ -54,7 +53,8 @@ class ChunkReader {
   uint32_t tunes_ = 0;
   bool needs_settling_ = true;
   int64_t last_received_ms_ = 0;
-  std::optional<uint64_t> overflows_before_;  ///< the first chunk
+  bool has_settled_ = false;
+  uint64_t overflows_in_vain_ = 0;  ///< before the first chunk, and while settling
   std::exception_ptr failure_;                ///< for the next chunk
 };
 

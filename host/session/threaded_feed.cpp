@@ -122,9 +122,7 @@ class ThreadedFeed final : public SampleFeed {
     if (outcome.answer == kTuneAccepted) {
       // The end of the source stays known.
       const bool has_ended = !full_.empty() && full_.back()->samples == 0;
-      const auto dropped_end = full_.end() - (has_ended ? 1 : 0);
-      std::move(full_.begin(), dropped_end, std::back_inserter(free_));
-      full_.erase(full_.begin(), dropped_end);
+      full_.erase(full_.begin(), full_.end() - (has_ended ? 1 : 0));
     }
     outcome_ = std::move(outcome);
     has_request_ = false;
