@@ -52,7 +52,8 @@ void addRowLevels(const RowSpectra& spectra, DwellRecord& record) {
   }
   std::vector<double> highest(kSpectrumBins), low(kSpectrumBins);
   std::vector<float> powers(spectra.rows());
-  const auto rank = static_cast<size_t>(kLowRank * static_cast<double>(powers.size() - 1) + 0.5);
+  const auto rank =
+      static_cast<size_t>(std::lround(kLowRank * static_cast<double>(powers.size() - 1)));
   for (size_t bin = 0; bin < kSpectrumBins; ++bin) {
     for (size_t row = 0; row < powers.size(); ++row) powers[row] = spectra.row(row)[bin];
     highest[bin] = static_cast<double>(*std::max_element(powers.begin(), powers.end()));

@@ -23,7 +23,7 @@ struct Watch {
   uint64_t first_sample = 0;  ///< of the run
   uint64_t end_sample = 0;    ///< the first one after the dwell
   int64_t first_unix_ms = 0;
-  double seconds = 0.0;         ///< how long the dwell lasted
+  double seconds = 0.0;              ///< how long the dwell lasted
   std::vector<OnAirStretch> on_air;  ///< from its start, in order, apart from each other
 };
 

@@ -55,7 +55,7 @@ class ChunkReader {
   int64_t last_received_ms_ = 0;
   bool has_settled_ = false;
   uint64_t overflows_in_vain_ = 0;  ///< before the first chunk, and while settling
-  std::exception_ptr failure_;                ///< for the next chunk
+  std::exception_ptr failure_;      ///< for the next chunk
 };
 
 }  // namespace pelagrim_host
