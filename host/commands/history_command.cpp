@@ -4,8 +4,11 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -43,13 +46,29 @@ struct RecordSummary {
   std::vector<ChannelOnAir> channels;
 };
 
+/// The runs that count: of those that heard the same samples, because a recording was surveyed
+/// again, the last one.
+std::set<int64_t> runsThatCount(const std::vector<HistoryRun>& runs) {
+  std::map<std::string, int64_t> last;
+  for (const HistoryRun& run : runs) last[run.name] = run.id;
+  std::set<int64_t> ids;
+  for (const auto& [name, id] : last) ids.insert(id);
+  return ids;
+}
+
 RecordSummary summarise(const SurveyFiles& survey) {
   const auto path = historyPath(survey.results_path.parent_path());
+  std::error_code error;
+  if (!std::filesystem::exists(path, error)) {
+    throw std::runtime_error(fmt::format(
+        "{} does not exist: the survey was made without --history, which keeps a record",
+        path.string()));
+  }
   HistoryReader reader(path);
   RecordSummary summary;
-  std::error_code error;
   summary.bytes = std::filesystem::file_size(path, error);
   summary.runs = reader.runs();
+  const auto counting = runsThatCount(summary.runs);
   std::vector<std::vector<Watch>> watches(survey.rows.channels.size());
   HistoryVisitor visitor;
   visitor.anchor = [](const Numbered<HistoryAnchor>&) {};
@@ -57,6 +76,7 @@ RecordSummary summarise(const SurveyFiles& survey) {
     summary.missing_dwells += gap.value.dwells;
   };
   visitor.dwell = [&](const HistoryDwell& dwell) {
+    if (!counting.contains(dwell.run)) return;
     const DwellRecord& record = dwell.record;
     ++summary.dwells;
     summary.observed_s += static_cast<double>(record.samples) / record.slice.sample_rate_hz;

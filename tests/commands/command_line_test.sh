@@ -215,6 +215,20 @@ check [ "$("$program" --info 2>&1 > /dev/full)" = \
   "pelagrim-survey: cannot write to standard output: No space left on device" ]
 expect 1 "cannot open gone␊␛[2J.cu8" $'gone\n\e[2J.cu8' "${time[@]}"
 
+# A record changes nothing in the list, and a recording that is surveyed again is heard once.
+"$program" --dir plain --passes 1 --dwell 1 --quiet
+"$program" --dir recorded --passes 1 --dwell 1 --quiet --history
+check cmp plain/survey.csv recorded/survey.csv
+expect 0 "1 run, 3 dwells, 3 s observed" history recorded
+expect 0 '"on_air":' history recorded --json
+expect 1 "made without --history" history plain
+for _ in 1 2; do "$program" tone.sigmf-meta --dir again --history --dwell 0.01 --quiet > /dev/null; done
+once=$("$program" history again --json | sed -n 's/.*"dwells":\([0-9]*\),.*/\1/p')
+check [ "$once" -gt 0 ]
+check [ "$(grep -c . <<<"$("$program" history again --json | grep '"run"')")" = 2 ]
+check [ "$once" = "$("$program" tone.sigmf-meta --dir fresh --dwell 0.01 --json |
+  grep -c '"event":"dwell"')" ]
+
 # The same samples from a pipe give the same survey; the first signal ends a run in order.
 expect 0 "" noise.cu8 --dir file "${time[@]}"
 "$program" - --format cu8 --dir pipe "${time[@]}" < <(cat noise.cu8) > /dev/null 2>&1
