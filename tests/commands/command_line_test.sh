@@ -222,7 +222,9 @@ check cmp plain/survey.csv recorded/survey.csv
 expect 0 "1 run, 3 dwells, 3 s observed" history recorded
 expect 0 '"on_air":' history recorded --json
 expect 1 "made without --history" history plain
-for _ in 1 2; do "$program" tone.sigmf-meta --dir again --history --dwell 0.01 --quiet > /dev/null; done
+for _ in 1 2; do
+  "$program" tone.sigmf-meta --dir again --history --dwell 0.01 --quiet > /dev/null
+done
 once=$("$program" history again --json | sed -n 's/.*"dwells":\([0-9]*\),.*/\1/p')
 check [ "$once" -gt 0 ]
 check [ "$(grep -c . <<<"$("$program" history again --json | grep '"run"')")" = 2 ]
