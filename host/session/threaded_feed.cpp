@@ -1,7 +1,4 @@
 // The reader: a thread of its own that reads the source and hands chunks to the surveyor.
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -24,14 +21,6 @@ constexpr std::chrono::milliseconds kPatience(50);
 
 // More would only push each other out of the processor's cache where nothing is lost by waiting.
 constexpr size_t kMaxWaitingChunks = 8;
-
-/// Where the system allows it (for root, or by a limit on nice), the calling thread comes before
-/// others: beside two compilers on two cores a receiver at 61 MS/s otherwise lost 0.02 % of its
-/// samples, because its reader did not have its turn for 50 ms.
-void comeFirst() {
-  constexpr int kNice = -11;
-  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), kNice);
-}
 
 /// One mutex guards everything but the source, which belongs to the reader, and the chunk at the
 /// front, which belongs to the surveyor. Chunks move by pointer, some thousand a second at most.
@@ -101,7 +90,6 @@ class ThreadedFeed final : public SampleFeed {
  private:
   void run() {
     leaveSignalsToOtherThreads();
-    if (is_live_) comeFirst();
     std::unique_lock lock(mutex_);
     while (!is_over_) {
       if (has_request_) {
