@@ -43,13 +43,15 @@ EvidenceStart KeptHistory::start() {
   anchor.raster_hz = settings.raster_hz > 0.0 ? settings.raster_hz : 1.0;
   anchor.band_lo_hz = band_lo_hz_;
   anchor.band_hi_hz = band_hi_hz_;
+  bool is_read = true;
   try {
     anchor.list = readIfThere(resultsPath(directory_)).value_or("");
   } catch (const std::exception& failure) {
     say(failure.what());
+    is_read = false;  // nobody can follow a list whose beginning is not known
   }
   EvidenceStart start{Replay(anchor).survey(), settings.threshold_db, {}};
-  start.begun = [this, anchor] { writer_.anchor(anchor); };
+  if (is_read) start.begun = [this, anchor] { writer_.anchor(anchor); };
   return start;
 }
 

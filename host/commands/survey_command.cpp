@@ -130,11 +130,13 @@ std::unique_ptr<KeptHistory> keepHistory(const Options& options, const PreparedS
   run.start_unix_ms = survey.start.unix_ms;
   run.settings = survey.setup.set.text();
   const bool can_be_repeated = !source.isLive() && !run.identity.empty();
-  run.name = can_be_repeated
-                 ? runName(run.identity, run.settings,
-                           fmt::format("{} {} {}", options.offset_seconds, options.plays,
-                                       options.duration_seconds.value_or(0.0)))
-                 : randomRunName();
+  run.name =
+      can_be_repeated
+          ? runName(run.identity, run.settings,
+                    fmt::format("{} {} {} {} {} {} {}", options.offset_seconds, options.plays,
+                                options.duration_seconds.value_or(0.0), options.passes.value_or(0),
+                                source.sampleRateHz(), source.centreHz(), options.irregular))
+          : randomRunName();
   return std::make_unique<KeptHistory>(
       survey.setup.directory, std::move(run),
       [&directory = *survey.directory] { return directory.settingsInForce(); },
